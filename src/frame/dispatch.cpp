@@ -1,0 +1,120 @@
+#include "frame/dispatch.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "frame/automation_error.h"
+#include "frame/member_table.h"
+
+namespace tovik {
+
+std::vector<Variant> Dispatch::Enumerate() {
+  throw DispatchFailure(CallFailure::kUnknownMember);
+}
+
+// ------------------------------------------------------------ EventSource
+
+int EventSource::Connect(std::weak_ptr<EventSink> sink) {
+  int cookie = next_cookie_++;
+  connections_.push_back({cookie, std::move(sink)});
+  return cookie;
+}
+
+void EventSource::Disconnect(int cookie) {
+  std::erase_if(connections_,
+                [cookie](const Connection& c) { return c.cookie == cookie; });
+}
+
+void EventSource::Disconnect(const EventSink* sink) {
+  std::erase_if(connections_, [sink](const Connection& c) {
+    std::shared_ptr<EventSink> live = c.sink.lock();
+    return !live || live.get() == sink;
+  });
+}
+
+void EventSource::Raise(std::string_view event, std::span<Variant> args) {
+  // A handler may connect or disconnect sinks while the event is delivered:
+  // deliver to the sinks connected when the event was raised.
+  std::vector<std::shared_ptr<EventSink>> live;
+  live.reserve(connections_.size());
+  for (const Connection& c : connections_) {
+    if (std::shared_ptr<EventSink> sink = c.sink.lock()) live.push_back(sink);
+  }
+  for (const std::shared_ptr<EventSink>& sink : live) sink->OnEvent(event, args);
+}
+
+int EventSource::SinkCount() const {
+  return static_cast<int>(std::count_if(
+      connections_.begin(), connections_.end(),
+      [](const Connection& c) { return !c.sink.expired(); }));
+}
+
+// --------------------------------------------------------------- CallArgs
+
+Variant& CallArgs::operator[](size_t i) {
+  if (i < args_.size()) return args_[i];
+  missing_ = Variant::Missing();
+  return missing_;
+}
+
+bool CallArgs::Has(size_t i) const {
+  return i < args_.size() && !args_[i].IsMissing();
+}
+
+// ----------------------------------------------------------- call helpers
+
+namespace {
+
+Dispatch& Target(const ObjectRef& obj) {
+  if (!obj) throw errors::ObjectNotSet();
+  return *obj;
+}
+
+DispId IdOf(Dispatch& target, std::string_view name) {
+  DispId id = target.GetIdOfName(name);
+  if (id == kDispIdUnknown) throw DispatchFailure(CallFailure::kUnknownMember);
+  return id;
+}
+
+}  // namespace
+
+Variant GetProperty(const ObjectRef& obj, std::string_view name,
+                    std::initializer_list<Variant> args) {
+  Dispatch& target = Target(obj);
+  std::vector<Variant> copy(args);
+  return target.Invoke(IdOf(target, name), InvokeKind::kPropertyGet, copy);
+}
+
+void LetProperty(const ObjectRef& obj, std::string_view name, Variant value,
+                 std::initializer_list<Variant> args) {
+  Dispatch& target = Target(obj);
+  std::vector<Variant> copy(args);
+  copy.push_back(std::move(value));
+  target.Invoke(IdOf(target, name), InvokeKind::kPropertyPut, copy);
+}
+
+void SetProperty(const ObjectRef& obj, std::string_view name, ObjectRef value) {
+  Dispatch& target = Target(obj);
+  Variant arg(std::move(value));
+  target.Invoke(IdOf(target, name), InvokeKind::kPropertyPutRef,
+                std::span<Variant>(&arg, 1));
+}
+
+Variant CallMethod(const ObjectRef& obj, std::string_view name,
+                   std::initializer_list<Variant> args) {
+  Dispatch& target = Target(obj);
+  std::vector<Variant> copy(args);
+  return target.Invoke(IdOf(target, name), InvokeKind::kMethod, copy);
+}
+
+Variant CallMethodRef(const ObjectRef& obj, std::string_view name,
+                      std::span<Variant> args) {
+  Dispatch& target = Target(obj);
+  return target.Invoke(IdOf(target, name), InvokeKind::kMethod, args);
+}
+
+std::vector<Variant> ForEach(const ObjectRef& obj) { return Target(obj).Enumerate(); }
+
+bool SameObject(const ObjectRef& a, const ObjectRef& b) { return a.get() == b.get(); }
+
+}  // namespace tovik

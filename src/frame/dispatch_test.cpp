@@ -1,0 +1,193 @@
+#include "frame/dispatch.h"
+
+#include <gtest/gtest.h>
+
+#include "frame/automation_error.h"
+#include "frame/conversions.h"
+#include "frame/error_trap.h"
+#include "frame/member_table.h"
+
+namespace tovik {
+namespace {
+
+// A small automation class: a named list of numbers with a default member,
+// an out argument and an event.
+class NumberList : public DispatchObject<NumberList> {
+ public:
+  std::string_view TypeName() const override { return "NumberList"; }
+  static const MemberTable<NumberList>& Members() {
+    static const MemberTable<NumberList> table = [] {
+      MemberTable<NumberList> t;
+      t.Property(
+          "Name", [](NumberList& s, CallArgs&) { return Variant(s.name_); },
+          [](NumberList& s, CallArgs&, Variant& v) { s.name_ = CStr(v); });
+      t.Property("Count", [](NumberList& s, CallArgs&) {
+        return Variant(static_cast<int32_t>(s.items_.size()));
+      });
+      t.Property(
+          "Item",
+          [](NumberList& s, CallArgs& a) {
+            int32_t i = CLng(a[0]);
+            if (i < 0 || i >= static_cast<int32_t>(s.items_.size())) {
+              throw errors::SubscriptOutOfRange();
+            }
+            return Variant(s.items_[static_cast<size_t>(i)]);
+          },
+          nullptr, nullptr, 1, 1);
+      t.Default("Item");
+      t.Method(
+          "Add",
+          [](NumberList& s, CallArgs& a) {
+            s.items_.push_back(a.Has(0) ? CDbl(a[0]) : 0.0);
+            Variant count(static_cast<int32_t>(s.items_.size()));
+            s.events_.Raise("Added", std::span<Variant>(&count, 1));
+            return Variant();
+          },
+          0, 1);
+      // Writes the sum into its by-reference argument.
+      t.Method(
+          "Sum",
+          [](NumberList& s, CallArgs& a) {
+            double sum = 0;
+            for (double d : s.items_) sum += d;
+            a[0] = Variant(sum);
+            return Variant(true);
+          },
+          1, 1);
+      // A member with a Cyrillic name, found case-insensitively.
+      t.Property("Длина", [](NumberList& s, CallArgs&) {
+        return Variant(static_cast<int32_t>(s.items_.size()));
+      });
+      return t;
+    }();
+    return table;
+  }
+  std::vector<Variant> Enumerate() override {
+    std::vector<Variant> out;
+    for (double d : items_) out.emplace_back(d);
+    return out;
+  }
+  EventSource* Events() override { return &events_; }
+
+ private:
+  std::string name_;
+  std::vector<double> items_;
+  EventSource events_;
+};
+
+class Recorder : public EventSink {
+ public:
+  void OnEvent(std::string_view event, std::span<Variant> args) override {
+    log.push_back(std::string(event) + ":" + CStr(args[0]));
+  }
+  std::vector<std::string> log;
+};
+
+int32_t ErrorNumberOf(const std::function<void()>& statement) {
+  try {
+    statement();
+  } catch (const AutomationError& e) {
+    return e.Number();
+  }
+  return 0;
+}
+
+TEST(Dispatch, MembersAreFoundByNameInAnyCase) {
+  ObjectRef list = std::make_shared<NumberList>();
+  LetProperty(list, "name", Variant("Heights"));
+  EXPECT_EQ(CStr(GetProperty(list, "NAME")), "Heights");
+  CallMethod(list, "ADD", {Variant(2.0)});
+  EXPECT_EQ(CLng(GetProperty(list, "длина")), 1);
+  EXPECT_EQ(CLng(GetProperty(list, "ДЛИНА")), 1);
+  EXPECT_EQ(TypeName(Variant(list)), "NumberList");
+}
+
+TEST(Dispatch, CallFailuresUseTheRuntimeNumbers) {
+  ObjectRef list = std::make_shared<NumberList>();
+  EXPECT_EQ(ErrorNumberOf([&] { GetProperty(list, "Nope"); }), kErrNotSupported);
+  // Count is read-only: assigning it is not supported.
+  EXPECT_EQ(ErrorNumberOf([&] { LetProperty(list, "Count", Variant(int32_t{3})); }),
+            kErrNotSupported);
+  EXPECT_EQ(ErrorNumberOf([&] { CallMethod(list, "Add", {Variant(1.0), Variant(2.0)}); }),
+            kErrWrongArgCount);
+  EXPECT_EQ(ErrorNumberOf([&] { CallMethod(list, "Sum"); }), kErrArgNotOptional);
+  EXPECT_EQ(ErrorNumberOf([&] { GetProperty(ObjectRef(), "Name"); }), kErrObjectNotSet);
+}
+
+TEST(Dispatch, OmittedOptionalArgumentsReadAsMissing) {
+  ObjectRef list = std::make_shared<NumberList>();
+  CallMethod(list, "Add");
+  CallMethod(list, "Add", {Variant::Missing()});
+  EXPECT_EQ(CLng(GetProperty(list, "Count")), 2);
+  EXPECT_EQ(CDbl(GetProperty(list, "Item", {Variant(int16_t{1})})), 0.0);
+}
+
+TEST(Dispatch, ByReferenceArgumentsAreWrittenBack) {
+  ObjectRef list = std::make_shared<NumberList>();
+  CallMethod(list, "Add", {Variant(1.5)});
+  CallMethod(list, "Add", {Variant(2.0)});
+  Variant sum;
+  CallMethodRef(list, "Sum", std::span<Variant>(&sum, 1));
+  EXPECT_EQ(TypeName(sum), "Double");
+  EXPECT_EQ(CDbl(sum), 3.5);
+}
+
+TEST(Dispatch, DefaultMemberAndEnumeration) {
+  auto list = std::make_shared<NumberList>();
+  CallMethod(list, "Add", {Variant(4.0)});
+  CallMethod(list, "Add", {Variant(5.0)});
+  Variant index(int16_t{1});
+  EXPECT_EQ(CDbl(list->Invoke(kDispIdValue, InvokeKind::kPropertyGet,
+                              std::span<Variant>(&index, 1))),
+            5.0);
+  std::vector<Variant> items = ForEach(list);
+  ASSERT_EQ(items.size(), 2u);
+  EXPECT_EQ(CDbl(items[0]), 4.0);
+  // A Variant holding the object converts through its default member, which
+  // here needs an argument.
+  EXPECT_EQ(ErrorNumberOf([&] { CDbl(Variant(ObjectRef(list))); }), kErrArgNotOptional);
+}
+
+TEST(Dispatch, EventsReachConnectedSinksWhileTheyLive) {
+  auto list = std::make_shared<NumberList>();
+  auto recorder = std::make_shared<Recorder>();
+  list->Events()->Connect(recorder);
+  CallMethod(list, "Add", {Variant(1.0)});
+  {
+    auto second = std::make_shared<Recorder>();
+    list->Events()->Connect(second);
+    CallMethod(list, "Add", {Variant(1.0)});
+    EXPECT_EQ(second->log.size(), 1u);
+  }
+  CallMethod(list, "Add", {Variant(1.0)});  // the second sink is gone
+  EXPECT_EQ(recorder->log, (std::vector<std::string>{"Added:1", "Added:2", "Added:3"}));
+  EXPECT_EQ(list->Events()->SinkCount(), 1);
+}
+
+TEST(ErrorTrap, ResumeNextSkipsFailingStatementsAndKeepsTheirTargets) {
+  ObjectRef list = std::make_shared<NumberList>();
+  std::string name = "unchanged";
+  int32_t count = -1;
+  ResumeNext trap;
+  trap([&] { name = CStr(GetProperty(list, "NoSuchMember")); });
+  trap([&] { count = CLng(GetProperty(list, "Count")); });
+  EXPECT_EQ(name, "unchanged");
+  EXPECT_EQ(count, 0);
+  EXPECT_EQ(trap.Number(), kErrNotSupported);
+  trap.Clear();
+  EXPECT_EQ(trap.Number(), 0);
+}
+
+TEST(ErrorTrap, CleanupRunsOnlyOnFailure) {
+  int restored = 0;
+  EXPECT_TRUE(OnErrorGoTo([] {}, [&](const AutomationError&) { ++restored; }));
+  EXPECT_FALSE(OnErrorGoTo([] { throw errors::Library("Invalid VariableTable"); },
+                           [&](const AutomationError& e) {
+                             EXPECT_EQ(e.Number(), 2411);
+                             ++restored;
+                           }));
+  EXPECT_EQ(restored, 1);
+}
+
+}  // namespace
+}  // namespace tovik

@@ -1,0 +1,198 @@
+// Static member tables: each automation class registers each of its members
+// once (name, getter, letter, setter or method body, argument counts), and
+// the table answers GetIdOfName and Invoke for every instance.
+//
+//   const MemberTable<Line>& Line::Members() {
+//     static const MemberTable<Line> table = [] {
+//       MemberTable<Line> t;
+//       t.Property("StartPoint", &Line::GetStart, &Line::LetStart);
+//       t.Method("Move", &Line::MoveBody, 2, 2);
+//       return t;
+//     }();
+//     return table;
+//   }
+//
+// Lookup folds case (non-ASCII letters too) and costs one hash probe; a
+// call allocates nothing beyond what the member body does.
+#ifndef TOVIK_FRAME_MEMBER_TABLE_H_
+#define TOVIK_FRAME_MEMBER_TABLE_H_
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "frame/automation_error.h"
+#include "frame/dispatch.h"
+#include "frame/variant.h"
+
+namespace tovik {
+
+// Why a by-name call failed before reaching a member body; turned into the
+// runtime's number and text in one place (DispatchFailure).
+enum class CallFailure : uint8_t {
+  kUnknownMember,   // 438
+  kNotReadable,     // 438: a write-only property read
+  kNotWritable,     // 438: a read-only property assigned
+  kTooFewArgs,      // 449
+  kTooManyArgs,     // 450
+};
+AutomationError DispatchFailure(CallFailure failure);
+
+// Lower-cased (case-folded) key of a member name; ASCII without allocation
+// of more than the result.
+std::string MemberKey(std::string_view name);
+
+// The part of a member table that does not depend on the class.
+class MemberIndex {
+ public:
+  // The id of `name` (1-based position), kDispIdUnknown when absent.
+  DispId Find(std::string_view name) const;
+  // The id registered as the default member, kDispIdUnknown when none.
+  DispId default_id() const { return default_id_; }
+  // The registered name of member `id` ("" when unknown).
+  std::string_view NameOf(DispId id) const;
+  size_t size() const { return names_.size(); }
+
+ protected:
+  DispId Add(std::string_view name);
+  void SetDefault(DispId id) { default_id_ = id; }
+
+ private:
+  struct KeyHash {
+    using is_transparent = void;
+    size_t operator()(std::string_view key) const {
+      return std::hash<std::string_view>()(key);
+    }
+  };
+  std::unordered_map<std::string, DispId, KeyHash, std::equal_to<>> ids_;
+  std::vector<std::string> names_;
+  DispId default_id_ = kDispIdUnknown;
+};
+
+template <class T>
+class MemberTable : public MemberIndex {
+ public:
+  // A property read or method body: returns the result (Empty for none).
+  using Body = Variant (*)(T& self, CallArgs& args);
+  // A property assignment: `value` is what is assigned; `args` are the
+  // property's own arguments (Item(i) = value).
+  using Assign = void (*)(T& self, CallArgs& args, Variant& value);
+
+  // A property with a getter and optionally a Let (value) and a Set
+  // (object) assignment. min_args/max_args count the property's own
+  // arguments, not the assigned value.
+  MemberTable& Property(std::string_view name, Body get, Assign let = nullptr,
+                        Assign set = nullptr, int min_args = 0,
+                        int max_args = 0) {
+    Entry& e = NewEntry(name, min_args, max_args);
+    e.get = get;
+    e.let = let;
+    e.set = set;
+    return *this;
+  }
+  // A write-only property (reading it is an error).
+  MemberTable& WriteOnly(std::string_view name, Assign let) {
+    Entry& e = NewEntry(name, 0, 0);
+    e.let = let;
+    return *this;
+  }
+  // A method taking min_args..max_args arguments.
+  MemberTable& Method(std::string_view name, Body body, int min_args = 0,
+                      int max_args = 0) {
+    Entry& e = NewEntry(name, min_args, max_args);
+    e.get = body;
+    return *this;
+  }
+  // Makes an already registered member the default member.
+  MemberTable& Default(std::string_view name) {
+    SetDefault(Find(name));
+    return *this;
+  }
+
+  Variant Invoke(T& self, DispId id, InvokeKind kind,
+                 std::span<Variant> args) const {
+    if (id == kDispIdValue) id = default_id();
+    if (id <= 0 || static_cast<size_t>(id) > entries_.size()) {
+      throw DispatchFailure(CallFailure::kUnknownMember);
+    }
+    const Entry& e = entries_[static_cast<size_t>(id) - 1];
+    if (kind == InvokeKind::kMethod || kind == InvokeKind::kPropertyGet) {
+      if (!e.get) throw DispatchFailure(CallFailure::kNotReadable);
+      CheckCount(e, args.size());
+      CallArgs call_args(args);
+      return e.get(self, call_args);
+    }
+    if (args.empty()) throw DispatchFailure(CallFailure::kTooFewArgs);
+    Variant& value = args.back();
+    std::span<Variant> own = args.first(args.size() - 1);
+    Assign assign = kind == InvokeKind::kPropertyPutRef && e.set ? e.set : e.let;
+    if (!assign) assign = e.set;
+    if (!assign) throw DispatchFailure(CallFailure::kNotWritable);
+    CheckCount(e, own.size());
+    CallArgs call_args(own);
+    assign(self, call_args, value);
+    return Variant();
+  }
+
+ private:
+  struct Entry {
+    Body get = nullptr;
+    Assign let = nullptr;
+    Assign set = nullptr;
+    int16_t min_args = 0;
+    int16_t max_args = 0;
+  };
+
+  Entry& NewEntry(std::string_view name, int min_args, int max_args) {
+    Add(name);
+    entries_.push_back(Entry{});
+    Entry& e = entries_.back();
+    e.min_args = static_cast<int16_t>(min_args);
+    e.max_args = static_cast<int16_t>(max_args < min_args ? min_args : max_args);
+    return e;
+  }
+
+  static void CheckCount(const Entry& e, size_t count) {
+    if (count < static_cast<size_t>(e.min_args)) {
+      throw DispatchFailure(CallFailure::kTooFewArgs);
+    }
+    if (count > static_cast<size_t>(e.max_args)) {
+      throw DispatchFailure(CallFailure::kTooManyArgs);
+    }
+  }
+
+  std::vector<Entry> entries_;
+};
+
+// Base for automation classes whose members come from a static table:
+// `static const MemberTable<T>& Members();` in T.
+template <class T>
+class DispatchObject : public Dispatch {
+ public:
+  DispId GetIdOfName(std::string_view name) const override {
+    return T::Members().Find(name);
+  }
+  Variant Invoke(DispId id, InvokeKind kind, std::span<Variant> args) override {
+    return T::Members().Invoke(static_cast<T&>(*this), id, kind, args);
+  }
+  // A counted reference to this object (it must be owned by a shared_ptr).
+  std::shared_ptr<T> Self() {
+    return std::static_pointer_cast<T>(shared_from_this());
+  }
+};
+
+// The object held by `value` as a T, or nullptr when it holds another kind
+// of object, Nothing or no object at all.
+template <class T>
+std::shared_ptr<T> ObjectAs(const Variant& value) {
+  if (!value.IsObject()) return nullptr;
+  return std::dynamic_pointer_cast<T>(value.RawObject());
+}
+
+}  // namespace tovik
+
+#endif  // TOVIK_FRAME_MEMBER_TABLE_H_
