@@ -1,0 +1,10 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds the tovik command line and runs it on a
+# bundled drawing.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+bash scripts/install-deps.sh
+cmake --preset default > /dev/null
+cmake --build --preset default -j 2 --target tovik
+./build/default/cli/tovik --version
+./build/default/cli/tovik classes
