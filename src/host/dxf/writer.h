@@ -1,0 +1,44 @@
+// Writes a TagModel as ASCII DXF.
+#ifndef TOVIK_HOST_DXF_WRITER_H_
+#define TOVIK_HOST_DXF_WRITER_H_
+
+#include <string>
+#include <string_view>
+
+#include "host/dxf/tag_model.h"
+
+namespace tovik::host::dxf {
+
+// The line end written after every group code and value.
+enum class LineEnd : std::uint8_t { kLf, kCrLf };
+
+// How to write a file.
+struct WriteOptions {
+  // The $ACADVER to write ("AC1032"); empty keeps the model's. From AC1021 on
+  // text is written as UTF-8; before, and for files without a version,
+  // non-ASCII characters are written as \U+XXXX so the file is plain ASCII
+  // and reads the same under any $DWGCODEPAGE.
+  std::string_view version;
+  LineEnd line_end = LineEnd::kLf;
+};
+
+// Appends one tag to `out` as two lines: the group code right-aligned in
+// three columns, then the value. A value that kept its original text (read
+// from ASCII) is written byte for byte; other numbers are formatted: doubles
+// in shortest round-trip form with a decimal point ("1.0", "0.1", "1.0e+20"),
+// integers in decimal; binary chunks as upper-case hex. Strings go through
+// EncodeForDxf (`escape_non_ascii` as above).
+void AppendTag(const Tag& tag, bool escape_non_ascii, LineEnd line_end, std::string* out);
+
+// Returns the whole model as ASCII DXF text ending in "0 EOF": leading tags,
+// then every section with its records and followers in model order.
+std::string WriteDxf(const TagModel& model, const WriteOptions& options = {});
+
+// Writes WriteDxf(model, options) to `path`. Throws std::runtime_error
+// ("cannot write PATH") when the file cannot be created or written.
+void WriteDxfFile(const TagModel& model, const std::string& path,
+                  const WriteOptions& options = {});
+
+}  // namespace tovik::host::dxf
+
+#endif  // TOVIK_HOST_DXF_WRITER_H_
