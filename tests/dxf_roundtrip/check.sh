@@ -11,6 +11,7 @@ root=$(cd "$(dirname "$0")/../.." && pwd)
 shared=$(cd "$root/../shared" && pwd)
 rewrite=${1:-$root/build-dxf/src/host/dxf/tovik_dxf_rewrite}
 out=${2:-$(mktemp -d)}
+mkdir -p "$out"
 summary="$shared/tools/dxf-summary"
 
 if ! /usr/bin/python3 -c 'import ezdxf' 2>/dev/null; then

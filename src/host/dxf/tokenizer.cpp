@@ -72,13 +72,13 @@ class AsciiReader {
     // under that avoids most regrowth without overcommitting.
     out_->tags.reserve(static_cast<std::size_t>(end_ - p_) / 16 + 16);
     while (p_ < end_) {
-      std::uint32_t code_line = line_;
+      std::uint32_t code_line = line_ + 1;
       std::string_view code_text = NextLine();
       std::string_view trimmed = Trim(code_text);
       if (trimmed.empty() && OnlyWhitespaceLeft()) return;  // blank lines at the end
       int code = ParseCode(trimmed, code_line);
       if (p_ >= end_) Fail(code_line, code, "the file ends after the group code, the value is missing");
-      std::uint32_t value_line = line_;
+      std::uint32_t value_line = line_ + 1;
       Tag& tag = out_->tags.emplace_back();
       tag.code = static_cast<std::int16_t>(code);
       tag.position = code_line;
