@@ -85,13 +85,18 @@ double ArcLength(const Ellipse& e) {
   return total * 0.5 * h;
 }
 
-std::optional<Ellipse> TransformEllipse(const Ellipse& e, const Matrix4& m) {
-  const std::optional<EllipseAxes> ax = AxesOf(e);
-  if (!ax || !m.IsFinite()) return std::nullopt;
-  const std::optional<Vec3> geometric_normal = m.TransformNormal(e.normal);
-  if (!geometric_normal) return std::nullopt;
-  const Vec3 u = m.TransformVector(ax->major);
-  const Vec3 v = m.TransformVector(ax->minor);
+std::optional<Ellipse> EllipseFromConjugateAxes(const Vec3& center, const Vec3& u, const Vec3& v,
+                                                double start, double end, bool full,
+                                                const Vec3& normal_hint) {
+  if (!IsFinite(center) || !IsFinite(u) || !IsFinite(v) || !std::isfinite(start) ||
+      !std::isfinite(end))
+    return std::nullopt;
+  const Vec3 plane = Cross(u, v);
+  if (Length(plane) <= 1e-12 * std::max(LengthSquared(u), LengthSquared(v)) ||
+      Length(plane) <= kAbsTol * kAbsTol)
+    return std::nullopt;
+  const std::optional<Vec3> hint = Normalized(normal_hint);
+  const Vec3 normal = (hint && std::fabs(Dot(*hint, plane)) > 0.0) ? *hint : *Normalized(plane);
   // Principal axes of c + u cos t + v sin t: turning the parameter by t0
   // with tan 2t0 = 2u·v / (|u|² − |v|²) makes the two vectors perpendicular;
   // the curve is then c + u' cos(t − t0) + v' sin(t − t0).
@@ -107,24 +112,33 @@ std::optional<Ellipse> TransformEllipse(const Ellipse& e, const Matrix4& m) {
     shift += std::numbers::pi / 2.0;
   }
   Ellipse r;
-  r.center = m.TransformPoint(e.center);
+  r.center = center;
   r.major_axis = major;
   r.ratio = std::min(1.0, Length(minor) / Length(major));
-  r.normal = *geometric_normal;
-  r.start_param = NormalizeAngle(e.start_param - shift);
-  r.end_param = NormalizeAngle(e.end_param - shift);
-  if (Dot(Cross(major, minor), *geometric_normal) < 0.0) {
-    // The transform mirrored the curve: about the geometric normal the
-    // parameter now runs clockwise. With minor → −minor and t → −t the
-    // points are unchanged and the run is counter-clockwise again, from the
-    // old end to the old start.
+  r.normal = normal;
+  r.start_param = NormalizeAngle(start - shift);
+  r.end_param = NormalizeAngle(end - shift);
+  if (Dot(Cross(major, minor), normal) < 0.0) {
+    // About the normal the parameter runs clockwise. With minor → −minor
+    // and t → −t the points are unchanged and the run is counter-clockwise
+    // again, from the old end to the old start.
     const double s = r.start_param;
     r.start_param = NormalizeAngle(-r.end_param);
     r.end_param = NormalizeAngle(-s);
   }
-  if (IsFullEllipse(e)) r.end_param = r.start_param;
+  if (full) r.end_param = r.start_param;
   if (!IsValid(r)) return std::nullopt;
   return r;
+}
+
+std::optional<Ellipse> TransformEllipse(const Ellipse& e, const Matrix4& m) {
+  const std::optional<EllipseAxes> ax = AxesOf(e);
+  if (!ax || !m.IsFinite()) return std::nullopt;
+  const std::optional<Vec3> geometric_normal = m.TransformNormal(e.normal);
+  if (!geometric_normal) return std::nullopt;
+  return EllipseFromConjugateAxes(m.TransformPoint(e.center), m.TransformVector(ax->major),
+                                  m.TransformVector(ax->minor), e.start_param, e.end_param,
+                                  IsFullEllipse(e), *geometric_normal);
 }
 
 std::optional<Ellipse> EllipseFromArc(const Arc& arc) {

@@ -70,6 +70,15 @@ double ArcLength(const Ellipse& e);
 // matrix keeps the curve but reverses the parameter direction, handled by
 // swapping ends. nullopt for singular matrices or an invalid ellipse.
 std::optional<Ellipse> TransformEllipse(const Ellipse& e, const Matrix4& m);
+// The ellipse traced by c + u·cos t + v·sin t for t from start to end, with
+// u and v any two conjugate semi-diameters (not necessarily perpendicular),
+// re-based onto its principal axes. The result's normal is `normal_hint`
+// when the curve runs counter-clockwise about it, else the hint reversed is
+// honoured by flipping the parameter direction (the normal stays the hint).
+// nullopt when u × v is (nearly) zero: the curve is flat, a line segment.
+std::optional<Ellipse> EllipseFromConjugateAxes(const Vec3& center, const Vec3& u, const Vec3& v,
+                                                double start, double end, bool full,
+                                                const Vec3& normal_hint);
 // The ellipse form of an arc (ratio 1, major axis along the arc's OCS X, so
 // parameters equal the arc's angles).
 std::optional<Ellipse> EllipseFromArc(const Arc& arc);
