@@ -181,6 +181,13 @@ bool TextDecoder::Decode(std::string_view raw, std::string* out) {
     utf8 = converted;
   }
   out->clear();
+  if (utf8_file_) {
+    // From R2007 a \U+ sequence is text (an MTEXT code, a literal name);
+    // only the file's code page stood in need of escapes.
+    if (is_utf8) return true;
+    out->swap(converted);
+    return false;
+  }
   DecodeEscapes(utf8, out);
   return *out == raw;
 }
@@ -238,6 +245,48 @@ void TextDecoder::DecodeEscapes(std::string_view text, std::string* out) {
     }
     *out += c;
     ++i;
+  }
+}
+
+TextEncoder::TextEncoder(std::string_view dwg_code_page) {
+  std::string name(IconvNameOfCodePage(dwg_code_page));
+  if (name.empty()) name = "CP1252";
+  if (name == "UTF-8") return;  // a pre-R2007 reader would not take UTF-8
+  iconv_t handle = iconv_open(name.c_str(), "UTF-8");
+  if (handle != reinterpret_cast<iconv_t>(-1)) handle_ = handle;
+}
+
+TextEncoder::~TextEncoder() {
+  if (handle_ != nullptr) iconv_close(static_cast<iconv_t>(handle_));
+}
+
+void TextEncoder::Append(std::string_view text, std::string* out) {
+  std::size_t i = 0;
+  while (i < text.size()) {
+    std::size_t start = i;
+    while (i < text.size() && static_cast<unsigned char>(text[i]) < 0x80) ++i;
+    if (i > start) EncodeForDxf(text.substr(start, i - start), true, out);
+    if (i == text.size()) break;
+    // One non-ASCII UTF-8 sequence: lead byte and its continuation bytes.
+    std::size_t end = i + 1;
+    while (end < text.size() && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) ++end;
+    std::string_view sequence = text.substr(i, end - i);
+    i = end;
+    if (handle_ != nullptr && IsValidUtf8(sequence)) {
+      iconv_t handle = static_cast<iconv_t>(handle_);
+      iconv(handle, nullptr, nullptr, nullptr, nullptr);
+      char* in_ptr = const_cast<char*>(sequence.data());
+      std::size_t in_left = sequence.size();
+      char buffer[16];
+      char* out_ptr = buffer;
+      std::size_t out_left = sizeof buffer;
+      if (iconv(handle, &in_ptr, &in_left, &out_ptr, &out_left) != static_cast<std::size_t>(-1) &&
+          in_left == 0) {
+        out->append(buffer, static_cast<std::size_t>(out_ptr - buffer));
+        continue;
+      }
+    }
+    EncodeForDxf(sequence, true, out);
   }
 }
 

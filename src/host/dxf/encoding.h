@@ -2,8 +2,9 @@
 //
 // Before R2007 (AC1021) a DXF file stores text in the code page named by
 // $DWGCODEPAGE and writes characters outside it as \U+XXXX (or, for East Asian
-// double-byte characters, \M+NXXXX). From R2007 on the file is UTF-8, though
-// \U+ escapes still occur. Everything inside the tag model is UTF-8.
+// double-byte characters, \M+NXXXX). From R2007 on the file is UTF-8 and a
+// \U+ sequence is left as it is (AutoCAD writes none; MTEXT may use it as an
+// inline code). Everything inside the tag model is UTF-8.
 #ifndef TOVIK_HOST_DXF_ENCODING_H_
 #define TOVIK_HOST_DXF_ENCODING_H_
 
@@ -44,7 +45,8 @@ class TextDecoder {
   // plain ASCII without escapes); `out` is then unspecified. Otherwise
   // writes the decoded text to `out` and returns false. Bytes of a UTF-8 file
   // that are not valid UTF-8 decode through the code page, as other readers
-  // do; bytes the code page does not define become U+FFFD.
+  // do; bytes the code page does not define become U+FFFD. \U+ and \M+
+  // escapes are decoded in files before R2007 only.
   bool Decode(std::string_view raw, std::string* out);
 
  private:
@@ -54,6 +56,26 @@ class TextDecoder {
   std::string code_page_iconv_name_;
   bool utf8_file_;
   void* code_page_handle_ = nullptr;  // iconv_t, opened lazily
+};
+
+// Encodes UTF-8 text for a file before R2007: characters of the file's code
+// page as its bytes, the others as \U+XXXX, as AutoCAD writes them.
+//
+// Owns an iconv handle. Not thread-safe.
+class TextEncoder {
+ public:
+  // `dwg_code_page` is the $DWGCODEPAGE to write (unknown or empty: ANSI_1252).
+  explicit TextEncoder(std::string_view dwg_code_page);
+  ~TextEncoder();
+  TextEncoder(const TextEncoder&) = delete;
+  TextEncoder& operator=(const TextEncoder&) = delete;
+
+  // Appends `text` to `out`: control characters as in EncodeForDxf,
+  // non-ASCII characters in the code page or as \U+ escapes.
+  void Append(std::string_view text, std::string* out);
+
+ private:
+  void* handle_ = nullptr;  // iconv_t from UTF-8, or nullptr: escape all
 };
 
 // Appends UTF-8 `text` to `out` as a DXF value: control characters other than

@@ -42,7 +42,7 @@ TEST(Encoding, DecodesCodePagesAndEscapesToUtf8) {
       {"\\U+ escape", "ANSI_1252", false, "a\\U+03B1b", "a\xCE\xB1" "b"},
       {"lower-case hex digits", "ANSI_1252", false, "\\U+03b1", "\xCE\xB1"},
       {"surrogate pair escapes", "ANSI_1252", false, "\\U+D83D\\U+DE00", "\xF0\x9F\x98\x80"},
-      {"escape in a UTF-8 file", "ANSI_1252", true, "\\U+00E9", "\xC3\xA9"},
+      {"escape in a UTF-8 file stays", "ANSI_1252", true, "\\U+00E9", "\\U+00E9"},
       {"\\M+1 double-byte escape", "ANSI_1252", false, "\\M+182A0", "\xE3\x81\x82"},
       {"three hex digits stay literal", "ANSI_1252", false, "\\U+12G4", "\\U+12G4"},
       {"escape cut at the end", "ANSI_1252", false, "x\\U+00", "x\\U+00"},

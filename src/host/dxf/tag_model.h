@@ -75,9 +75,10 @@ SectionKind SectionKindOf(std::string_view name);
 class TagModel {
  public:
   // Reads `buffer` (ASCII or binary DXF) named `file_name` in messages.
-  // Strings are decoded to UTF-8 ($DWGCODEPAGE before R2007, \U+ and \M+
-  // escapes always) and held in their ASCII DXF form: a line break inside
-  // text is "^J" (binary DXF has the control byte itself; it is converted). Throws ReadError for a malformed tag (see Tokenize), a
+  // Strings are decoded to UTF-8 (before R2007 from $DWGCODEPAGE, with \U+
+  // and \M+ escapes) and held in their ASCII DXF form: a line break inside
+  // text is "^J" (binary DXF has the control byte itself; it is converted).
+  // Throws ReadError for a malformed tag (see Tokenize), a
   // record outside its place (an entity between blocks, a table entry
   // outside TABLE), a section without ENDSEC or VERTEX/ATTRIB records
   // without SEQEND. A file that ends after an ENDSEC without "0 EOF" is read.

@@ -1,6 +1,7 @@
 #include "host/dxf/writer.h"
 
 #include <charconv>
+#include <memory>
 #include <cstdio>
 #include <stdexcept>
 
@@ -52,15 +53,15 @@ bool IsPlainAscii(std::string_view text) {
 
 class ModelWriter {
  public:
-  ModelWriter(bool escape, const WriteOptions& options, std::string* out)
-      : escape_(escape), options_(options), out_(out) {}
+  ModelWriter(TextEncoder* encoder, const WriteOptions& options, std::string* out)
+      : encoder_(encoder), options_(options), out_(out) {}
 
   void Tags(const std::vector<Tag>& tags) {
-    for (const Tag& tag : tags) AppendTag(tag, escape_, options_.line_end, out_);
+    for (const Tag& tag : tags) AppendTag(tag, encoder_, options_.line_end, out_);
   }
 
   void Write(const Record& record) {
-    AppendTag(record.head, escape_, options_.line_end, out_);
+    AppendTag(record.head, encoder_, options_.line_end, out_);
     Tags(record.tags);
     for (const Record& follower : record.followers) Write(follower);
   }
@@ -68,13 +69,13 @@ class ModelWriter {
   void Write(const Section& section) {
     Write(section.begin);
     for (const HeaderVariable& variable : section.variables) {
-      AppendTag(variable.name_tag, escape_, options_.line_end, out_);
+      AppendTag(variable.name_tag, encoder_, options_.line_end, out_);
       if (variable.name == "$ACADVER" && !options_.version.empty() && !variable.tags.empty()) {
         Tag version = variable.tags[0];
         version.text = options_.version;
-        AppendTag(version, escape_, options_.line_end, out_);
+        AppendTag(version, encoder_, options_.line_end, out_);
         for (std::size_t i = 1; i < variable.tags.size(); ++i) {
-          AppendTag(variable.tags[i], escape_, options_.line_end, out_);
+          AppendTag(variable.tags[i], encoder_, options_.line_end, out_);
         }
       } else {
         Tags(variable.tags);
@@ -95,22 +96,24 @@ class ModelWriter {
   }
 
  private:
-  bool escape_;
+  TextEncoder* encoder_;
   const WriteOptions& options_;
   std::string* out_;
 };
 
 }  // namespace
 
-void AppendTag(const Tag& tag, bool escape_non_ascii, LineEnd line_end, std::string* out) {
+void AppendTag(const Tag& tag, TextEncoder* encoder, LineEnd line_end, std::string* out) {
   AppendCode(tag.code, out);
   AppendLineEnd(line_end, out);
   switch (tag.kind) {
     case ValueKind::kString:
       if (IsPlainAscii(tag.text)) {
         out->append(tag.text);
+      } else if (encoder != nullptr) {
+        encoder->Append(tag.text, out);
       } else {
-        EncodeForDxf(tag.text, escape_non_ascii, out);
+        EncodeForDxf(tag.text, false, out);
       }
       break;
     case ValueKind::kDouble:
@@ -144,7 +147,7 @@ void AppendTag(const Tag& tag, bool escape_non_ascii, LineEnd line_end, std::str
       break;
     case ValueKind::kHandle:
     case ValueKind::kInvalid:
-      EncodeForDxf(tag.text, escape_non_ascii, out);
+      EncodeForDxf(tag.text, encoder != nullptr, out);
       break;
   }
   AppendLineEnd(line_end, out);
@@ -152,14 +155,15 @@ void AppendTag(const Tag& tag, bool escape_non_ascii, LineEnd line_end, std::str
 
 std::string WriteDxf(const TagModel& model, const WriteOptions& options) {
   std::string_view version = options.version.empty() ? model.version() : options.version;
-  bool escape = !IsUtf8Version(version);
+  std::unique_ptr<TextEncoder> encoder;
+  if (!IsUtf8Version(version)) encoder = std::make_unique<TextEncoder>(model.code_page());
   std::string out;
   out.reserve(1 << 20);
-  ModelWriter writer(escape, options, &out);
+  ModelWriter writer(encoder.get(), options, &out);
   writer.Tags(model.leading());
   for (const Section& section : model.sections()) writer.Write(section);
   Tag eof = Tag::String(0, "EOF");
-  AppendTag(eof, escape, options.line_end, &out);
+  AppendTag(eof, encoder.get(), options.line_end, &out);
   return out;
 }
 

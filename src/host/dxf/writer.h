@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "host/dxf/encoding.h"
 #include "host/dxf/tag_model.h"
 
 namespace tovik::host::dxf {
@@ -15,9 +16,9 @@ enum class LineEnd : std::uint8_t { kLf, kCrLf };
 // How to write a file.
 struct WriteOptions {
   // The $ACADVER to write ("AC1032"); empty keeps the model's. From AC1021 on
-  // text is written as UTF-8; before, and for files without a version,
-  // non-ASCII characters are written as \U+XXXX so the file is plain ASCII
-  // and reads the same under any $DWGCODEPAGE.
+  // text is written as UTF-8; before, and for files without a version, in
+  // the model's $DWGCODEPAGE (ANSI_1252 when absent), characters outside it
+  // as \U+XXXX.
   std::string_view version;
   LineEnd line_end = LineEnd::kLf;
 };
@@ -26,9 +27,9 @@ struct WriteOptions {
 // three columns, then the value. A value that kept its original text (read
 // from ASCII) is written byte for byte; other numbers are formatted: doubles
 // in shortest round-trip form with a decimal point ("1.0", "0.1", "1.0e+20"),
-// integers in decimal; binary chunks as upper-case hex. Strings go through
-// EncodeForDxf (`escape_non_ascii` as above).
-void AppendTag(const Tag& tag, bool escape_non_ascii, LineEnd line_end, std::string* out);
+// integers in decimal; binary chunks as upper-case hex. Non-ASCII text goes
+// through `encoder` when given (a file before R2007), else stays UTF-8.
+void AppendTag(const Tag& tag, TextEncoder* encoder, LineEnd line_end, std::string* out);
 
 // Returns the whole model as ASCII DXF text ending in "0 EOF": leading tags,
 // then every section with its records and followers in model order.

@@ -9,9 +9,10 @@
 namespace tovik::host::dxf {
 namespace {
 
-std::string Written(const Tag& tag, bool escape = false, LineEnd line_end = LineEnd::kLf) {
+std::string Written(const Tag& tag, TextEncoder* encoder = nullptr,
+                    LineEnd line_end = LineEnd::kLf) {
   std::string out;
-  AppendTag(tag, escape, line_end, &out);
+  AppendTag(tag, encoder, line_end, &out);
   return out;
 }
 
@@ -72,24 +73,27 @@ TEST(Writer, WritesCodesRightAlignedAndValuesByKind) {
     SCOPED_TRACE(c.name);
     EXPECT_EQ(Written(c.tag), c.text);
   }
-  EXPECT_EQ(Written(Tag::String(8, "\xC3\xA4"), true, LineEnd::kCrLf), "  8\r\n\\U+00E4\r\n");
-  EXPECT_EQ(Written(Tag::String(8, "\xC3\xA4"), false, LineEnd::kCrLf), "  8\r\n\xC3\xA4\r\n");
+  TextEncoder cp1252("ANSI_1252");
+  // a-umlaut is E4 in code page 1252; alpha is not in it.
+  EXPECT_EQ(Written(Tag::String(8, "\xC3\xA4\xCE\xB1"), &cp1252, LineEnd::kCrLf),
+            "  8\r\n\xE4\\U+03B1\r\n");
+  EXPECT_EQ(Written(Tag::String(8, "\xC3\xA4"), nullptr, LineEnd::kCrLf), "  8\r\n\xC3\xA4\r\n");
 }
 
 constexpr const char* kR2000 =
     "0\nSECTION\n2\nHEADER\n9\n$ACADVER\n1\nAC1015\n9\n$DWGCODEPAGE\n3\nANSI_1252\n0\nENDSEC\n"
-    "0\nSECTION\n2\nENTITIES\n0\nTEXT\n1\n\xE4\n0\nENDSEC\n0\nEOF\n";
+    "0\nSECTION\n2\nENTITIES\n0\nTEXT\n1\n\xE4\\U+03B1\n0\nENDSEC\n0\nEOF\n";
 
 TEST(Writer, VersionDecidesBetweenEscapesAndUtf8) {
   TagModel model = TagModel::Load(kR2000, "r2000.dxf");
   std::string kept = WriteDxf(model);
   EXPECT_NE(kept.find("\nAC1015\n"), std::string::npos);
-  EXPECT_NE(kept.find("\n\\U+00E4\n"), std::string::npos);  // R2000 text stays ASCII
+  EXPECT_NE(kept.find("\n\xE4\\U+03B1\n"), std::string::npos);  // code page 1252 again
 
   std::string modern = WriteDxf(model, {.version = "AC1032", .line_end = LineEnd::kLf});
   EXPECT_NE(modern.find("\nAC1032\n"), std::string::npos);
   EXPECT_EQ(modern.find("AC1015"), std::string::npos);
-  EXPECT_NE(modern.find("\n\xC3\xA4\n"), std::string::npos);  // R2018 text is UTF-8
+  EXPECT_NE(modern.find("\n\xC3\xA4\xCE\xB1\n"), std::string::npos);  // R2018: UTF-8
 }
 
 TEST(Writer, WritesTheWholeModelBackInOrder) {
