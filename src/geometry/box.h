@@ -92,6 +92,57 @@ struct BoundingBox {
   }
 };
 
+// A 2D axis-aligned rectangle (plan extents, selection windows, the spatial
+// index). REQUIRES for meaningful results: min_x ≤ max_x, min_y ≤ max_y; use
+// Box2::FromCorners for two corners in any order.
+struct Box2 {
+  double min_x = 0.0;
+  double min_y = 0.0;
+  double max_x = 0.0;
+  double max_y = 0.0;
+
+  static Box2 FromCorners(const Vec2& a, const Vec2& b) {
+    return {std::min(a.x, b.x), std::min(a.y, b.y), std::max(a.x, b.x), std::max(a.y, b.y)};
+  }
+  // The xy part of a 3D box (an empty box gives NaN corners: check first).
+  static Box2 FromBox(const BoundingBox& b) {
+    if (!b.has_data) return {NAN, NAN, NAN, NAN};
+    return {b.min.x, b.min.y, b.max.x, b.max.y};
+  }
+  bool IsFinite() const {
+    return std::isfinite(min_x) && std::isfinite(min_y) && std::isfinite(max_x) && std::isfinite(max_y);
+  }
+  // Touching counts: boxes sharing only an edge or corner intersect.
+  bool Intersects(const Box2& o) const {
+    return o.min_x <= max_x && o.max_x >= min_x && o.min_y <= max_y && o.max_y >= min_y;
+  }
+  // True when o lies inside or on the boundary.
+  bool Contains(const Box2& o) const {
+    return o.min_x >= min_x && o.max_x <= max_x && o.min_y >= min_y && o.max_y <= max_y;
+  }
+  bool Contains(const Vec2& p) const {
+    return p.x >= min_x && p.x <= max_x && p.y >= min_y && p.y <= max_y;
+  }
+  // The smallest box holding both.
+  static Box2 Union(const Box2& a, const Box2& b) {
+    return {std::min(a.min_x, b.min_x), std::min(a.min_y, b.min_y), std::max(a.max_x, b.max_x),
+            std::max(a.max_y, b.max_y)};
+  }
+  double Area() const { return (max_x - min_x) * (max_y - min_y); }
+  double Margin() const { return (max_x - min_x) + (max_y - min_y); }
+  // The distance from p to the box (0 inside).
+  double DistanceTo(const Vec2& p) const {
+    const double dx = std::max({min_x - p.x, 0.0, p.x - max_x});
+    const double dy = std::max({min_y - p.y, 0.0, p.y - max_y});
+    return std::hypot(dx, dy);
+  }
+  friend bool operator==(const Box2&, const Box2&) = default;
+};
+
+inline void PrintTo(const Box2& b, std::ostream* os) {
+  *os << "Box2(" << b.min_x << ", " << b.min_y << " .. " << b.max_x << ", " << b.max_y << ")";
+}
+
 inline bool IsClose(const BoundingBox& a, const BoundingBox& b, double abs_tol = kAbsTol,
                     double rel_tol = kRelTol) {
   if (a.has_data != b.has_data) return false;
