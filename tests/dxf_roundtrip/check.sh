@@ -6,6 +6,13 @@
 #
 # REWRITE_BINARY defaults to build-dxf/src/host/dxf/tovik_dxf_rewrite.
 # Exit status 0 when every file reads and compares equal, 1 otherwise.
+#
+# Two differences are ezdxf's reading, not lost data: ezdxf 0.18 keeps "^J"
+# in ASCII text literally, while AutoCAD writes a line break inside text as
+# ^J in ASCII DXF (sample_AC1018_ascii.dxf) and as the byte itself in binary
+# DXF (sample_AC1024_binary.dxf, same drawing); and it keeps \U+00B0 in
+# pre-R2007 MTEXT literally where the copy has the code page byte for the
+# same character.
 set -u
 root=$(cd "$(dirname "$0")/../.." && pwd)
 shared=$(cd "$root/../shared" && pwd)
