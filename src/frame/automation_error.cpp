@@ -33,6 +33,7 @@ std::string_view RuntimeErrorText(int32_t number) {
     case kErrDuplicateKey:
       return "This key is already associated with an element of this "
              "collection";
+    case kErrElementNotFound: return "Element not found";
     default: return "Application-defined or object-defined error";
   }
 }

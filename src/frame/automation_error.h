@@ -27,6 +27,7 @@ enum RuntimeErrorNumber : int32_t {
   kErrWrongArgCount = 450,     // Wrong number of arguments or invalid property assignment
   kErrDuplicateKey = 457,      // This key is already associated with an element of this collection
   kErrCannotCreate = 429,      // ActiveX component can't create object
+  kErrElementNotFound = 32811, // Element not found (scripting runtime)
 };
 
 // The library's own error number; every misuse the library detects itself
