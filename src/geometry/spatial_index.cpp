@@ -259,22 +259,22 @@ std::vector<SpatialIndex::Entry> SpatialIndex::PackLevel(std::vector<Entry> entr
 
 void SpatialIndex::Build(const std::vector<std::pair<uint64_t, Box2>>& entries) {
   Clear();
-  if (entries.empty()) return;
-  // The later of repeated ids wins: mark the index of each id's last entry.
-  std::unordered_map<uint64_t, size_t> last;
-  last.reserve(entries.size());
+  // Entry indexes are kept in the id map's 32-bit slots while building.
+  if (entries.empty() || entries.size() >= kNoNode) return;
+  // The later of repeated ids wins. leaf_of_ first holds each id's last
+  // entry index; AddEntry overwrites it with the leaf.
+  leaf_of_.reserve(entries.size());
   for (size_t i = 0; i < entries.size(); ++i)
-    if (Acceptable(entries[i].second)) last[entries[i].first] = i;
+    if (Acceptable(entries[i].second)) leaf_of_[entries[i].first] = static_cast<uint32_t>(i);
   std::vector<Entry> level_entries;
-  level_entries.reserve(last.size());
+  level_entries.reserve(leaf_of_.size());
   for (size_t i = 0; i < entries.size(); ++i) {
-    const auto it = last.find(entries[i].first);
-    if (it != last.end() && it->second == i) level_entries.push_back({entries[i].second, entries[i].first});
+    const auto it = leaf_of_.find(entries[i].first);
+    if (it != leaf_of_.end() && it->second == i) level_entries.push_back({entries[i].second, entries[i].first});
   }
   if (level_entries.empty()) return;
   FreeNode(root_);
   nodes_.reserve(level_entries.size() / 8 + 16);
-  leaf_of_.reserve(level_entries.size());
   uint16_t level = 0;
   while (true) {
     std::vector<Entry> parents = PackLevel(std::move(level_entries), level);
