@@ -28,7 +28,7 @@ int PrintClasses() {
   for (const tovik::ClassInfo& info : tovik::Classes()) {
     std::string how(tovik::InstancingText(info.instancing));
     if (!info.factory.empty()) how += " (from " + std::string(info.factory) + ")";
-    std::printf("%-14.*s %s\n", static_cast<int>(info.name.size()),
+    std::printf("%-16.*s %s\n", static_cast<int>(info.name.size()),
                 info.name.data(), how.c_str());
   }
   return 0;
