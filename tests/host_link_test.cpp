@@ -1,0 +1,154 @@
+// The library's link to a running host: the current-drawing rule with two
+// drawings, DynamicSS creation, the library group and the shared highlight
+// set, all against a headless host.
+#include <gtest/gtest.h>
+
+#include "frame/conversions.h"
+#include "frame/host_link.h"
+#include "frame/library_errors.h"
+#include "selection/dynamic_ss.h"
+#include "support/host_test.h"
+
+namespace tovik {
+namespace {
+
+using HostLink = HostTest;
+
+std::string NameOf(const ObjectRef& document) {
+  return document ? CStr(GetProperty(document, "Name")) : "Nothing";
+}
+
+TEST_F(HostLink, CurrentDrawingFollowsTheActiveDocumentAtEveryCall) {
+  ObjectRef first = ActiveDocument();
+  ObjectRef second = NewDrawing();  // Documents.Add makes it active
+  EXPECT_EQ(NameOf(CurrentDrawing()), "Drawing2.dwg");
+  auto set_in_second = DynamicSS::Create();
+  // Activate the first drawing through the application, as a user would.
+  SetProperty(app_, "ActiveDocument", first);
+  EXPECT_EQ(NameOf(CurrentDrawing()), "Drawing1.dwg");
+  auto set_in_first = DynamicSS::Create();
+  EXPECT_TRUE(SameObject(set_in_second->Document(), second));
+  EXPECT_TRUE(SameObject(set_in_first->Document(), first));
+  // And back: nothing was cached.
+  SetProperty(app_, "ActiveDocument", second);
+  EXPECT_TRUE(SameObject(CurrentDrawing(), second));
+  // Through the dispatch interface, as a client reads it.
+  EXPECT_EQ(CStr(GetProperty(set_in_first, "DocumentName")), "Drawing1.dwg");
+  EXPECT_EQ(CStr(GetProperty(set_in_second, "documentname")), "Drawing2.dwg");
+}
+
+TEST_F(HostLink, NoLinkNoDrawing) {
+  ResetLibraryState();  // as before InitZActiveX
+  EXPECT_FALSE(HasHostEvents());
+  EXPECT_EQ(HostApplication(), nullptr);
+  EXPECT_EQ(CurrentDrawing(), nullptr);
+  EXPECT_EQ(DynamicSS::Create()->Document(), nullptr);
+  Link();
+  EXPECT_TRUE(HasHostEvents());
+  EXPECT_TRUE(SameObject(HostApplication(), app_));
+  EXPECT_TRUE(SameObject(DynamicSS::Create()->Document(), ActiveDocument()));
+}
+
+TEST_F(HostLink, NoOpenDrawingGivesNothing) {
+  app_->CloseDocument(app_->active_document());
+  EXPECT_TRUE(SameObject(HostApplication(), app_));
+  EXPECT_EQ(CurrentDrawing(), nullptr);
+}
+
+TEST_F(HostLink, LibraryGroupIsMadeOnceAndRenewedEmpty) {
+  ObjectRef doc = ActiveDocument();
+  ObjectRef groups = GetProperty(doc, "Groups").Object();
+  int32_t before = CLng(GetProperty(groups, "Count"));
+  ObjectRef group = LibraryGroup(doc, false);
+  EXPECT_EQ(CStr(GetProperty(group, "Name")), "TOVIK_COM");
+  EXPECT_EQ(CLng(GetProperty(groups, "Count")), before + 1);
+  // Asked again without renewal: the same group, still one.
+  EXPECT_TRUE(SameObject(LibraryGroup(doc, false), group));
+  EXPECT_EQ(CLng(GetProperty(groups, "Count")), before + 1);
+  ObjectRef line = AddLine(doc, 0);
+  Variant members(SafeArray::OfVariants({Variant(line)}));
+  CallMethod(group, "AppendItems", {members});
+  EXPECT_EQ(CLng(GetProperty(group, "Count")), 1);
+  // Renewed: one group of that name, empty; the line stays in the drawing.
+  ObjectRef renewed = LibraryGroup(doc, true);
+  EXPECT_EQ(CLng(GetProperty(groups, "Count")), before + 1);
+  EXPECT_EQ(CLng(GetProperty(renewed, "Count")), 0);
+  EXPECT_EQ(CStr(GetProperty(renewed, "Name")), "TOVIK_COM");
+  EXPECT_FALSE(CStr(GetProperty(line, "Handle")).empty());
+}
+
+TEST_F(HostLink, SharedHighlightSetIsStoredInTheHostEventObject) {
+  std::shared_ptr<DynamicSS> first = SharedHighlightSet();
+  EXPECT_EQ(first, SharedHighlightSet());
+  // Another library in the host finds it in the named-object store.
+  ObjectRef stored = app_->events()->GetNamedObject("ZHighlightSS", nullptr);
+  EXPECT_EQ(stored.get(), first.get());
+  // Something else stored under the key is replaced by a fresh set.
+  app_->events()->SetNamedObject("ZHighlightSS", app_, "", nullptr);
+  std::shared_ptr<DynamicSS> replaced = SharedHighlightSet();
+  EXPECT_NE(replaced, first);
+  EXPECT_EQ(app_->events()->GetNamedObject("zhighlightss", nullptr).get(), replaced.get());
+}
+
+TEST_F(HostLink, DynamicSSHoldsEntitiesByHandle) {
+  ObjectRef doc = ActiveDocument();
+  ObjectRef a = AddLine(doc, 0);
+  ObjectRef b = AddLine(doc, 5);
+  ObjectRef set = DynamicSS::Create();
+  // Add(Array(a, Array(b, a))): the nested array is walked, a is not
+  // added twice.
+  Variant nested(SafeArray::OfVariants({Variant(b), Variant(a)}));
+  CallMethod(set, "Add", {Variant(SafeArray::OfVariants({Variant(a), nested}))});
+  EXPECT_EQ(CLng(GetProperty(set, "Count")), 2);
+  EXPECT_TRUE(SameObject(GetProperty(set, "Item", {Variant(int16_t{1})}).Object(), b));
+  std::string handle_a = CStr(GetProperty(a, "Handle"));
+  EXPECT_TRUE(SameObject(GetProperty(set, "Item", {Variant(handle_a)}).Object(), a));
+  // Model space as a container adds every entity it holds, once each.
+  ObjectRef c = AddLine(doc, 9);
+  CallMethod(set, "Add", {Variant(SafeArray::OfVariants({GetProperty(doc, "ModelSpace")}))});
+  EXPECT_EQ(CLng(GetProperty(set, "Count")), 3);
+  EXPECT_TRUE(SameObject(GetProperty(set, "Item", {Variant(int16_t{2})}).Object(), c));
+  // The entity table is handed out live: keys are the handles.
+  ObjectRef table = GetProperty(set, "Dictionary").Object();
+  EXPECT_EQ(TypeName(Variant(table)), "Dictionary");
+  EXPECT_EQ(CStr(ForEach(table)[0]), handle_a);
+  // Setting Document, even to the same one, empties the set.
+  SetProperty(set, "Document", doc);
+  EXPECT_EQ(CLng(GetProperty(set, "Count")), 0);
+}
+
+TEST_F(HostLink, DynamicSSItemErrors) {
+  ObjectRef set = DynamicSS::Create();
+  CallMethod(set, "Add", {Variant(SafeArray::OfVariants({Variant(AddLine(ActiveDocument(), 0))}))});
+  // Positions run 0..Count-1.
+  ExpectError([&] { GetProperty(set, "Item", {Variant(int32_t{1})}); }, 9,
+              "Subscript out of range", "Tovik_AutoCad_Pro");
+  // An unknown handle: 2411 with no source, and the handle stays as an
+  // empty key.
+  ExpectError([&] { GetProperty(set, "Item", {Variant("FFFF0")}); }, 2411,
+              std::string(kInvalidDictionaryIndex));
+  EXPECT_EQ(CLng(GetProperty(set, "Count")), 2);
+}
+
+TEST_F(HostLink, CompanionsPointBackWithoutKeepingTheSetAlive) {
+  std::shared_ptr<SSDimensions> dims;
+  std::shared_ptr<SSAnimation> anim;
+  {
+    std::shared_ptr<DynamicSS> set = DynamicSS::Create();
+    dims = ObjectAs<SSDimensions>(GetProperty(set, "Dimensions"));
+    anim = ObjectAs<SSAnimation>(GetProperty(set, "Animation"));
+    ASSERT_NE(dims, nullptr);
+    ASSERT_NE(anim, nullptr);
+    EXPECT_EQ(dims->Owner(), set);
+    EXPECT_EQ(anim->Owner(), set);
+    EXPECT_EQ(ObjectAs<SSDimensions>(GetProperty(set, "Dimensions")), dims);
+    EXPECT_EQ(TypeName(Variant(ObjectRef(dims))), "SSDimensions");
+    EXPECT_EQ(TypeName(Variant(ObjectRef(anim))), "SSAnimation");
+  }
+  // The companions did not keep their owner alive.
+  EXPECT_EQ(dims->Owner(), nullptr);
+  EXPECT_EQ(anim->Owner(), nullptr);
+}
+
+}  // namespace
+}  // namespace tovik

@@ -1,0 +1,156 @@
+// The type library: creation by ProgID, the creation rules of the ten
+// classes, the implicit instances of the global classes, and the library's
+// own error (2411) with its fixed texts and sources.
+#include "type_library.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <set>
+#include <string>
+
+#include "frame/autocad_enum.h"
+#include "frame/automation_error.h"
+#include "frame/conversions.h"
+#include "frame/library_errors.h"
+#include "frame/library_state.h"
+#include "frame/toolbox_data.h"
+#include "frame/zactivex_com.h"
+
+namespace tovik {
+namespace {
+
+void ExpectCannotCreate(const std::function<void()>& statement) {
+  try {
+    statement();
+    ADD_FAILURE() << "no error";
+  } catch (const AutomationError& e) {
+    EXPECT_EQ(e.Number(), 429);
+    EXPECT_EQ(e.Description(), "ActiveX component can't create object");
+  }
+}
+
+TEST(TypeLibrary, ListsTheTenClassesInOrderWithTheirRules) {
+  const std::pair<const char*, const char*> expected[] = {
+      {"AcadSpace", "global, creatable"},     {"DynamicSS", "creatable"},
+      {"SSDimensions", "not creatable"},      {"SSAnimation", "not creatable"},
+      {"AutoCAD_Enum", "global, creatable"},  {"AcadTransaction", "not creatable"},
+      {"AcadDocSpace", "global, creatable"},  {"Xdata", "global, creatable"},
+      {"DwgPicture", "not creatable"},        {"ZActiveXCOM", "global, creatable"},
+  };
+  ASSERT_EQ(Classes().size(), std::size(expected));
+  for (size_t i = 0; i < std::size(expected); ++i) {
+    SCOPED_TRACE(expected[i].first);
+    EXPECT_EQ(Classes()[i].name, expected[i].first);
+    EXPECT_EQ(InstancingText(Classes()[i].instancing), expected[i].second);
+  }
+}
+
+TEST(TypeLibrary, CreateObjectMakesCreatableClassesAndRefusesTheRest) {
+  ResetLibraryState();
+  for (const ClassInfo& info : Classes()) {
+    SCOPED_TRACE(std::string(info.name));
+    std::string prog_id = "Tovik_AutoCad_Pro." + std::string(info.name);
+    if (info.instancing == Instancing::kPublicNotCreatable) {
+      ExpectCannotCreate([&] { CreateObject(prog_id); });
+      continue;
+    }
+    if (!info.make) continue;  // a class whose code is not in this build
+    ObjectRef made = CreateObject(prog_id);
+    EXPECT_EQ(TypeName(Variant(made)), info.name);
+    // Each call makes a new instance.
+    EXPECT_NE(CreateObject(prog_id), made);
+  }
+  // ProgIDs ignore case; other libraries and unknown classes are refused.
+  EXPECT_EQ(TypeName(Variant(CreateObject("tovik_autocad_pro.dynamicss"))), "DynamicSS");
+  ExpectCannotCreate([] { CreateObject("Scripting.Dictionary"); });
+  ExpectCannotCreate([] { CreateObject("Tovik_AutoCad_Pro.NoSuchClass"); });
+  ExpectCannotCreate([] { CreateObject("DynamicSS"); });
+}
+
+TEST(TypeLibrary, FactoryOnlyClassesStillAnswerTheirTypeNames) {
+  for (const char* name : {"SSDimensions", "SSAnimation", "DwgPicture"}) {
+    SCOPED_TRACE(name);
+    const ClassInfo* info = FindClass(name);
+    ASSERT_NE(info, nullptr);
+    EXPECT_FALSE(info->factory.empty());
+    EXPECT_EQ(TypeName(Variant(info->make())), name);
+  }
+}
+
+TEST(TypeLibrary, GlobalClassesHaveOneImplicitInstanceUntilReset) {
+  ResetLibraryState();
+  ObjectRef space = GlobalObject("AcadSpace");
+  EXPECT_EQ(GlobalObject("acadspace"), space);
+  EXPECT_EQ(TypeName(Variant(GlobalObject("AutoCAD_Enum"))), "AutoCAD_Enum");
+  EXPECT_EQ(GlobalObject("ZActiveXCOM"), GlobalInstance<ZActiveXCOM>());
+  ExpectCannotCreate([] { GlobalObject("DynamicSS"); });
+  ResetLibraryState();
+  EXPECT_NE(GlobalObject("AcadSpace"), space);
+  ResetLibraryState();
+}
+
+TEST(LibraryError, CarriesNumber2411WithItsTextAndSource) {
+  struct Case {
+    std::string description;
+    std::string_view source;
+    const char* expected_description;
+    const char* expected_source;
+  };
+  const Case cases[] = {
+      {std::string(kUnsupportedLengthUnit), "",
+       "Unsupported Length Unit. Supported Units are mm, cm, dm, m, ft and inch", ""},
+      {std::string(kInvalidDictionaryIndex), "", "Invalid index for Dictionary collection.",
+       ""},
+      {std::string(kSelectionNotInCurrentLayout), "",
+       "Selection Set is not in current layout to run ZoomTo command.", ""},
+      {std::string(kInvalidVariableTable), kSourceTovikStudio, "Invalid VariableTable",
+       "Tovik Studio"},
+      {VariableNameNotFound("station"), kSourceTovikCom,
+       "SetXdata fails. Variable names station not found", "Tovik COM"},
+      // No blank between VarID and the number.
+      {VariableIdNotFound(4), kSourceTovikCom, "SetXdata fails. VarID4 not found",
+       "Tovik COM"},
+      {VariableIdNotFound(-12), kSourceTovikCom, "SetXdata fails. VarID-12 not found",
+       "Tovik COM"},
+      {std::string(kTableNotNative), kSourceTovikCom, "Table must contain Native Datatype only",
+       "Tovik COM"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.expected_description);
+    try {
+      throw errors::Library(c.description, c.source);
+    } catch (const AutomationError& e) {
+      EXPECT_EQ(e.Number(), 2411);
+      EXPECT_EQ(e.Description(), c.expected_description);
+      EXPECT_EQ(e.Source(), c.expected_source);
+    }
+  }
+  // The validation lists keep their spelling.
+  EXPECT_EQ(kDuplicateVarnamePrefix, "Dupplicate Varname: ");
+  EXPECT_EQ(kDuplicateVarIdPrefix, "Dupplicated VarID: ");
+}
+
+TEST(AutoCADEnum, PublishesTheHostValues) {
+  std::set<std::string> names;
+  int members = 0;
+  for (const EnumInfo& e : PublishedEnumerations()) {
+    names.insert(std::string(e.name));
+    members += static_cast<int>(e.members.size());
+  }
+  EXPECT_EQ(names.size(), 16u);
+  // 2+5+9+5+4+4+8+3+4+15+21+4+7+5+2+7 members in the published table.
+  EXPECT_EQ(members, 105);
+  const EnumInfo& window = PublishedEnumerations()[7];
+  EXPECT_EQ(window.name, "AcWindowState");
+  EXPECT_EQ(window.members[1].name, "acMin");
+  EXPECT_EQ(window.members[1].value, 2);
+  EXPECT_EQ(acColorMethodForeground, 197);
+  EXPECT_EQ(acInsertUnitsParsecs, 20);
+  EXPECT_EQ(acAttributeModeMultipleLine, 32);
+  EXPECT_EQ(acModelSpace, 1);
+  EXPECT_EQ(kListLayersItems[1], "DET_STEEL\tDET_STEEL\t1");
+}
+
+}  // namespace
+}  // namespace tovik
