@@ -96,8 +96,11 @@ bool NeedsDecoding(std::string_view raw) {
 }  // namespace
 
 bool IsUtf8Version(std::string_view acad_version) {
-  return acad_version.size() == 6 && acad_version.starts_with("AC") &&
-         acad_version >= kFirstUtf8Version;
+  if (acad_version.size() != 6 || !acad_version.starts_with("AC")) return false;
+  for (char c : acad_version.substr(2)) {
+    if (c < '0' || c > '9') return false;
+  }
+  return acad_version >= kFirstUtf8Version;
 }
 
 std::string_view IconvNameOfCodePage(std::string_view dwg_code_page) {

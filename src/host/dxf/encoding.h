@@ -16,7 +16,8 @@ namespace tovik::host::dxf {
 // The first DXF version whose files are UTF-8.
 inline constexpr std::string_view kFirstUtf8Version = "AC1021";
 
-// Returns true when `acad_version` ($ACADVER, e.g. "AC1027") is R2007 or later.
+// Returns true when `acad_version` ($ACADVER, e.g. "AC1027") is R2007 or
+// later; false for anything but "AC" and four digits.
 bool IsUtf8Version(std::string_view acad_version);
 
 // Returns the iconv name of a $DWGCODEPAGE value ("ANSI_1252" -> "CP1252",

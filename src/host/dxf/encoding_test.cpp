@@ -130,6 +130,9 @@ TEST(Encoding, Utf8VersionsStartAtR2007) {
   EXPECT_TRUE(IsUtf8Version("AC1032"));
   EXPECT_FALSE(IsUtf8Version("AC1009"));
   EXPECT_FALSE(IsUtf8Version(""));
+  // Found by fuzzing: sorts after AC1021 but is no version; the writer's
+  // ^B for the control byte made the copy read with another encoding.
+  EXPECT_FALSE(IsUtf8Version("AC90\x02y"));
 }
 
 }  // namespace
