@@ -7,8 +7,8 @@
 #include "frame/automation_error.h"
 #include "frame/conversions.h"
 #include "frame/dispatch.h"
+#include "frame/library_errors.h"
 #include "frame/runtime_number.h"
-#include "xdata/xdata_texts.h"
 
 namespace tovik {
 namespace {
@@ -22,8 +22,7 @@ constexpr int16_t kCodeInteger = 1070;
 constexpr int16_t kCodeLong = 1071;
 
 AutomationError NotNative() {
-  return errors::Library(xdata_texts::kNativeDatatypeOnly,
-                         xdata_texts::kAppName);
+  return errors::Library(kTableNotNative, kSourceTovikCom);
 }
 
 // One table being walked: its array and the next index to read.
@@ -156,11 +155,13 @@ std::string TableToText(const Variant& table) {
   return out;
 }
 
-void TableToGroupCodes(const Variant& table, Variant& codes, Variant& values) {
+void AppendTableRun(const Variant& table, std::vector<int16_t>& codes,
+                    std::vector<Variant>& values) {
+  // The run is built aside; a nested table reaches the output only once
+  // all of it has been encoded, so on a refusal the output keeps exactly
+  // the top-level elements before the failing one.
   std::vector<int16_t> run_codes{kCodeBrace};
   std::vector<Variant> run_values{Variant("{")};
-  // Length of the run before the current top-level element: a nested table
-  // reaches the caller's arrays only once all of it has been encoded.
   size_t committed = run_codes.size();
   std::vector<WalkFrame> stack{FrameOf(table)};
   bool failed = false;
@@ -189,9 +190,26 @@ void TableToGroupCodes(const Variant& table, Variant& codes, Variant& values) {
     failed = true;
     error = e;
   }
+  codes.insert(codes.end(), run_codes.begin(), run_codes.begin() + committed);
+  values.insert(values.end(), std::make_move_iterator(run_values.begin()),
+                std::make_move_iterator(run_values.begin() + committed));
+  if (failed) throw error;
+}
+
+void TableToGroupCodes(const Variant& table, Variant& codes, Variant& values) {
+  std::vector<int16_t> run_codes;
+  std::vector<Variant> run_values;
+  bool failed = false;
+  AutomationError error(0, std::string());
+  try {
+    AppendTableRun(table, run_codes, run_values);
+  } catch (const AutomationError& e) {
+    failed = true;
+    error = e;
+  }
   SafeArray& code_array = AppendTarget(codes, VarType::kInteger);
   SafeArray& value_array = AppendTarget(values, VarType::kVariant);
-  for (size_t i = 0; i < committed; ++i) {
+  for (size_t i = 0; i < run_codes.size(); ++i) {
     code_array.Append(Variant(run_codes[i]));
     value_array.Append(std::move(run_values[i]));
   }
@@ -199,30 +217,33 @@ void TableToGroupCodes(const Variant& table, Variant& codes, Variant& values) {
 }
 
 Variant GroupCodesToTable(const Variant& values) {
+  if (!values.IsArray()) return Variant(SafeArray::Empty());
+  return GroupCodesToTable(std::span<const Variant>(values.Array().Items()));
+}
+
+Variant GroupCodesToTable(std::span<const Variant> values) {
   std::vector<Variant> top;
   // Tables opened inside the outermost one and not yet closed.
   std::vector<std::vector<Variant>> open;
   // Brace depth; it may go negative on stray closing braces, and a "{" that
   // brings it back to 1 reopens the outermost table.
   int64_t depth = 0;
-  if (values.IsArray()) {
-    for (const Variant& v : values.Array().Items()) {
-      bool closes = IsBrace(v, '}');
-      bool opens = IsBrace(v, '{');
-      if (closes) --depth;
-      if (depth >= 1) {
-        if (closes) {
-          Variant done(SafeArray::OfVariants(std::move(open.back())));
-          open.pop_back();
-          (open.empty() ? top : open.back()).push_back(std::move(done));
-        } else if (opens) {
-          open.emplace_back();
-        } else {
-          (depth == 1 ? top : open.back()).push_back(v);
-        }
+  for (const Variant& v : values) {
+    bool closes = IsBrace(v, '}');
+    bool opens = IsBrace(v, '{');
+    if (closes) --depth;
+    if (depth >= 1) {
+      if (closes) {
+        Variant done(SafeArray::OfVariants(std::move(open.back())));
+        open.pop_back();
+        (open.empty() ? top : open.back()).push_back(std::move(done));
+      } else if (opens) {
+        open.emplace_back();
+      } else {
+        (depth == 1 ? top : open.back()).push_back(v);
       }
-      if (opens) ++depth;
     }
+    if (opens) ++depth;
   }
   return Variant(SafeArray::OfVariants(std::move(top)));
 }

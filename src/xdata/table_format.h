@@ -15,8 +15,10 @@
 #define TOVIK_XDATA_TABLE_FORMAT_H_
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "frame/variant.h"
 
@@ -55,12 +57,18 @@ Variant TextToTable(std::string_view text);
 // top-level elements before the one that failed.
 void TableToGroupCodes(const Variant& table, Variant& codes, Variant& values);
 
+// TableToGroupCodes into plain vectors (appended to, as above; on a refusal
+// they keep the top-level elements before the failing one).
+void AppendTableRun(const Variant& table, std::vector<int16_t>& codes,
+                    std::vector<Variant>& values);
+
 // Decodes a run of group-code values (the codes are not needed) into a
 // table: the values between the outermost 1002 "{" and "}", nested braces as
 // nested tables. Unbalanced braces give a shorter table: a nested table still
 // open at the end is dropped, closing braces beyond the outermost one are
 // ignored, and a later "{" reopens the outermost table.
 Variant GroupCodesToTable(const Variant& values);
+Variant GroupCodesToTable(std::span<const Variant> values);
 
 }  // namespace tovik
 

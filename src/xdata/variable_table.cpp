@@ -4,9 +4,9 @@
 #include <optional>
 
 #include "frame/automation_error.h"
+#include "frame/library_errors.h"
 #include "frame/runtime_number.h"
 #include "frame/runtime_text.h"
-#include "xdata/xdata_texts.h"
 
 namespace tovik {
 namespace {
@@ -64,9 +64,9 @@ std::vector<VariableEntry> ParseVariableLines(std::span<const std::string_view> 
 }
 
 void ValidateVariableTable(const std::vector<VariableEntry>& entries) {
-  std::string names(xdata_texts::kDuplicateNames);
-  std::string ids(xdata_texts::kDuplicateIds);
-  std::string invalid(xdata_texts::kInvalidIds);
+  std::string names(kDuplicateVarnamePrefix);
+  std::string ids(kDuplicateVarIdPrefix);
+  std::string invalid(kInvalidVarIdPrefix);
   bool fault = false;
   size_t n = entries.size();
   // The outer walk ends one short of the last entry, so the last entry's ID
@@ -89,9 +89,9 @@ void ValidateVariableTable(const std::vector<VariableEntry>& entries) {
     }
   }
   if (fault) {
-    throw errors::Library(std::string(xdata_texts::kInvalidTable) + "\r\n" + names +
+    throw errors::Library(std::string(kInvalidVariableTable) + "\r\n" + names +
                               "\r\n" + ids + "\r\n" + invalid,
-                          xdata_texts::kStudioAppName);
+                          kSourceTovikStudio);
   }
 }
 
@@ -106,18 +106,14 @@ int16_t VariableIdOf(const std::vector<VariableEntry>& entries, std::string_view
   for (const VariableEntry& entry : entries) {
     if (entry.key == upper) return entry.id;
   }
-  throw errors::Library(std::string(xdata_texts::kUnknownNameHead) + std::string(name) +
-                            std::string(xdata_texts::kNotFoundTail),
-                        xdata_texts::kAppName);
+  throw errors::Library(VariableNameNotFound(name), kSourceTovikCom);
 }
 
 std::string VariableNameOf(const std::vector<VariableEntry>& entries, int16_t id) {
   for (const VariableEntry& entry : entries) {
     if (entry.id == id) return entry.name;
   }
-  throw errors::Library(std::string(xdata_texts::kUnknownIdHead) + std::to_string(id) +
-                            std::string(xdata_texts::kNotFoundTail),
-                        xdata_texts::kAppName);
+  throw errors::Library(VariableIdNotFound(id), kSourceTovikCom);
 }
 
 }  // namespace tovik
