@@ -226,11 +226,19 @@ TagModel::~TagModel() = default;
 namespace {
 
 // Returns the raw value of header variable `name` from the token stream,
-// looking no further than the end of the first section.
+// found exactly where version() and code_page() will look after loading:
+// the first section named HEADER, the first tag after "9 `name`".
 std::string_view RawHeaderValue(const std::vector<Tag>& tags, std::string_view name) {
-  for (std::size_t i = 0; i + 1 < tags.size(); ++i) {
-    if (tags[i].code == 0 && Trim(tags[i].text) == "ENDSEC") break;
-    if (tags[i].code == 9 && Trim(tags[i].text) == name) return Trim(tags[i + 1].text);
+  std::size_t i = 0;
+  while (i + 1 < tags.size() && !(tags[i].code == 0 && Trim(tags[i].text) == "SECTION" &&
+                                  tags[i + 1].code == 2 && Trim(tags[i + 1].text) == "HEADER")) {
+    ++i;
+  }
+  for (i += 2; i + 1 < tags.size() && tags[i].code != 0; ++i) {
+    if (tags[i].code == 9 && Trim(tags[i].text) == name) {
+      const Tag& value = tags[i + 1];
+      return value.code == 0 || value.code == 9 ? std::string_view() : Trim(value.text);
+    }
   }
   return {};
 }

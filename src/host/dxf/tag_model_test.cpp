@@ -151,6 +151,19 @@ TEST(TagModel, DecodesTextByVersionAndCodePage) {
   EXPECT_EQ(layer_name("AC1032", "ANSI_1252", "\\U+00E4"), "\\U+00E4");
 }
 
+TEST(TagModel, OnlyTheHeaderSectionDecidesTheEncoding) {
+  // Found by fuzzing: a section named "-HEADER" holding $ACADVER AC1024 made
+  // the reader decode UTF-8 while the writer, seeing no HEADER, wrote
+  // code page 1252, so the copy read back differently.
+  const std::string text =
+      "0\nSECTION\n2\n-HEADER\n9\n$ACADVER\n1\nAC1024\n0\nENDSEC\n"
+      "0\nSECTION\n2\nENTITIES\n0\nTEXT\n1\n\xC3\xA4\n0\nENDSEC\n";
+  TagModel model = TagModel::Load(text, "t.dxf");
+  EXPECT_EQ(model.version(), "");
+  // Read as code page 1252: two characters, not one.
+  EXPECT_EQ(model.FindSection("ENTITIES")->records[0].StringOr(1), "\xC3\x83\xC2\xA4");
+}
+
 TEST(TagModel, InternedTextOutlivesMoves) {
   TagModel model = TagModel::Load("0\nSECTION\n2\nENTITIES\n0\nTEXT\n1\nold\n0\nENDSEC\n", "m");
   std::string_view copy = model.Intern(std::string("new text"));
