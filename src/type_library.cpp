@@ -11,6 +11,13 @@
 #include "selection/dynamic_ss.h"
 #include "selection/ss_companions.h"
 #include "toolkit/acad_space.h"
+#ifdef TOVIK_HAVE_XDATA
+#include "xdata/xdata.h"
+#endif
+#ifdef TOVIK_HAVE_DOCUMENT
+#include "document/acad_doc_space.h"
+#include "document/acad_transaction.h"
+#endif
 
 namespace tovik {
 namespace {
@@ -29,17 +36,23 @@ ObjectRef MakeSSAnimation() {
   return std::make_shared<SSAnimation>(std::weak_ptr<DynamicSS>());
 }
 
-// TODO(xdata): AcadTransaction (document/acad_transaction.h), AcadDocSpace
-// (document/acad_doc_space.h) and Xdata (xdata/xdata.h) get their make
-// functions here once those classes are part of the build:
-//   ObjectRef MakeAcadTransaction() { return std::make_shared<AcadTransaction>(); }
-//   ObjectRef MakeAcadDocSpace() { return std::make_shared<AcadDocSpace>(); }
-//   ObjectRef MakeXdata() { return std::make_shared<Xdata>(); }
-// and replace the nullptr in their rows below. Until then those three
-// classes are listed but cannot be made.
-constexpr ObjectRef (*kMakeAcadTransaction)() = nullptr;
-constexpr ObjectRef (*kMakeAcadDocSpace)() = nullptr;
+// Xdata, AcadDocSpace and AcadTransaction live in the xdata and document
+// subsystems; a build without them lists the classes but cannot make them.
+#ifdef TOVIK_HAVE_XDATA
+ObjectRef MakeXdata() { return Xdata::Make(); }
+constexpr ObjectRef (*kMakeXdata)() = MakeXdata;
+#else
 constexpr ObjectRef (*kMakeXdata)() = nullptr;
+#endif
+#ifdef TOVIK_HAVE_DOCUMENT
+ObjectRef MakeAcadDocSpace() { return AcadDocSpace::Make(); }
+ObjectRef MakeAcadTransaction() { return AcadTransaction::Make(); }
+constexpr ObjectRef (*kMakeAcadDocSpace)() = MakeAcadDocSpace;
+constexpr ObjectRef (*kMakeAcadTransaction)() = MakeAcadTransaction;
+#else
+constexpr ObjectRef (*kMakeAcadDocSpace)() = nullptr;
+constexpr ObjectRef (*kMakeAcadTransaction)() = nullptr;
+#endif
 
 const ClassInfo kClasses[] = {
     {"AcadSpace", Instancing::kGlobalMultiUse, "", MakeAcadSpace},

@@ -101,8 +101,6 @@ TEST_F(HostLink, DynamicSSHoldsEntitiesByHandle) {
   CallMethod(set, "Add", {Variant(SafeArray::OfVariants({Variant(a), nested}))});
   EXPECT_EQ(CLng(GetProperty(set, "Count")), 2);
   EXPECT_TRUE(SameObject(GetProperty(set, "Item", {Variant(int16_t{1})}).Object(), b));
-  std::string handle_a = CStr(GetProperty(a, "Handle"));
-  EXPECT_TRUE(SameObject(GetProperty(set, "Item", {Variant(handle_a)}).Object(), a));
   // Model space as a container adds every entity it holds, once each.
   ObjectRef c = AddLine(doc, 9);
   CallMethod(set, "Add", {Variant(SafeArray::OfVariants({GetProperty(doc, "ModelSpace")}))});
@@ -111,10 +109,38 @@ TEST_F(HostLink, DynamicSSHoldsEntitiesByHandle) {
   // The entity table is handed out live: keys are the handles.
   ObjectRef table = GetProperty(set, "Dictionary").Object();
   EXPECT_EQ(TypeName(Variant(table)), "Dictionary");
-  EXPECT_EQ(CStr(ForEach(table)[0]), handle_a);
+  EXPECT_EQ(CStr(ForEach(table)[0]), CStr(GetProperty(a, "Handle")));
   // Setting Document, even to the same one, empties the set.
   SetProperty(set, "Document", doc);
   EXPECT_EQ(CLng(GetProperty(set, "Count")), 0);
+}
+
+TEST_F(HostLink, DynamicSSItemTakesNumericHandlesAsPositions) {
+  ObjectRef doc = ActiveDocument();
+  ObjectRef set = DynamicSS::Create();
+  // Handles are hex: make lines until one has a letter in its handle.
+  ObjectRef lettered;
+  ObjectRef numeric;
+  for (int i = 0; i < 40 && !(lettered && numeric); ++i) {
+    ObjectRef line = AddLine(doc, i);
+    CallMethod(set, "Add", {Variant(SafeArray::OfVariants({Variant(line)}))});
+    std::string handle = CStr(GetProperty(line, "Handle"));
+    if (IsNumeric(Variant(handle))) {
+      numeric = line;
+    } else {
+      lettered = line;
+    }
+  }
+  ASSERT_TRUE(lettered && numeric);
+  std::string letter_handle = CStr(GetProperty(lettered, "Handle"));
+  EXPECT_TRUE(SameObject(GetProperty(set, "Item", {Variant(letter_handle)}).Object(), lettered));
+  // A handle that reads as a number selects by position instead: "31" is
+  // position 31, beyond this set's members.
+  std::string digit_handle = CStr(GetProperty(numeric, "Handle"));
+  int32_t count = CLng(GetProperty(set, "Count"));
+  ASSERT_GE(CLng(Variant(digit_handle)), count);
+  ExpectError([&] { GetProperty(set, "Item", {Variant(digit_handle)}); }, 9,
+              "Subscript out of range", "Tovik_AutoCad_Pro");
 }
 
 TEST_F(HostLink, DynamicSSItemErrors) {
