@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cctype>
 #include <functional>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -120,6 +123,73 @@ TEST(Dictionary, ErrorsOfTheScriptingRuntime) {
   d.RemoveAll();
   d.SetCompareMode(Dictionary::kTextCompare);
   EXPECT_EQ(d.CompareMode(), 1);
+}
+
+// Random Add, Remove, Rename and keyed reads in text compare mode, checked
+// step by step against a plain vector of (key, value) in insertion order.
+TEST(Dictionary, RandomStepsMatchAnOrderedVectorModel) {
+  std::mt19937 random(20240611);
+  const char* keys[] = {"a", "B", "c", "D", "e", "A", "b", "C"};  // case pairs
+  auto same = [](const std::string& x, const std::string& y) {
+    return x.size() == y.size() &&
+           std::equal(x.begin(), x.end(), y.begin(),
+                      [](char p, char q) { return std::tolower(p) == std::tolower(q); });
+  };
+  Dictionary d;
+  d.SetCompareMode(Dictionary::kTextCompare);
+  std::vector<std::pair<std::string, int>> model;
+  auto find = [&](const std::string& k) {
+    return std::find_if(model.begin(), model.end(),
+                        [&](const auto& e) { return same(e.first, k); });
+  };
+  for (int step = 0; step < 2000; ++step) {
+    std::string k = keys[random() % 8];
+    std::string k2 = keys[random() % 8];
+    int op = static_cast<int>(random() % 4);
+    SCOPED_TRACE("step " + std::to_string(step) + " op " + std::to_string(op) + " " + k);
+    bool present = find(k) != model.end();
+    try {
+      switch (op) {
+        case 0:
+          d.Add(Variant(k), Variant(int32_t{step}));
+          ASSERT_FALSE(present);
+          model.emplace_back(k, step);
+          break;
+        case 1:
+          d.Remove(Variant(k));
+          ASSERT_TRUE(present);
+          model.erase(find(k));
+          break;
+        case 2: {
+          Variant v = d.Item(Variant(k));
+          if (present) {
+            ASSERT_EQ(CLng(v), find(k)->second);
+          } else {
+            ASSERT_TRUE(v.IsEmpty());
+            model.emplace_back(k, 0);  // the read added it, Empty reads as 0
+          }
+          break;
+        }
+        case 3:
+          d.Rename(Variant(k), Variant(k2));
+          ASSERT_TRUE(present);
+          ASSERT_TRUE(find(k2) == model.end() || same(k, k2));
+          find(k)->first = k2;
+          break;
+      }
+    } catch (const AutomationError& e) {
+      // The only failures: a duplicate (Add, Rename onto another key) or a
+      // missing key (Remove, Rename).
+      bool duplicate = e.Number() == 457;
+      bool missing = e.Number() == 32811;
+      ASSERT_TRUE((duplicate && (op == 0 ? present : find(k2) != model.end())) ||
+                  (missing && !present));
+    }
+    ASSERT_EQ(d.Count(), static_cast<int32_t>(model.size()));
+    for (size_t i = 0; i < model.size(); ++i) {
+      ASSERT_EQ(CStr(d.KeyAt(static_cast<int32_t>(i))), model[i].first);
+    }
+  }
 }
 
 TEST(Dictionary, ThroughTheDispatchInterface) {
