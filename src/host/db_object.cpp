@@ -28,6 +28,11 @@ void DbObject::Touch() {
   CheckWritable();
   Journal* j = journal();
   if (j && j->FirstTouch(this)) j->Record(Restorer());
+  NotifyChanged();
+}
+
+void DbObject::NotifyChanged() {
+  if (doc_) doc_->NoteChanged(this);
 }
 
 void DbObject::Erase() {
@@ -37,7 +42,10 @@ void DbObject::Erase() {
   doc_->Record([self] { self->Unerase(); });
 }
 
-void DbObject::Unerase() { erased_ = false; }
+void DbObject::Unerase() {
+  erased_ = false;
+  NotifyChanged();
+}
 
 void DbObject::SetXData(std::shared_ptr<const XData> xdata) {
   core_.xdata = xdata && !xdata->empty() ? std::move(xdata) : nullptr;

@@ -109,6 +109,8 @@ class DbObject : public Dispatch {
 
   // The journal of the owning document (nullptr once closed).
   Journal* journal() const;
+  // Tells the document's change observer that this object changed.
+  void NotifyChanged();
 
   // Members every database object answers.
   static const MemberTable<DbObject>& ObjectMembers();
@@ -179,6 +181,7 @@ class HostObject : public Base {
     return [self, data = std::move(data), base = std::move(base)]() mutable {
       self->mutable_data() = data;
       self->RestoreBase(base);
+      self->NotifyChanged();
     };
   }
 };

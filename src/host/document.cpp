@@ -71,7 +71,11 @@ void Document::Register(std::shared_ptr<DbObject> object, uint64_t handle) {
   next_handle_ = std::max(next_handle_, handle + 1);
   DbObject* raw = object.get();
   objects_.push_back(std::move(object));
-  journal_.Record([raw] { raw->erased_ = true; });
+  journal_.Record([this, raw] {
+    raw->erased_ = true;
+    NoteChanged(raw);
+  });
+  NoteChanged(raw);
 }
 
 DbObject* Document::FindByHandle(uint64_t handle) const {

@@ -252,6 +252,18 @@ class Document : public DispatchObject<Document> {
   // ---------------------------------------------------- collections
   std::shared_ptr<Utility> utility();
   SelectionSet* pickfirst();
+  // ------------------------------------------------- geometry services
+  // State the geometry members keep per drawing (spatial index, previous
+  // selection), created by them on first use.
+  std::shared_ptr<void>& geometry_state() { return geometry_state_; }
+  // Told of every object created, touched (before a change), erased,
+  // brought back or restored by undo; the geometry services install it.
+  void set_change_observer(std::function<void(DbObject*)> observer) {
+    change_observer_ = std::move(observer);
+  }
+  void NoteChanged(DbObject* object) {
+    if (change_observer_) change_observer_(object);
+  }
   // The automation collection objects (one each per document).
   ObjectRef Collection(std::string_view kind);
   std::vector<std::shared_ptr<SelectionSet>>& selection_sets() { return selection_sets_; }
@@ -310,6 +322,8 @@ class Document : public DispatchObject<Document> {
   std::shared_ptr<Utility> utility_;
   std::shared_ptr<SelectionSet> pickfirst_;
   std::vector<std::shared_ptr<SelectionSet>> selection_sets_;
+  std::shared_ptr<void> geometry_state_;
+  std::function<void(DbObject*)> change_observer_;
 };
 
 // IDs: base + stride * slot, all below 2^31 so both identity forms agree.

@@ -6,6 +6,7 @@
 #include "host/args.h"
 #include "host/block.h"
 #include "host/document.h"
+#include "host/geometry_members.h"
 #include "host/host_error.h"
 #include "host/records.h"
 
@@ -147,6 +148,7 @@ const MemberTable<Entity>& EntityMembers() {
       if (!block) throw HostError(HostFailure::kNotApplicable);
       return Variant(s.document()->Ref(s.CloneInto(block)));
     });
+    AddEntityGeometryMembers(t);
     return t;
   }();
   return table;

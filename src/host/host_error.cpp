@@ -34,6 +34,7 @@ constexpr FailureText kTable[] = {
     /* kNoDocument */ {-2145386460, "No database"},                     // 0x80200024
     /* kFileNotFound */ {-2145386437, "File not found"},                // 0x8020003B
     /* kCannotDelete */ {-2145386449, "Cannot delete"},                 // 0x8020002F
+    /* kNullExtents */ {-2145386458, "Null extents"},                   // 0x80200026
 };
 
 }  // namespace

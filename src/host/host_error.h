@@ -44,6 +44,7 @@ enum class HostFailure : uint8_t {
   kNoDocument,           // member of a closed document
   kFileNotFound,         // Documents.Open / Import of a missing file
   kCannotDelete,         // Delete on a collection or a fixed record
+  kNullExtents,          // GetBoundingBox of an entity without extents
 };
 
 // The host's error for `failure`.

@@ -7,6 +7,7 @@
 #include "host/collection_util.h"
 #include "host/document.h"
 #include "host/entity.h"
+#include "host/geometry_members.h"
 #include "host/host_error.h"
 
 namespace tovik::host {
@@ -111,19 +112,7 @@ const MemberTable<SelectionSet>& SelectionSet::Members() {
         },
         1, 1);
     t.Method("Update", [](K&, CallArgs&) { return Variant(); });
-    t.Method(
-        "SelectOnScreen",
-        [](K& s, CallArgs& a) {
-          if (a.Has(0) != a.Has(1)) throw InvalidArgument("FilterType", "SelectOnScreen");
-          // Headless: the queued picks up to the first non-pick answer.
-          while (s.doc_->queued_input() > 0) {
-            UserInput input = s.doc_->NextInput();
-            if (input.kind != UserInput::Kind::kPick || !input.entity) break;
-            if (!input.entity->erased()) s.Add(input.entity);
-          }
-          return Variant();
-        },
-        0, 2);
+    AddSelectionMembers(t);
     return t;
   }();
   return table;

@@ -27,6 +27,7 @@ class SelectionSet : public DispatchObject<SelectionSet> {
   std::vector<Variant> Enumerate() override;
 
   const std::string& name() const { return name_; }
+  Document* document() const { return doc_; }
   // The live members in order.
   std::vector<std::shared_ptr<Entity>> Live() const;
   // Adds `entity` unless it is already a member.

@@ -4,6 +4,7 @@
 #include "host/args.h"
 #include "host/document.h"
 #include "host/entities.h"
+#include "host/geometry_members.h"
 #include "host/host_error.h"
 
 namespace tovik::host {
@@ -130,6 +131,7 @@ const MemberTable<Utility>& Utility::Members() {
           return Variant();
         },
         1, 2);
+    AddUtilityGeometryMembers(t);
     return t;
   }();
   return table;
