@@ -34,6 +34,21 @@ std::shared_ptr<Document> Application::AddDocument() {
   return doc;
 }
 
+void Application::AdoptDocument(std::shared_ptr<Document> document) {
+  documents_.push_back(document);
+  Activate(document);
+}
+
+namespace {
+DrawingFileIo& FileIoSlot() {
+  static DrawingFileIo io;
+  return io;
+}
+}  // namespace
+
+void SetDrawingFileIo(DrawingFileIo io) { FileIoSlot() = std::move(io); }
+const DrawingFileIo& GetDrawingFileIo() { return FileIoSlot(); }
+
 void Application::Activate(const std::shared_ptr<Document>& document) {
   if (std::find(documents_.begin(), documents_.end(), document) == documents_.end()) {
     throw HostError(HostFailure::kInvalidInput);
@@ -198,9 +213,16 @@ const MemberTable<Documents>& Documents::Members() {
     });
     t.Method(
         "Open",
-        [](Documents&, CallArgs& a) -> Variant {
-          StringArg(a[0], {"Name", "Open"});
-          throw HostError(HostFailure::kFileNotFound);
+        [](Documents& s, CallArgs& a) -> Variant {
+          std::string path = StringArg(a[0], {"Name", "Open"});
+          const DrawingFileIo& io = GetDrawingFileIo();
+          if (!io.open) throw HostError(HostFailure::kFileNotFound);
+          for (const auto& doc : s.app_->documents()) {
+            if (doc->full_name() == path) return Variant(ObjectRef(doc));
+          }
+          std::shared_ptr<Document> doc = io.open(*s.app_, path);
+          s.app_->AdoptDocument(doc);
+          return Variant(ObjectRef(doc));
         },
         1, 3);
     return t;

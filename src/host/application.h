@@ -8,6 +8,7 @@
 #define TOVIK_HOST_APPLICATION_H_
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -17,7 +18,23 @@
 
 namespace tovik::host {
 
+class Application;
 class Document;
+
+// Reads and writes drawing files. The DXF layer installs these (it builds on
+// the host, so the host reaches it through this hook); without them
+// Documents.Open finds no file and SaveAs raises Not applicable.
+struct DrawingFileIo {
+  // Builds a complete new document from the file at `path` (not yet open
+  // in the application); throws an AutomationError naming file and line.
+  std::function<std::shared_ptr<Document>(Application& app, const std::string& path)> open;
+  // Writes `document` to `path`; throws an AutomationError on failure.
+  std::function<void(Document& document, const std::string& path)> save;
+};
+// Installs the file readers and writers every application uses.
+void SetDrawingFileIo(DrawingFileIo io);
+// The installed readers and writers (empty functions when none).
+const DrawingFileIo& GetDrawingFileIo();
 
 // Settings of a headless host.
 struct HostOptions {
@@ -52,6 +69,9 @@ class Application : public DispatchObject<Application> {
 
   // Documents.Add: a new "DrawingN.dwg", made active (ThisDrawingActivate).
   std::shared_ptr<Document> AddDocument();
+  // Adds a document built outside (a drawing read from a file) to the open
+  // documents and makes it active.
+  void AdoptDocument(std::shared_ptr<Document> document);
   // Makes `document` active; raises ThisDrawingActivate when it changes.
   // A document that is not open raises Invalid input.
   void Activate(const std::shared_ptr<Document>& document);

@@ -78,6 +78,15 @@ void Document::Register(std::shared_ptr<DbObject> object, uint64_t handle) {
   NoteChanged(raw);
 }
 
+void Document::ReassignHandle(DbObject* object, uint64_t handle) {
+  if (object->handle_ == handle) return;
+  if (handle == 0 || by_handle_.count(handle)) throw HostError(HostFailure::kInvalidHandle);
+  by_handle_.erase(object->handle_);
+  object->handle_ = handle;
+  by_handle_.emplace(handle, object);
+  next_handle_ = std::max(next_handle_, handle + 1);
+}
+
 DbObject* Document::FindByHandle(uint64_t handle) const {
   auto it = by_handle_.find(handle);
   if (it == by_handle_.end() || it->second->erased()) return nullptr;

@@ -137,6 +137,9 @@ class Document : public DispatchObject<Document> {
   // Registers `object` under `handle` (0: the next handle). A handle in use
   // raises Invalid handle. Records the creation for undo.
   void Register(std::shared_ptr<DbObject> object, uint64_t handle);
+  // Moves `object` to `handle` (loaders: a standard record takes the handle
+  // a file gives it). A handle in use by another object raises Invalid handle.
+  void ReassignHandle(DbObject* object, uint64_t handle);
   // The live object with that handle / ID, or nullptr.
   DbObject* FindByHandle(uint64_t handle) const;
   DbObject* FindById(int64_t id) const;

@@ -213,6 +213,23 @@ const MemberTable<Document>& Document::Members() {
         3, 3);
     t.Method("Regen", [](K&, CallArgs&) { return Variant(); }, 0, 1);
     t.Method(
+        "SaveAs",
+        [](K& s, CallArgs& a) {
+          std::string path = StringArg(a[0], {"FullFileName", "SaveAs"});
+          const DrawingFileIo& io = GetDrawingFileIo();
+          if (!io.save) throw HostError(HostFailure::kNotApplicable);
+          io.save(s, path);
+          s.set_full_name(path);
+          return Variant();
+        },
+        1, 4);
+    t.Method("Save", [](K& s, CallArgs&) {
+      const DrawingFileIo& io = GetDrawingFileIo();
+      if (!io.save || s.full_name().empty()) throw HostError(HostFailure::kNotApplicable);
+      io.save(s, s.full_name());
+      return Variant();
+    });
+    t.Method(
         "Close",
         [](K& s, CallArgs&) {
           s.app_->CloseDocument(std::static_pointer_cast<Document>(s.shared_from_this()));

@@ -1,0 +1,111 @@
+// Structural checks of a DXF model before it is mapped to live objects.
+#include "host/dxf/db_validate.h"
+
+#include <functional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "host/dxf/db_internal.h"
+
+namespace tovik::host::dxf {
+namespace {
+
+// Calls `visit` for every record of the model (followers included).
+void ForEachRecord(const TagModel& model, const std::function<void(const Record&)>& visit) {
+  std::function<void(const Record&)> walk = [&](const Record& r) {
+    visit(r);
+    for (const Record& f : r.followers) walk(f);
+  };
+  for (const Section& section : model.sections()) {
+    for (const Table& table : section.tables) {
+      walk(table.head);
+      for (const Record& e : table.entries) walk(e);
+    }
+    for (const Block& block : section.blocks) {
+      walk(block.begin);
+      for (const Record& e : block.entities) walk(e);
+      walk(block.end);
+    }
+    for (const Record& r : section.records) walk(r);
+  }
+}
+
+PositionKind PositionKindOf(const TagModel& model) {
+  return model.format() == FileFormat::kAscii ? PositionKind::kLine : PositionKind::kByteOffset;
+}
+
+std::string PlaceText(const TagModel& model, uint32_t position) {
+  return (model.format() == FileFormat::kAscii ? "line " : "byte ") + std::to_string(position);
+}
+
+}  // namespace
+
+uint64_t MaxHandle(const TagModel& model) {
+  uint64_t top = 0;
+  ForEachRecord(model, [&](const Record& r) { top = std::max(top, HandleOf(r)); });
+  return top;
+}
+
+void ValidateModel(const TagModel& model, std::string_view file_name) {
+  std::unordered_map<uint64_t, uint32_t> seen;
+  ForEachRecord(model, [&](const Record& r) {
+    uint64_t h = HandleOf(r);
+    if (h == 0) return;
+    auto [it, fresh] = seen.emplace(h, r.head.position);
+    if (!fresh) {
+      const Tag* tag = r.Find(5) ? r.Find(5) : r.Find(105);
+      char hex[24];
+      std::snprintf(hex, sizeof hex, "%llX", static_cast<unsigned long long>(h));
+      throw ReadError(file_name, PositionKindOf(model), tag->position, tag->code,
+                      "duplicate handle " + std::string(hex) + " (also used at " +
+                          PlaceText(model, it->second) + ")");
+    }
+  });
+
+  // Block nesting: name -> (inserted name, position of the INSERT).
+  const Section* blocks = model.FindSection("BLOCKS");
+  if (blocks == nullptr) return;
+  std::unordered_map<std::string, std::vector<std::pair<std::string, uint32_t>>> inserts;
+  for (const Block& block : blocks->blocks) {
+    auto& list = inserts[FoldName(block.Name())];
+    for (const Record& e : block.entities) {
+      if (e.type == "INSERT") list.emplace_back(FoldName(e.StringOr(2)), e.head.position);
+    }
+  }
+  // Iterative depth-first search with colours: 1 on the path, 2 done.
+  std::unordered_map<std::string, int> colour;
+  for (const Block& block : blocks->blocks) {
+    std::string root = FoldName(block.Name());
+    if (colour[root] != 0) continue;
+    struct Frame {
+      std::string name;
+      size_t next = 0;
+    };
+    std::vector<Frame> stack{{root}};
+    colour[root] = 1;
+    while (!stack.empty()) {
+      Frame& top = stack.back();
+      auto& list = inserts[top.name];
+      if (top.next == list.size()) {
+        colour[top.name] = 2;
+        stack.pop_back();
+        continue;
+      }
+      const auto& [child, position] = list[top.next++];
+      int c = colour[child];
+      if (c == 1) {
+        std::string path;
+        for (const Frame& f : stack) path += f.name + " -> ";
+        throw ReadError(file_name, PositionKindOf(model), position, 2,
+                        "block \"" + child + "\" contains itself (" + path + child + ")");
+      }
+      if (c == 0 && inserts.count(child)) {
+        colour[child] = 1;
+        stack.push_back({child});
+      }
+    }
+  }
+}
+
+}  // namespace tovik::host::dxf

@@ -1,0 +1,338 @@
+// The groups the host models for each kind: patched into a record read
+// from the file (a value the object still holds keeps its original text),
+// or written whole for an object the file did not have.
+#include <cmath>
+
+#include "geometry/ocs.h"
+#include "host/block.h"
+#include "host/dictionary.h"
+#include "host/dxf/db_internal.h"
+#include "host/dxf/db_writer_internal.h"
+#include "host/entities.h"
+#include "host/records.h"
+
+namespace tovik::host::dxf {
+namespace {
+
+using geometry::Vec3;
+
+constexpr double kRadToDeg = 180.0 / std::numbers::pi;
+
+Vec3 Ocs(const Vec3& p, const Vec3& normal) {
+  if (normal.x == 0 && normal.y == 0 && normal.z == 1) return p;
+  return geometry::WcsToOcs(p, normal).value_or(p);
+}
+
+bool SameValue(const Tag& a, const Tag& b) {
+  if (a.IsDouble() || b.IsDouble()) {
+    double x = NumberOf(a), y = NumberOf(b);
+    return std::fabs(x - y) <= 1e-10 * std::max(1.0, std::fabs(x));
+  }
+  if (a.IsInteger() || b.IsInteger()) return a.integer == b.integer;
+  return a.text == b.text;
+}
+
+// Codes kept in the common AcDbEntity part.
+bool IsCommonCode(int code) {
+  return code == 8 || code == 6 || code == 62 || code == 420 || code == 370 || code == 48 ||
+         code == 60;
+}
+
+}  // namespace
+
+void DbWriter::XDataTags(const XData& xdata, std::vector<Tag>* out) {
+  for (const XDataRun& run : xdata) {
+    if (run.app == nullptr) continue;
+    out->push_back(Tag::String(1001, Keep(run.app->Name())));
+    for (const XDataItem& item : run.items) {
+      const Variant& v = item.value;
+      if (item.code >= 1010 && item.code <= 1013 && v.IsArray()) {
+        const SafeArray& a = v.Array();
+        for (int32_t k = 0; k < 3 && k < a.Count(); ++k) {
+          const Variant& c = a.Items()[static_cast<size_t>(k)];
+          out->push_back(Tag::Double(item.code + 10 * k, c.IsNumber() ? c.RawDouble() : 0));
+        }
+      } else if (item.code == 1004 && v.IsArray()) {
+        std::string hex;
+        for (const Variant& b : v.Array().Items()) {
+          char digits[4];
+          std::snprintf(digits, sizeof digits, "%02X", static_cast<unsigned>(b.RawInt() & 0xFF));
+          hex += digits;
+        }
+        out->push_back(Tag::String(1004, Keep(hex)));
+      } else if (item.code >= 1040 && item.code <= 1042) {
+        out->push_back(Tag::Double(item.code, v.IsNumber() ? (v.Type() == VarType::kDouble ? v.RawDouble() : static_cast<double>(v.RawInt())) : 0));
+      } else if (item.code == 1070 || item.code == 1071) {
+        out->push_back(Tag::Integer(item.code, v.IsNumber() ? v.RawInt() : 0));
+      } else {
+        out->push_back(Tag::String(item.code, Keep(v.IsString() ? v.RawString() : std::string())));
+      }
+    }
+  }
+}
+
+void DbWriter::Modelled(const DbObject& object, std::vector<Tag>* want) {
+  auto real = [&](int code, double v) { want->push_back(Tag::Double(code, v)); };
+  auto point = [&](int code, const Vec3& p) {
+    real(code, p.x);
+    real(code + 10, p.y);
+    real(code + 20, p.z);
+  };
+  auto text = [&](int code, std::string_view s) { want->push_back(Tag::String(code, Keep(std::string(s)))); };
+  auto integer = [&](int code, int64_t v) { want->push_back(Tag::Integer(code, v)); };
+  if (const auto* e = dynamic_cast<const Entity*>(&object)) {
+    const EntityProps& p = e->props();
+    if (p.layer) text(8, p.layer->Name());
+    if (p.linetype && p.linetype != doc_.bylayer_linetype()) text(6, p.linetype->Name());
+    if (p.color.method == kColorByRgb) {
+      integer(62, NearestAci(p.color.rgb));
+      integer(420, p.color.rgb);
+    } else if (p.color.index != 256) {
+      integer(62, p.color.index);
+    }
+    if (p.lineweight != -1) integer(370, p.lineweight);
+    if (p.linetype_scale != 1) real(48, p.linetype_scale);
+    if (!p.visible) integer(60, 1);
+  }
+  if (const auto* o = dynamic_cast<const Line*>(&object)) {
+    point(10, o->data().start);
+    point(11, o->data().end);
+  } else if (const auto* o = dynamic_cast<const Circle*>(&object)) {
+    point(10, Ocs(o->data().center, o->data().normal));
+    real(40, o->data().radius);
+  } else if (const auto* o = dynamic_cast<const Arc*>(&object)) {
+    point(10, Ocs(o->data().center, o->data().normal));
+    real(40, o->data().radius);
+    real(50, o->data().start_angle * kRadToDeg);
+    real(51, o->data().end_angle * kRadToDeg);
+  } else if (const auto* o = dynamic_cast<const PointEntity*>(&object)) {
+    point(10, o->data().position);
+  } else if (const auto* o = dynamic_cast<const Ellipse*>(&object)) {
+    point(10, o->data().center);
+    point(11, o->data().major_axis);
+    real(40, o->data().radius_ratio);
+  } else if (const TextData* t = dynamic_cast<const Text*>(&object)
+                                     ? &static_cast<const Text&>(object).data()
+                                 : dynamic_cast<const AttributeRef*>(&object)
+                                     ? static_cast<const TextData*>(&static_cast<const AttributeRef&>(object).data())
+                                 : dynamic_cast<const AttributeDef*>(&object)
+                                     ? static_cast<const TextData*>(&static_cast<const AttributeDef&>(object).data())
+                                     : nullptr) {
+    point(10, Ocs(t->insertion, t->normal));
+    real(40, t->height);
+    text(1, t->text);
+    if (t->rotation != 0) real(50, t->rotation * kRadToDeg);
+    if (t->alignment_mode != 0) point(11, Ocs(t->alignment, t->normal));
+    if (const auto* a = dynamic_cast<const AttributeRef*>(&object)) text(2, a->data().tag);
+    if (const auto* a = dynamic_cast<const AttributeDef*>(&object)) text(2, a->data().tag);
+  } else if (const auto* o = dynamic_cast<const MText*>(&object)) {
+    point(10, o->data().insertion);
+    real(40, o->data().height);
+  } else if (const auto* o = dynamic_cast<const BlockRef*>(&object)) {
+    if (o->data().block) text(2, o->data().block->Name());
+    point(10, Ocs(o->data().insertion, o->data().normal));
+    if (o->data().scale.x != 1) real(41, o->data().scale.x);
+    if (o->data().scale.y != 1) real(42, o->data().scale.y);
+    if (o->data().scale.z != 1) real(43, o->data().scale.z);
+    if (o->data().rotation != 0) real(50, o->data().rotation * kRadToDeg);
+  } else if (const auto* o = dynamic_cast<const LayerRecord*>(&object)) {
+    const auto& d = o->data();
+    text(2, d.name);
+    integer(62, d.on ? d.color.index : -std::abs(d.color.index));
+    if (d.linetype) text(6, d.linetype->Name());
+  } else if (const auto* o = dynamic_cast<const RegApp*>(&object)) {
+    text(2, o->data().name);
+  }
+}
+
+void DbWriter::EmitPatched(const Record& record, const Binding& binding) {
+  const DbObject& object = *binding.object;
+  std::vector<Tag> want;
+  Modelled(object, &want);
+  std::vector<bool> used(want.size(), false);
+  std::span<const Tag> body = record.Body();
+  // Layer flags keep the bits the host does not model.
+  const auto* layer = dynamic_cast<const LayerRecord*>(&object);
+  const auto* lw = dynamic_cast<const LwPolyline*>(&object);
+  const auto* mtext = dynamic_cast<const MText*>(&object);
+  bool rewrite_vertices = false;
+  if (lw != nullptr) {
+    // Vertices are compared as a whole; a changed list is written anew.
+    size_t k = 0;
+    const auto& vs = lw->data().vertices;
+    for (const Tag& t : body) {
+      if (t.code == 10) {
+        if (k >= vs.size() || std::fabs(vs[k].point.x - t.real) > 1e-10 * std::max(1.0, std::fabs(t.real))) rewrite_vertices = true;
+        ++k;
+      } else if (t.code == 20 && k > 0 && k <= vs.size() &&
+                 std::fabs(vs[k - 1].point.y - t.real) > 1e-10 * std::max(1.0, std::fabs(t.real))) {
+        rewrite_vertices = true;
+      }
+    }
+    rewrite_vertices = rewrite_vertices || k != vs.size();
+  }
+  std::string mtext_original;
+  if (mtext != nullptr) {
+    for (const Tag* t : record.FindAll(3)) mtext_original += t->text;
+    mtext_original += record.StringOr(1);
+  }
+  bool rewrite_mtext = mtext != nullptr && mtext_original != mtext->data().text;
+
+  Put(record.head);
+  int depth = 0;
+  bool after_embedded = false;
+  auto insert_unused = [&](bool common) {
+    for (size_t w = 0; w < want.size(); ++w) {
+      if (!used[w] && IsCommonCode(want[w].code) == common &&
+          (common || object.IsEntity() || layer != nullptr)) {
+        // A point's y and z go with its x only.
+        Put(want[w]);
+        used[w] = true;
+      }
+    }
+  };
+  for (size_t i = 0; i < body.size(); ++i) {
+    const Tag& t = body[i];
+    if (t.code == 102) depth += t.text.starts_with("{") ? 1 : (depth > 0 ? -1 : 0);
+    if (t.code == 101) after_embedded = true;
+    if (depth == 0 && !after_embedded && t.code != 102) {
+      if (rewrite_vertices && (t.code == 10 || t.code == 20 || t.code == 40 || t.code == 41 || t.code == 42 || t.code == 90 || t.code == 91)) {
+        if (t.code == 90) {
+          PutInt(90, static_cast<int64_t>(lw->data().vertices.size()));
+        } else if (t.code == 10 && (i == 0 || body[i - 1].code != 10)) {
+          bool first = true;
+          for (size_t k = 0; k < body.size(); ++k) {
+            if (body[k].code == 10) first = k == i;
+            if (body[k].code == 10) break;
+          }
+          if (first) {
+            for (const auto& v : lw->data().vertices) {
+              PutReal(10, v.point.x);
+              PutReal(20, v.point.y);
+              if (v.start_width != 0 || v.end_width != 0) {
+                PutReal(40, v.start_width);
+                PutReal(41, v.end_width);
+              }
+              if (v.bulge != 0) PutReal(42, v.bulge);
+            }
+          }
+        }
+        continue;
+      }
+      if (rewrite_mtext && (t.code == 1 || t.code == 3)) {
+        if (t.code == 1) {
+          std::string_view s = mtext->data().text;
+          while (s.size() > 250) {
+            PutString(3, s.substr(0, 250));
+            s.remove_prefix(250);
+          }
+          PutString(1, s);
+        }
+        continue;
+      }
+      if (layer != nullptr && t.code == 70) {
+        int64_t flags = (t.integer & ~int64_t{5}) | (layer->data().frozen ? 1 : 0) |
+                        (layer->data().locked ? 4 : 0);
+        Put(flags == t.integer ? t : Tag::Integer(70, flags));
+        continue;
+      }
+      bool matched = false;
+      for (size_t w = 0; w < want.size(); ++w) {
+        if (used[w] || want[w].code != t.code) continue;
+        used[w] = true;
+        Put(SameValue(t, want[w]) ? t : want[w]);
+        matched = true;
+        break;
+      }
+      if (matched) {
+        if (t.code == 8) insert_unused(true);
+        continue;
+      }
+      if (IsCommonCode(t.code) && object.IsEntity()) continue;  // the host dropped it
+    }
+    Put(t);
+  }
+  insert_unused(true);
+  insert_unused(false);
+  if (object.xdata() == binding.loaded_xdata) {
+    for (size_t i = body.size(); i < record.tags.size(); ++i) Put(record.tags[i]);
+  } else if (object.xdata() != nullptr) {
+    std::vector<Tag> tags;
+    XDataTags(*object.xdata(), &tags);
+    for (const Tag& t : tags) Put(t);
+  }
+}
+
+void DbWriter::EmitNew(const DbObject& object, uint64_t owner_handle) {
+  std::vector<Tag> want;
+  Modelled(object, &want);
+  auto emit_want = [&](auto pred) {
+    for (const Tag& t : want) {
+      if (pred(t.code)) Put(t);
+    }
+  };
+  auto head = [&](std::string_view type) {
+    PutString(0, type);
+    PutHandle(5, object.handle());
+    PutHandle(330, owner_handle);
+  };
+  if (const auto* e = dynamic_cast<const Entity*>(&object)) {
+    std::string_view type, marker;
+    if (dynamic_cast<const Line*>(e)) type = "LINE", marker = "AcDbLine";
+    else if (dynamic_cast<const Circle*>(e)) type = "CIRCLE", marker = "AcDbCircle";
+    else if (dynamic_cast<const Arc*>(e)) type = "ARC", marker = "AcDbCircle";
+    else if (dynamic_cast<const PointEntity*>(e)) type = "POINT", marker = "AcDbPoint";
+    else if (dynamic_cast<const Text*>(e)) type = "TEXT", marker = "AcDbText";
+    else if (dynamic_cast<const BlockRef*>(e)) type = "INSERT", marker = "AcDbBlockReference";
+    else return;  // kinds without a writer of their own are not written
+    head(type);
+    PutString(100, "AcDbEntity");
+    if (e->block() != nullptr && e->block()->IsLayout() && e->block() != doc_.model_space()) PutInt(67, 1);
+    emit_want(IsCommonCode);
+    PutString(100, marker);
+    if (type == "ARC") {
+      emit_want([](int c) { return c == 10 || c == 20 || c == 30 || c == 40; });
+      PutString(100, "AcDbArc");
+      emit_want([](int c) { return c == 50 || c == 51; });
+    } else if (type == "TEXT") {
+      emit_want([](int c) { return !IsCommonCode(c) && c != 11 && c != 21 && c != 31; });
+      PutString(100, "AcDbText");
+    } else {
+      emit_want([](int c) { return !IsCommonCode(c); });
+    }
+    if (object.xdata()) {
+      std::vector<Tag> tags;
+      XDataTags(*object.xdata(), &tags);
+      for (const Tag& t : tags) Put(t);
+    }
+    if (const auto* ref = dynamic_cast<const BlockRef*>(e); ref && !ref->attributes().empty()) {
+      // Attributes of a new reference are not written; no SEQEND follows.
+    }
+    return;
+  }
+  if (const auto* layer = dynamic_cast<const LayerRecord*>(&object)) {
+    head("LAYER");
+    PutString(100, "AcDbSymbolTableRecord");
+    PutString(100, "AcDbLayerTableRecord");
+    PutString(2, layer->Name());
+    PutInt(70, (layer->data().frozen ? 1 : 0) | (layer->data().locked ? 4 : 0));
+    emit_want([](int c) { return c == 62 || c == 6; });
+    PutInt(370, layer->data().lineweight);
+    PutHandle(390, 0xF);
+  } else if (const auto* app = dynamic_cast<const RegApp*>(&object)) {
+    head("APPID");
+    PutString(100, "AcDbSymbolTableRecord");
+    PutString(100, "AcDbRegAppTableRecord");
+    PutString(2, app->Name());
+    PutInt(70, 0);
+  } else if (const auto* block = dynamic_cast<const BlockRecord*>(&object)) {
+    head("BLOCK_RECORD");
+    PutString(100, "AcDbSymbolTableRecord");
+    PutString(100, "AcDbBlockTableRecord");
+    PutString(2, block->Name());
+    PutInt(70, block->data().units);
+    PutInt(280, block->data().explodable ? 1 : 0);
+  }
+}
+
+}  // namespace tovik::host::dxf
