@@ -2,18 +2,33 @@
 //
 //   tovik --version        the library's name and version
 //   tovik classes          the automation classes and how each is obtained
+//   tovik info FILE.dxf    a summary of a drawing (version, units, tables,
+//                          entity counts, extended data, repairs)
+//   tovik convert IN OUT   reads any DXF and writes it in the host's version
 #include <cstdio>
 #include <cstring>
+#include <map>
+#include <set>
 #include <string>
 #include <string_view>
 
+#include "frame/automation_error.h"
+#include "host/application.h"
+#include "host/block.h"
+#include "host/document.h"
+#include "host/dxf/db_reader.h"
+#include "host/dxf/tag_model.h"
+#include "host/entities.h"
+#include "host/records.h"
 #include "type_library.h"
 
 namespace {
 
 constexpr const char* kUsage =
     "usage: tovik --version\n"
-    "       tovik classes\n";
+    "       tovik classes\n"
+    "       tovik info FILE.dxf\n"
+    "       tovik convert IN.dxf OUT.dxf\n";
 
 int PrintVersion() {
   std::printf("tovik %.*s (type library %.*s)\n",
@@ -34,6 +49,80 @@ int PrintClasses() {
   return 0;
 }
 
+std::shared_ptr<tovik::host::Document> Open(tovik::host::Application& app, const char* path) {
+  return tovik::host::dxf::ReadDrawingFile(app, path);
+}
+
+// The DXF name of an entity for counts: its type name without "IAcad".
+std::string KindName(const tovik::host::Entity& e) {
+  if (auto* g = dynamic_cast<const tovik::host::GenericEntity*>(&e)) return g->data().dxf_name;
+  std::string name(e.TypeName());
+  return name.starts_with("IAcad") ? name.substr(5) : name;
+}
+
+int Info(const char* path) {
+  using namespace tovik::host;
+  auto app = Application::Create({.open_drawing = false});
+  std::shared_ptr<Document> doc;
+  try {
+    doc = Open(*app, path);
+  } catch (const tovik::AutomationError& e) {
+    std::fprintf(stderr, "tovik: %s\n", e.Description().c_str());
+    return 1;
+  }
+  std::printf("file:      %s\n", path);
+  std::string version = "(none)";
+  try {
+    version = std::string(tovik::host::dxf::TagModel::LoadFile(path).version());
+    if (version.empty()) version = "(no header)";
+  } catch (...) {
+  }
+  std::printf("version:   %s\n", version.c_str());
+  tovik::Variant units = doc->GetSysVar("INSUNITS");
+  std::printf("units:     %lld (INSUNITS)\n", static_cast<long long>(units.RawInt()));
+  std::printf("handseed:  %llX\n", static_cast<unsigned long long>(doc->handle_seed()));
+  std::printf("layers (%zu):", doc->layers().items.size());
+  for (auto* l : doc->layers().items) std::printf(" %s", l->Name().c_str());
+  std::printf("\nblocks (%zu):", doc->blocks().items.size());
+  for (auto* b : doc->blocks().items) std::printf(" %s(%zu)", b->Name().c_str(), b->entities().size());
+  std::map<std::string, size_t> counts;
+  std::set<std::string> apps;
+  size_t total = 0;
+  for (auto* b : doc->blocks().items) {
+    for (auto* e : b->entities()) {
+      ++counts[KindName(*e)];
+      ++total;
+      if (e->xdata()) {
+        for (const auto& run : *e->xdata()) {
+          if (run.app) apps.insert(run.app->Name());
+        }
+      }
+    }
+  }
+  std::printf("\nentities (%zu):\n", total);
+  for (const auto& [kind, n] : counts) std::printf("  %-24s %zu\n", kind.c_str(), n);
+  std::printf("extended data applications (%zu):", apps.size());
+  for (const auto& a : apps) std::printf(" %s", a.c_str());
+  auto repairs = tovik::host::dxf::Repairs(*doc);
+  std::printf("\nrepairs (%zu):\n", repairs.size());
+  for (const auto& r : repairs) std::printf("  %s\n", r.c_str());
+  return 0;
+}
+
+int Convert(const char* in, const char* out) {
+  using namespace tovik::host;
+  auto app = Application::Create({.open_drawing = false});
+  try {
+    auto doc = Open(*app, in);
+    tovik::host::dxf::WriteDrawingFile(*doc, out);
+    for (const auto& r : tovik::host::dxf::Repairs(*doc)) std::fprintf(stderr, "repaired: %s\n", r.c_str());
+  } catch (const tovik::AutomationError& e) {
+    std::fprintf(stderr, "tovik: %s\n", e.Description().c_str());
+    return 1;
+  }
+  return 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -44,6 +133,8 @@ int main(int argc, char** argv) {
   std::string_view command = argv[1];
   if (command == "--version" || command == "version") return PrintVersion();
   if (command == "classes") return PrintClasses();
+  if (command == "info" && argc == 3) return Info(argv[2]);
+  if (command == "convert" && argc == 4) return Convert(argv[2], argv[3]);
   if (command == "--help" || command == "help") {
     std::fputs(kUsage, stdout);
     return 0;

@@ -29,6 +29,16 @@ inline uint64_t HandleOf(const Record& record) {
   return HandleValue(tag);
 }
 
+// The owner handle: the first 330 outside 102 groups; 0 when none.
+inline uint64_t OwnerOf(const Record& record) {
+  int depth = 0;
+  for (const Tag& t : record.Body()) {
+    if (t.code == 102) depth += !t.text.empty() && t.text[0] == '{' ? 1 : (depth > 0 ? -1 : 0);
+    if (t.code == 330 && depth == 0) return HandleValue(&t);
+  }
+  return 0;
+}
+
 // The number held by `tag` whatever its numeric kind.
 inline double NumberOf(const Tag& tag) {
   return tag.IsDouble() ? tag.real : static_cast<double>(tag.integer);

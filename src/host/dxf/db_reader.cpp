@@ -134,7 +134,7 @@ void Loader::MoveStandardHandles() {
   for (uint64_t h = 1; h < doc_.handle_seed(); ++h) {
     if (DbObject* o = doc_.FindByHandle(h)) standard.push_back(o);
   }
-  uint64_t next = top + 1;
+  uint64_t next = std::max(top, doc_.handle_seed()) + 1;
   for (DbObject* o : standard) {
     doc_.ReassignHandle(o, next++);
     source_.unwritten.insert(o);
@@ -305,7 +305,7 @@ void Loader::LoadEntities() {
   for (BlockRecord* b : doc_.blocks().items) by_handle[b->handle()] = b;
   for (const Record& record : section->records) {
     BlockRecord* block = IntOr(record, 67, 0) == 1 ? doc_.paper_space() : doc_.model_space();
-    uint64_t owner = HandleValue(record.Find(330));
+    uint64_t owner = OwnerOf(record);
     auto it = by_handle.find(owner);
     if (it != by_handle.end() && it->second->IsLayout()) {
       block = it->second;

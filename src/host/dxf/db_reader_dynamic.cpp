@@ -64,7 +64,7 @@ void Loader::LoadDynamicProperties() {
       continue;
     }
     // Parameter -> evaluation graph -> extension dictionary -> block record.
-    uint64_t owner = HandleValue(r.Find(330));
+    uint64_t owner = OwnerOf(r);
     BlockRecord* block = nullptr;
     for (int depth = 0; depth < 4 && owner != 0 && block == nullptr; ++depth) {
       block = dynamic_cast<BlockRecord*>(doc_.FindByHandle(owner));
@@ -74,7 +74,7 @@ void Loader::LoadDynamicProperties() {
         if (block != nullptr) break;
       }
       auto it = by_handle.find(owner);
-      owner = it == by_handle.end() ? 0 : HandleValue(it->second->Find(330));
+      owner = it == by_handle.end() ? 0 : OwnerOf(*it->second);
     }
     if (block == nullptr) continue;
     DynamicProperty p = PropertyOf(r);

@@ -29,6 +29,10 @@ bool SameValue(const Tag& a, const Tag& b) {
     return std::fabs(x - y) <= 1e-10 * std::max(1.0, std::fabs(x));
   }
   if (a.IsInteger() || b.IsInteger()) return a.integer == b.integer;
+  // Names (layer, linetype, block, style) compare as the tables look them up.
+  if (a.code == 2 || a.code == 3 || a.code == 6 || a.code == 7 || a.code == 8) {
+    return FoldName(a.text) == FoldName(b.text);
+  }
   return a.text == b.text;
 }
 
