@@ -52,9 +52,9 @@ void ValidateModel(const TagModel& model, std::string_view file_name) {
   ForEachRecord(model, [&](const Record& r) {
     uint64_t h = HandleOf(r);
     if (h == 0) return;
-    auto [it, fresh] = seen.emplace(h, r.head.position);
+    const Tag* tag = r.Find(5) ? r.Find(5) : r.Find(105);
+    auto [it, fresh] = seen.emplace(h, tag->position);
     if (!fresh) {
-      const Tag* tag = r.Find(5) ? r.Find(5) : r.Find(105);
       char hex[24];
       std::snprintf(hex, sizeof hex, "%llX", static_cast<unsigned long long>(h));
       throw ReadError(file_name, PositionKindOf(model), tag->position, tag->code,
@@ -70,7 +70,7 @@ void ValidateModel(const TagModel& model, std::string_view file_name) {
   for (const Block& block : blocks->blocks) {
     auto& list = inserts[FoldName(block.Name())];
     for (const Record& e : block.entities) {
-      if (e.type == "INSERT") list.emplace_back(FoldName(e.StringOr(2)), e.head.position);
+      if (e.type == "INSERT") list.emplace_back(FoldName(e.StringOr(2)), e.Find(2) ? e.Find(2)->position : e.head.position);
     }
   }
   // Iterative depth-first search with colours: 1 on the path, 2 done.
