@@ -8,3 +8,4 @@ cmake --preset default > /dev/null
 cmake --build --preset default -j 2 --target tovik
 ./build/default/cli/tovik --version
 ./build/default/cli/tovik classes
+./build/default/cli/tovik info data/colors.dxf
