@@ -281,7 +281,7 @@ class Dimension final : public HostObject<Dimension, Entity> {
   static const MemberTable<Dimension>& Members();
   const Data& data() const { return data_; }
   Data& mutable_data() { return data_; }
-  Entity* CloneInto(BlockRecord* block) const override { return CloneEntity(*this, block); }
+  Entity* CloneInto(BlockRecord* block) const override;  // gives the copy its own picture
   // The measured value: a length in drawing units or an angle in radians.
   double Measurement() const;
 

@@ -9,6 +9,8 @@
 #include <cmath>
 
 #include "frame/conversions.h"
+#include "host/block.h"
+#include "host/clone.h"
 #include "geometry/arc.h"
 #include "geometry/ellipse.h"
 #include "geometry/ocs.h"
@@ -213,9 +215,12 @@ void TransformBlockRef(BlockRef& r, const Matrix4& m, bool readable) {
   d.rotation = AngleIn(n2, x_axis);
   d.normal = n2;
   if (d.rows > 1 || d.columns > 1) {
-    const double s = std::sqrt(Length(ex) * Length(ey) / std::fabs(d.scale.x * d.scale.y));
-    d.column_spacing *= s;
-    d.row_spacing *= s;
+    // The grid offsets live in the rotated, unscaled frame; each spacing
+    // takes the transformed axis' length, negative where a mirror reverses
+    // it against the new frame.
+    const Matrix4 grid = m * *ocs * rot;
+    d.column_spacing *= Dot(grid.TransformVector({1, 0, 0}), x_axis);
+    d.row_spacing *= Dot(grid.TransformVector({0, 1, 0}), y_axis);
   }
   for (AttributeRef* att : r.attributes()) {
     if (att->erased()) continue;
@@ -367,6 +372,22 @@ void TransformKind(Entity& e, const Matrix4& m, bool readable) {
 }
 
 }  // namespace
+
+// A dimension's copy gets its own picture block: the transforms move a
+// picture's entities in place, so a shared one would drag the original's
+// picture along with the copy's (Mirror, and Copy followed by an edit).
+Entity* Dimension::CloneInto(BlockRecord* block) const {
+  auto* copy = static_cast<Dimension*>(CloneEntity(*this, block));
+  const BlockRecord* picture = data_.block;
+  if (picture && !picture->IsLayout()) {
+    BlockRecord* own = block->document()->AddAnonymousBlock(picture->data().origin);
+    for (const Entity* e : picture->entities()) {
+      if (!e->erased()) e->CloneInto(own);
+    }
+    copy->mutable_data().block = own;
+  }
+  return copy;
+}
 
 void TransformEntity(Entity& entity, const Matrix4& m, bool readable_text) {
   if (!m.IsFinite() || !m.Inverse()) Refuse();
