@@ -23,7 +23,6 @@
 //    strings as offsets and an invalid quoted token as a deferred error; only
 //    the nodes reachable from the outermost result become arrays at the end.
 #include <cstddef>
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -39,7 +38,7 @@ namespace {
 // One element of a speculative result.
 struct Element {
   enum class Kind { kValue, kText, kTable, kBadQuote };
-  Kind kind;
+  Kind kind = Kind::kValue;
   Variant value;      // kValue
   size_t start = 0;   // kText: offsets into the input; kTable: node index
   size_t length = 0;  // kText
@@ -108,33 +107,42 @@ class Reader {
   // Converts the level's token [token_start, p) and starts the next one.
   void Flush(Level& level, size_t p) {
     std::string_view token = text_.substr(level.token_start, p - level.token_start);
-    std::optional<Element> element = Convert(token, level);
-    if (element) nodes_[level.node].push_back(std::move(*element));
+    Element element;
+    if (Convert(token, level, element)) nodes_[level.node].push_back(std::move(element));
     level.token_start = p + 1;
     level.child = Level::Child::kNone;
   }
 
-  std::optional<Element> Convert(std::string_view token, const Level& level) {
+  // Sets `out` to the element the token stands for; false when it adds
+  // none (an empty token).
+  bool Convert(std::string_view token, const Level& level, Element& out) {
     using Kind = Element::Kind;
-    if (token == "TRUE") return Element{Kind::kValue, Variant(true)};
-    if (token == "FALSE") return Element{Kind::kValue, Variant(false)};
-    if (token == "EMPTY") return Element{Kind::kValue, Variant()};
-    if (!token.empty() && token.front() == '"' && token.back() == '"') {
-      if (token.size() == 1) return Element{Kind::kBadQuote, Variant()};
-      return Element{Kind::kText, Variant(), level.token_start + 1, token.size() - 2};
+    out.kind = Kind::kValue;
+    if (token == "TRUE") {
+      out.value = Variant(true);
+    } else if (token == "FALSE") {
+      out.value = Variant(false);
+    } else if (token == "EMPTY") {
+      out.value = Variant();
+    } else if (!token.empty() && token.front() == '"' && token.back() == '"') {
+      out.kind = token.size() == 1 ? Kind::kBadQuote : Kind::kText;
+      out.start = level.token_start + 1;
+      out.length = token.size() - 2;
+    } else if (level.child == Level::Child::kNone && ParseNumeric(token).has_value()) {
+      // A token holding a brace has a child and is never numeric.
+      out.value = Variant(Val(token).value_or(0.0));
+    } else if (token.empty()) {
+      return false;
+    } else if (level.child == Level::Child::kDone) {
+      out.kind = Kind::kTable;
+      out.start = level.child_node;
+    } else {
+      // No "{" in the token: its own scan finds nothing.
+      nodes_.emplace_back();
+      out.kind = Kind::kTable;
+      out.start = nodes_.size() - 1;
     }
-    // A token holding a brace has a child and is never numeric.
-    if (level.child == Level::Child::kNone && ParseNumeric(token).has_value()) {
-      std::optional<double> number = Val(token);
-      return Element{Kind::kValue, Variant(number.value_or(0.0))};
-    }
-    if (token.empty()) return std::nullopt;
-    if (level.child == Level::Child::kDone) {
-      return Element{Kind::kTable, Variant(), level.child_node};
-    }
-    // No "{" in the token: its own scan finds nothing.
-    nodes_.emplace_back();
-    return Element{Kind::kTable, Variant(), nodes_.size() - 1};
+    return true;
   }
 
   // Builds the arrays reachable from node `root`, children first.
