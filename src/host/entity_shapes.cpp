@@ -243,12 +243,15 @@ std::optional<std::vector<Vec3>> TextBox(const TextData& d, std::string_view tex
   const Vec3 up = geometry::Cross(ax->z, dir);
   const double slant = std::tan(d.oblique);
   // Corners in the text's frame around the anchor; Backward mirrors the
-  // glyphs about the anchor's vertical, UpsideDown about its horizontal.
+  // glyphs about the anchor's vertical (within the span for Aligned and
+  // Fit, whose two points fix where the text lies), UpsideDown about its
+  // horizontal.
+  const bool spans = mode == 3 || mode == 5;
   std::vector<Vec3> corners;
   for (const auto& [fx, fy] : {std::pair{0.0, 0.0}, {1.0, 0.0}, {1.0, 1.0}, {0.0, 1.0}}) {
     const double y = (fy - vfrac) * h;
     double x = (fx - hfrac) * w + (fy * h) * slant;
-    if (d.backward) x = -x;
+    if (d.backward && !spans) x = -x;
     corners.push_back(anchor + dir * x + up * (d.upside_down ? -y : y));
   }
   return corners;

@@ -118,7 +118,14 @@ std::vector<Entity*> ExplodeEntity(Entity& entity) {
     if (!entity.block()) throw HostError(HostFailure::kNotApplicable);
     ExplodePolyline(entity, v, d.closed, d.normal, d.elevation, d.thickness, &out);
   } else if (const auto* br = dynamic_cast<const BlockRef*>(&entity)) {
-    ExplodeReference(*br, &out);
+    // A part that cannot be placed (a nested reference the placing matrix
+    // would shear) refuses the whole explode: the pieces made before it go.
+    try {
+      ExplodeReference(*br, &out);
+    } catch (const AutomationError&) {
+      for (Entity* piece : out) piece->Erase();
+      throw;
+    }
   } else if (const auto* g = dynamic_cast<const GenericEntity*>(&entity);
              g && (g->data().kind == GenericKind::kPolyline2d ||
                    g->data().kind == GenericKind::kPolyline3d)) {

@@ -155,12 +155,15 @@ void TransformText(TextData& d, const Matrix4& m, bool readable, std::string_vie
     // up axis), option B keeps it and flips the lines over (across the
     // baseline); the one closer to the original direction is taken.
     const Vec3 dir_a = Unit(Cross(up2, n2));
-    const bool use_a = spans || Dot(dir_a, dir) > Dot(new_dir, dir) + 1e-12;
+    const bool use_a = Dot(dir_a, dir) > Dot(new_dir, dir) + 1e-12;
     if (!readable) {
-      // Mirrored glyphs: the flag mirrors the box about the anchor.
+      // Mirrored glyphs: the flag mirrors the box about the anchor. Aligned
+      // and fit text keep their span; reversing it, the two points swap so
+      // that the text still runs from the first to the second.
       if (use_a) {
         d.backward = !d.backward;
         new_dir = dir_a;
+        if (spans) std::swap(ins2, align2);
       } else {
         d.upside_down = !d.upside_down;
       }
@@ -169,15 +172,17 @@ void TransformText(TextData& d, const Matrix4& m, bool readable, std::string_vie
       static constexpr double kV[15] = {0, 0, 0, 0, .5, 0, 1, 1, 1, .5, .5, .5, 0, 0, 0};
       const int k = std::clamp(mode, 0, 14);
       Vec3 shift;
-      if (spans) {
+      if (spans && use_a) {
         std::swap(ins2, align2);
         new_dir = Unit(ins2 - align2) * -1.0;
       } else if (use_a) {
         new_dir = dir_a;
         shift = m.TransformPoint(anchor + dir * ((1 - 2 * kH[k]) * width)) - m.TransformPoint(anchor);
       } else {
-        shift = m.TransformPoint(anchor + up * ((1 - 2 * kV[k]) * d.height / up_len)) -
-                m.TransformPoint(anchor);
+        // The height shown: Aligned text grows with its span.
+        double shown = d.height / up_len;
+        if (mode == 3 && width > 0) shown *= Length(d.alignment - d.insertion) / width;
+        shift = m.TransformPoint(anchor + up * ((1 - 2 * kV[k]) * shown)) - m.TransformPoint(anchor);
       }
       ins2 += shift;
       align2 += shift;

@@ -460,6 +460,77 @@ TEST_F(TransformTest, TransformByAppliesRowMajorMatricesAndRefusesWhatCannotBeHe
   }
 }
 
+TEST_F(TransformTest, MirroredTextFillsTheMirroredBoxForEveryAlignment) {
+  // "AB" of height 1 is 1.2 wide in the font model.
+  const struct {
+    const char* what;
+    int32_t alignment;
+    Vec3 insertion, alignment_point;  // the second unused for Left
+    Vec3 lo, hi;                      // the box before mirroring
+  } texts[] = {
+      {"left", 0, {1, 0, 0}, {}, {1, 0, 0}, {2.2, 1, 0}},
+      {"center", 1, {}, {2, 0, 0}, {1.4, 0, 0}, {2.6, 1, 0}},
+      {"right", 2, {}, {3, 0, 0}, {1.8, 0, 0}, {3, 1, 0}},
+      // Aligned over 2 units keeps the proportions: height 2 / 1.2.
+      {"aligned", 3, {1, 0, 0}, {3, 0, 0}, {1, 0, 0}, {3, 2 / 1.2, 0}},
+      {"middle", 4, {}, {2, 0.5, 0}, {1.4, 0, 0}, {2.6, 1, 0}},
+      {"fit", 5, {1, 0, 0}, {3, 0, 0}, {1, 0, 0}, {3, 1, 0}},
+      {"top left", 6, {}, {1, 1, 0}, {1, 0, 0}, {2.2, 1, 0}},
+      {"top right", 8, {}, {3, 1, 0}, {1.8, 0, 0}, {3, 1, 0}},
+      {"middle center", 10, {}, {2, 0.5, 0}, {1.4, 0, 0}, {2.6, 1, 0}},
+      {"bottom right", 14, {}, {3, 0, 0}, {1.8, 0, 0}, {3, 1, 0}},
+  };
+  for (int mirrtext : {0, 1}) {
+    document().sysvar_values()["MIRRTEXT"] = Variant(int16_t(mirrtext));
+    for (const auto& t : texts) {
+      for (bool vertical : {true, false}) {
+        SCOPED_TRACE(std::string(t.what) + (vertical ? ", in x = 0" : ", in y = 0") +
+                     ", MIRRTEXT " + std::to_string(mirrtext));
+        ObjectRef text = CallMethod(ms, "AddText", {Variant("AB"), Pt(0, 0), Variant(1.0)}).Object();
+        LetProperty(text, "Alignment", Variant(t.alignment));
+        if (t.alignment == 0 || t.alignment == 3 || t.alignment == 5) {
+          LetProperty(text, "InsertionPoint", Pt(t.insertion.x, t.insertion.y));
+        }
+        if (t.alignment != 0) {
+          LetProperty(text, "TextAlignmentPoint", Pt(t.alignment_point.x, t.alignment_point.y));
+        }
+        ExpectBox(text, t.lo, t.hi);
+        ObjectRef m = CallMethod(text, "Mirror", {Pt(0, 0), vertical ? Pt(0, 1) : Pt(1, 0)}).Object();
+        if (vertical) {
+          ExpectBox(m, {-t.hi.x, t.lo.y, 0}, {-t.lo.x, t.hi.y, 0});
+        } else {
+          ExpectBox(m, {t.lo.x, -t.hi.y, 0}, {t.hi.x, -t.lo.y, 0});
+        }
+        if (mirrtext == 0) {
+          // Readable: the same reading direction, glyphs neither reversed
+          // nor upside down.
+          EXPECT_NEAR(std::remainder(CDbl(GetProperty(m, "Rotation")), 2 * kPi), 0, kGeoTol);
+          EXPECT_FALSE(CBool(GetProperty(m, "Backward")));
+          EXPECT_FALSE(CBool(GetProperty(m, "UpsideDown")));
+        }
+      }
+    }
+  }
+}
+
+TEST_F(TransformTest, RotateAndMirrorWorkAboutTheUcsZAxis) {
+  // A front-view UCS: X = (1,0,0), Y = (0,0,1), Z = X × Y = (0,−1,0).
+  auto& vars = document().sysvar_values();
+  vars["UCSXDIR"] = Pt(1, 0, 0);
+  vars["UCSYDIR"] = Pt(0, 0, 1);
+  ObjectRef line = CallMethod(ms, "AddLine", {Pt(1, 0, 0), Pt(2, 0, 5)}).Object();
+  // A quarter turn about a = −Y through the origin takes v to a × v (both
+  // points are perpendicular to a): (1,0,0) → (0,0,1), (2,0,5) → (−5,0,2).
+  CallMethod(line, "Rotate", {Pt(0, 0, 0), Variant(kPi / 2)});
+  ExpectPoint(GetProperty(line, "StartPoint"), {0, 0, 1});
+  ExpectPoint(GetProperty(line, "EndPoint"), {-5, 0, 2});
+  // The mirror plane holds the line (0,0,0)-(0,0,1) and the UCS Z axis −Y:
+  // it is x = 0.
+  ObjectRef m = CallMethod(line, "Mirror", {Pt(0, 0, 0), Pt(0, 0, 1)}).Object();
+  ExpectPoint(GetProperty(m, "StartPoint"), {0, 0, 1});
+  ExpectPoint(GetProperty(m, "EndPoint"), {5, 0, 2});
+}
+
 TEST_F(TransformTest, MultipleInsertGridScalesAndMirrorsWithItsCells) {
   ObjectRef block = CallMethod(GetProperty(doc, "Blocks").Object(), "Add", {Pt(0, 0), Variant("DOT")}).Object();
   CallMethod(block, "AddCircle", {Pt(0, 0), Variant(0.5)});
