@@ -174,6 +174,30 @@ TEST_F(SelectionMoreTest, ConcavePolygonsJudgeTheWholeSegment) {
   EXPECT_EQ(Polygon(kCrossingPolygon, l_shape), Of({in_arm, diagonal}));
 }
 
+TEST_F(SelectionMoreTest, RaysAreCrossedButNeverInsideAWindow) {
+  // A ray from (10,0) along +X and a construction line along y = 20, as a
+  // drawing file brings them in (base point, unit direction).
+  auto infinite = [&](GenericKind kind, geometry::Vec3 base, geometry::Vec3 dir) {
+    auto* e = document().Create<GenericEntity>();
+    document().InitEntity(e);
+    e->mutable_data().kind = kind;
+    e->mutable_data().points = {base, dir};
+    document().model_space()->Append(e);
+    return document().Ref(e);
+  };
+  ObjectRef ray = infinite(GenericKind::kRay, {10, 0, 0}, {1, 0, 0});
+  ObjectRef xline = infinite(GenericKind::kXLine, {0, 20, 0}, {1, 0, 0});
+  // Far out along the ray, well away from where the index holds boxes.
+  EXPECT_EQ(Window(kCrossing, Pt(1000, -1), Pt(1001, 1)), Of({ray}));
+  EXPECT_TRUE(Window(kWindow, Pt(1000, -1), Pt(1001, 1)).empty());
+  // Behind the ray's base: nothing to cross.
+  EXPECT_TRUE(Window(kCrossing, Pt(0, -1), Pt(9, 1)).empty());
+  // The construction line runs both ways.
+  EXPECT_EQ(Window(kCrossing, Pt(-500, 19), Pt(-499, 21)), Of({xline}));
+  EXPECT_EQ(Polygon(kFence, Doubles({-7, 30, 0, -7, 10, 0})), Of({xline}));
+  EXPECT_TRUE(Window(kWindow, Pt(-1000, 0), Pt(1000, 30)).empty());
+}
+
 TEST_F(SelectionMoreTest, DegenerateInputGivesTheHostsErrorOrASelection) {
   // A zero-length line is a point: windows, fences and picks find it.
   ObjectRef dot = Line(2, 2, 2, 2);
