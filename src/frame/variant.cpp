@@ -131,6 +131,26 @@ SafeArray SafeArray::OfDoubles(const std::vector<double>& values) {
   return array;
 }
 
+SafeArray::~SafeArray() {
+  // Move every array that only this tree holds onto a work list before it
+  // is destroyed, so each destructor below finds no nested array left.
+  std::vector<std::shared_ptr<SafeArray>> pending;
+  auto take_nested = [&pending](std::vector<Variant>& items) {
+    for (Variant& item : items) {
+      auto* nested = std::get_if<Variant::ArrayPtr>(&item.data_);
+      if (nested != nullptr && nested->use_count() == 1) {
+        pending.push_back(std::move(*nested));
+      }
+    }
+  };
+  take_nested(items_);
+  while (!pending.empty()) {
+    std::shared_ptr<SafeArray> array = std::move(pending.back());
+    pending.pop_back();
+    take_nested(array->items_);
+  }
+}
+
 int32_t SafeArray::LBound(int dim) const {
   if (dim < 1 || dim > Dims()) throw errors::SubscriptOutOfRange();
   return bounds_[dim - 1].lower;

@@ -155,6 +155,13 @@ class SafeArray {
   SafeArray(VarType element_type, int32_t lower, int32_t count);
   // A multi-dimensional array; elements in row-major order of `bounds`.
   SafeArray(VarType element_type, std::vector<ArrayBound> bounds);
+  SafeArray(const SafeArray&) = default;
+  SafeArray(SafeArray&&) noexcept = default;
+  SafeArray& operator=(const SafeArray&) = default;
+  SafeArray& operator=(SafeArray&&) noexcept = default;
+  // Frees nested arrays iteratively, so a table nested thousands deep does
+  // not exhaust the stack.
+  ~SafeArray();
 
   // A 0-based Variant array of the given values (the runtime's Array()).
   static SafeArray Of(std::initializer_list<Variant> values);

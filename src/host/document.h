@@ -259,6 +259,10 @@ class Document : public DispatchObject<Document> {
   // State the geometry members keep per drawing (spatial index, previous
   // selection), created by them on first use.
   std::shared_ptr<void>& geometry_state() { return geometry_state_; }
+  // The DXF reader's record of the file a drawing was read from (opaque
+  // here), kept so that saving can write back what the host does not model.
+  std::shared_ptr<void>& dxf_state() { return dxf_state_; }
+  const std::shared_ptr<void>& dxf_state() const { return dxf_state_; }
   // Told of every object created, touched (before a change), erased,
   // brought back or restored by undo; the geometry services install it.
   void set_change_observer(std::function<void(DbObject*)> observer) {
@@ -326,6 +330,7 @@ class Document : public DispatchObject<Document> {
   std::shared_ptr<SelectionSet> pickfirst_;
   std::vector<std::shared_ptr<SelectionSet>> selection_sets_;
   std::shared_ptr<void> geometry_state_;
+  std::shared_ptr<void> dxf_state_;
   std::function<void(DbObject*)> change_observer_;
 };
 

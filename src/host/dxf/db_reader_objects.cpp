@@ -2,7 +2,6 @@
 // draw-order tables, layouts, materials), extension dictionaries, dynamic
 // block links, and the entry points that build a document from a file.
 #include <fstream>
-#include <mutex>
 #include <sstream>
 
 #include "host/application.h"
@@ -221,20 +220,6 @@ void Loader::DropUnusedStandardLayouts() {
 
 namespace {
 
-struct SourceSlot {
-  std::weak_ptr<const Dispatch> owner;
-  std::shared_ptr<DxfSource> source;
-};
-
-std::mutex& RegistryMutex() {
-  static std::mutex m;
-  return m;
-}
-std::unordered_map<const Document*, SourceSlot>& Registry() {
-  static std::unordered_map<const Document*, SourceSlot> map;
-  return map;
-}
-
 AutomationError ReadFailure(const std::string& text) {
   return AutomationError(kReadFailedNumber, text, std::string(kHostErrorSource));
 }
@@ -242,19 +227,12 @@ AutomationError ReadFailure(const std::string& text) {
 }  // namespace
 
 void AttachSource(const Document& document, std::shared_ptr<DxfSource> source) {
-  std::lock_guard lock(RegistryMutex());
-  auto& map = Registry();
-  for (auto it = map.begin(); it != map.end();) {
-    it = it->second.owner.expired() ? map.erase(it) : std::next(it);
-  }
-  map[&document] = SourceSlot{document.weak_from_this(), std::move(source)};
+  // The source lives with its document, so it goes when the document goes.
+  const_cast<Document&>(document).dxf_state() = std::move(source);
 }
 
 std::shared_ptr<DxfSource> SourceOf(const Document& document) {
-  std::lock_guard lock(RegistryMutex());
-  auto it = Registry().find(&document);
-  if (it == Registry().end() || it->second.owner.expired()) return nullptr;
-  return it->second.source;
+  return std::static_pointer_cast<DxfSource>(document.dxf_state());
 }
 
 std::vector<std::string> Repairs(const Document& document) {
