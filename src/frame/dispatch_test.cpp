@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/error_number.h"
+
 #include "frame/automation_error.h"
 #include "frame/conversions.h"
 #include "frame/error_trap.h"
@@ -83,14 +85,7 @@ class Recorder : public EventSink {
   std::vector<std::string> log;
 };
 
-int32_t ErrorNumberOf(const std::function<void()>& statement) {
-  try {
-    statement();
-  } catch (const AutomationError& e) {
-    return e.Number();
-  }
-  return 0;
-}
+using tovik::test_support::ErrorNumberOf;
 
 TEST(Dispatch, MembersAreFoundByNameInAnyCase) {
   ObjectRef list = std::make_shared<NumberList>();

@@ -2,20 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/error_number.h"
+
 #include "frame/automation_error.h"
 #include "frame/conversions.h"
 
 namespace tovik {
 namespace {
 
-int32_t ErrorNumberOf(const std::function<void()>& statement) {
-  try {
-    statement();
-  } catch (const AutomationError& e) {
-    return e.Number();
-  }
-  return 0;
-}
+using tovik::test_support::ErrorNumberOf;
 
 TEST(Variant, TypeNamesAsTheRuntimeReportsThem) {
   struct Case {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/error_number.h"
+
 #include <functional>
 #include <string>
 #include <vector>
@@ -21,14 +23,7 @@ class Counter : public EventSink {
   std::vector<std::string> events;
 };
 
-int32_t ErrorNumberOf(const std::function<void()>& statement) {
-  try {
-    statement();
-  } catch (const AutomationError& e) {
-    return e.Number();
-  }
-  return 0;
-}
+using tovik::test_support::ErrorNumberOf;
 
 TEST(UnitSetting, ModifiedIsRaisedOnlyForRealChanges) {
   auto setting = UnitSetting::Make();

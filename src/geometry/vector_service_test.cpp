@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/error_number.h"
+
 #include <functional>
 
 #include "frame/automation_error.h"
@@ -10,14 +12,7 @@
 namespace tovik {
 namespace {
 
-int32_t ErrorNumberOf(const std::function<void()>& statement) {
-  try {
-    statement();
-  } catch (const AutomationError& e) {
-    return e.Number();
-  }
-  return 0;
-}
+using tovik::test_support::ErrorNumberOf;
 
 TEST(VectorService, ScaleVectorGivesAZeroBasedDoubleArray) {
   SafeArray one_based(VarType::kVariant, 1, 3);
