@@ -9,6 +9,7 @@
 #include "host/dictionary.h"
 #include "host/dxf/db_internal.h"
 #include "host/dxf/db_reader.h"
+#include "host/dxf/db_write_version.h"
 #include "host/dxf/db_writer_internal.h"
 #include "host/entities.h"
 #include "host/host_error.h"
@@ -27,14 +28,24 @@ std::string Hex(uint64_t value) {
 
 DbWriter::DbWriter(const Document& doc, DxfSource& source, std::string* out)
     : doc_(const_cast<Document&>(doc)), source_(source), out_(out) {
-  std::string_view original = source.model.version();
-  // Files before R2000 keep their version: their upgrade (handles for
-  // everything, BLOCK_RECORD table, OBJECTS section) is not done here.
-  version_ = !original.empty() && original < "AC1015" ? std::string(original) : std::string(kWriteVersion);
+  version_ = std::string(WriteVersionFor(source.model));
   if (!IsUtf8Version(version_)) encoder_ = std::make_unique<TextEncoder>(source.model.code_page());
 }
 
 std::string_view DbWriter::Keep(std::string text) { return kept_.emplace_back(std::move(text)); }
+
+void DbWriter::Put(const Tag& tag) {
+  if (tag.kind == ValueKind::kString && encoder_ == nullptr) {
+    std::string_view escaped = source_.model.EscapedFormOf(tag.text);
+    if (!escaped.empty()) {
+      Tag copy = tag;
+      copy.text = escaped;
+      AppendTag(copy, nullptr, LineEnd::kLf, out_);
+      return;
+    }
+  }
+  AppendTag(tag, encoder_.get(), LineEnd::kLf, out_);
+}
 
 void DbWriter::PutHandle(int code, uint64_t handle) { Put(Tag::String(code, Keep(Hex(handle)))); }
 

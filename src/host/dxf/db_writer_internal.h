@@ -30,7 +30,9 @@ class DbWriter {
 
   // Copies `text` to storage that outlives the record being written.
   std::string_view Keep(std::string text);
-  void Put(const Tag& tag) { AppendTag(tag, encoder_.get(), LineEnd::kLf, out_); }
+  // Writes one tag; an unchanged value that the source file wrote with \U+
+  // escapes keeps them.
+  void Put(const Tag& tag);
   void PutString(int code, std::string_view text) { Put(Tag::String(code, Keep(std::string(text)))); }
   void PutReal(int code, double value) { Put(Tag::Double(code, value)); }
   void PutInt(int code, int64_t value) { Put(Tag::Integer(code, value)); }

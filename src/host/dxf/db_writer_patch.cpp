@@ -182,6 +182,18 @@ void DbWriter::EmitPatched(const Record& record, const Binding& binding) {
   }
   bool rewrite_mtext = mtext != nullptr && mtext_original != mtext->data().text;
 
+  // Common properties the record lacks go right after its own common
+  // properties (the AcDbEntity part), so that those keep their place.
+  size_t common_end = 0;
+  if (object.IsEntity()) {
+    bool seen_layer = false;
+    for (size_t i = 0; i < body.size(); ++i) {
+      if (body[i].code == 8) seen_layer = true;
+      if (seen_layer && body[i].code == 100) break;
+      if (IsCommonCode(body[i].code)) common_end = i + 1;
+    }
+  }
+
   Put(record.head);
   int depth = 0;
   bool after_embedded = false;
@@ -197,6 +209,7 @@ void DbWriter::EmitPatched(const Record& record, const Binding& binding) {
   };
   for (size_t i = 0; i < body.size(); ++i) {
     const Tag& t = body[i];
+    if (common_end > 0 && i == common_end) insert_unused(true);
     if (t.code == 102) depth += t.text.starts_with("{") ? 1 : (depth > 0 ? -1 : 0);
     if (t.code == 101) after_embedded = true;
     if (depth == 0 && !after_embedded && t.code != 102) {
@@ -248,8 +261,11 @@ void DbWriter::EmitPatched(const Record& record, const Binding& binding) {
         matched = true;
         break;
       }
-      if (matched) {
-        if (t.code == 8) insert_unused(true);
+      if (matched) continue;
+      // An explicit "ByLayer" the file wrote stays: it is the host's default.
+      if (t.code == 6 && object.IsEntity() && FoldName(t.text) == "bylayer" &&
+          static_cast<const Entity&>(object).props().linetype == doc_.bylayer_linetype()) {
+        Put(t);
         continue;
       }
       if (IsCommonCode(t.code) && object.IsEntity()) continue;  // the host dropped it

@@ -174,7 +174,8 @@ TextDecoder::~TextDecoder() {
   if (code_page_handle_ != nullptr) iconv_close(static_cast<iconv_t>(code_page_handle_));
 }
 
-bool TextDecoder::Decode(std::string_view raw, std::string* out) {
+bool TextDecoder::Decode(std::string_view raw, std::string* out, std::string* escaped_form) {
+  if (escaped_form != nullptr) escaped_form->clear();
   if (!NeedsDecoding(raw)) return true;
   std::string converted;
   std::string_view utf8 = raw;
@@ -192,6 +193,9 @@ bool TextDecoder::Decode(std::string_view raw, std::string* out) {
     return false;
   }
   DecodeEscapes(utf8, out);
+  if (escaped_form != nullptr && utf8.find("\\U+") != std::string_view::npos) {
+    escaped_form->assign(utf8);
+  }
   return *out == raw;
 }
 

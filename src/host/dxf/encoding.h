@@ -47,8 +47,11 @@ class TextDecoder {
   // writes the decoded text to `out` and returns false. Bytes of a UTF-8 file
   // that are not valid UTF-8 decode through the code page, as other readers
   // do; bytes the code page does not define become U+FFFD. \U+ and \M+
-  // escapes are decoded in files before R2007 only.
-  bool Decode(std::string_view raw, std::string* out);
+  // escapes are decoded in files before R2007 only. When `escaped_form` is
+  // given and escapes were decoded, it receives the text in UTF-8 with its
+  // \U+ escapes as written (empty otherwise), so that a writer can give the
+  // value back in the form the file had.
+  bool Decode(std::string_view raw, std::string* out, std::string* escaped_form = nullptr);
 
  private:
   void ConvertCodePage(std::string_view raw, std::string* out);

@@ -254,18 +254,25 @@ TagModel TagModel::Load(std::string buffer, std::string_view file_name) {
   std::string_view version = RawHeaderValue(tags, "$ACADVER");
   TextDecoder decoder(RawHeaderValue(tags, "$DWGCODEPAGE"), IsUtf8Version(version));
   std::string decoded;
+  std::string escaped;
   std::string carets;
   bool binary = stream.format == FileFormat::kBinary;
   for (Tag& tag : tags) {
     if (tag.kind != ValueKind::kString) continue;
-    if (!decoder.Decode(tag.text, &decoded)) tag.text = model.arena_->Copy(decoded);
+    if (!decoder.Decode(tag.text, &decoded, &escaped)) tag.text = model.arena_->Copy(decoded);
     // Binary DXF stores a line break inside text as the byte itself, ASCII
     // DXF as ^J; the model holds the ASCII form whatever the source.
     if (binary && HasControlCharacter(tag.text)) {
       carets.clear();
       EncodeForDxf(tag.text, false, &carets);
       tag.text = model.arena_->Copy(carets);
+      if (!escaped.empty()) {
+        carets.clear();
+        EncodeForDxf(escaped, false, &carets);
+        escaped.swap(carets);
+      }
     }
+    if (!escaped.empty()) model.escaped_forms_.emplace(tag.text.data(), model.arena_->Copy(escaped));
   }
   ModelBuilder(&model, &tags, file_name).Run();
   return model;
@@ -312,5 +319,11 @@ const HeaderVariable* TagModel::FindVariable(std::string_view name) const {
 }
 
 std::string_view TagModel::Intern(std::string_view text) { return arena_->Copy(text); }
+
+std::string_view TagModel::EscapedFormOf(std::string_view text) const {
+  if (escaped_forms_.empty() || text.empty()) return {};
+  auto found = escaped_forms_.find(text.data());
+  return found != escaped_forms_.end() ? found->second : std::string_view();
+}
 
 }  // namespace tovik::host::dxf

@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "host/dxf/record.h"
@@ -113,6 +114,13 @@ class TagModel {
   // tags the database builds or changes.
   std::string_view Intern(std::string_view text);
 
+  // For a value of this model that a file before R2007 wrote with \U+
+  // escapes (`text` is the decoded value itself, not an equal copy): the
+  // value in UTF-8 with those escapes as written; empty for any other text.
+  // Writers give unchanged values back in this form, so that a reader which
+  // leaves the escapes alone sees the same text in the copy.
+  std::string_view EscapedFormOf(std::string_view text) const;
+
  private:
   class Arena;
   TagModel();
@@ -122,6 +130,7 @@ class TagModel {
   std::unique_ptr<Arena> arena_;
   std::vector<Tag> leading_;
   std::vector<Section> sections_;
+  std::unordered_map<const char*, std::string_view> escaped_forms_;
 
   friend class ModelBuilder;
 };
