@@ -1,0 +1,118 @@
+// What a record read from a file looks like when written back: values the
+// host left alone keep the form the file gave them, properties the host
+// adds go where readers expect them, and the written version keeps data an
+// older file holds in a form R2018 has no room for.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "frame/conversions.h"
+#include "frame/dispatch.h"
+#include "host/application.h"
+#include "host/document.h"
+#include "host/dxf/db_reader.h"
+
+namespace tovik::host::dxf {
+namespace {
+
+std::string Drawing(const std::string& version, const std::string& entities) {
+  return "0\nSECTION\n2\nHEADER\n9\n$ACADVER\n1\n" + version +
+         "\n9\n$DWGCODEPAGE\n3\nANSI_1252\n0\nENDSEC\n0\nSECTION\n2\nENTITIES\n" + entities +
+         "0\nENDSEC\n0\nEOF\n";
+}
+
+// The written $ACADVER.
+std::string VersionOf(const std::string& dxf) {
+  size_t at = dxf.find("$ACADVER\n");
+  if (at == std::string::npos) return "";
+  size_t value = dxf.find('\n', dxf.find('\n', at) + 1) + 1;
+  return dxf.substr(value, dxf.find('\n', value) - value);
+}
+
+TEST(DxfWriteForm, EscapesOfAnOlderFileStayWhileTheTextIsUnchanged) {
+  auto app = Application::Create({.open_drawing = false});
+  // R2004 text: "94" and a degree sign written as an escape, then a raw
+  // cp1252 byte 0xE4 (a-umlaut).
+  auto doc = ReadDrawingBuffer(
+      *app,
+      Drawing("AC1018",
+              "0\nTEXT\n5\n40\n100\nAcDbEntity\n8\n0\n100\nAcDbText\n10\n0\n20\n0\n30\n0\n40\n1\n"
+              "1\n94\\U+00B0\n100\nAcDbText\n0\nTEXT\n5\n41\n100\nAcDbEntity\n8\n0\n100\nAcDbText\n"
+              "10\n0\n20\n0\n30\n0\n40\n1\n1\nK\xE4se\n100\nAcDbText\n"),
+      "t.dxf");
+  ObjectRef degrees = CallMethod(ObjectRef(doc), "HandleToObject", {Variant(std::string("40"))}).Object();
+  EXPECT_EQ(GetProperty(degrees, "TextString").RawString(), "94\xC2\xB0");  // the host sees "94°"
+
+  std::string written = WriteDrawing(*doc);
+  EXPECT_EQ(VersionOf(written), "AC1032");
+  // R2018 is UTF-8: the escape is kept as written, the code page byte
+  // becomes its UTF-8 form.
+  EXPECT_NE(written.find("\n  1\n94\\U+00B0\n"), std::string::npos);
+  EXPECT_NE(written.find("\n  1\nK\xC3\xA4se\n"), std::string::npos);
+
+  LetProperty(degrees, "TextString", Variant(std::string("95\xC2\xB0")));
+  written = WriteDrawing(*doc);
+  EXPECT_NE(written.find("\n  1\n95\xC2\xB0\n"), std::string::npos);
+  EXPECT_EQ(written.find("U+00B0"), std::string::npos);
+}
+
+TEST(DxfWriteForm, CommonPropertiesKeepTheirSpellingAndPlace) {
+  auto app = Application::Create({.open_drawing = false});
+  auto doc = ReadDrawingBuffer(
+      *app,
+      Drawing("AC1032",
+              // An explicit "ByLayer", an upper-case "BYBLOCK" (as R12 writers
+              // spell it), and a line with no colour at all.
+              "0\nLINE\n5\n50\n100\nAcDbEntity\n8\n0\n6\nByLayer\n100\nAcDbLine\n10\n0\n20\n0\n30\n0\n"
+              "11\n1\n21\n0\n31\n0\n"
+              "0\nLINE\n5\n51\n100\nAcDbEntity\n8\n0\n6\nBYBLOCK\n62\n0\n100\nAcDbLine\n10\n0\n20\n0\n30\n0\n"
+              "11\n1\n21\n0\n31\n0\n"),
+      "c.dxf");
+  ObjectRef plain = CallMethod(ObjectRef(doc), "HandleToObject", {Variant(std::string("50"))}).Object();
+  // ACI 3 is green; set through the entity's colour property.
+  LetProperty(plain, "Color", Variant(int32_t{3}));
+  std::string written = WriteDrawing(*doc);
+  EXPECT_NE(written.find("\n  5\n50\n100\nAcDbEntity\n  8\n0\n  6\nByLayer\n 62\n3\n100\nAcDbLine\n"),
+            std::string::npos)
+      << written;
+  EXPECT_NE(written.find("\n  5\n51\n100\nAcDbEntity\n  8\n0\n  6\nBYBLOCK\n 62\n0\n100\nAcDbLine\n"),
+            std::string::npos)
+      << written;
+}
+
+TEST(DxfWriteForm, OlderFormsWithoutAnR2018EquivalentKeepTheDrawingAtR2010) {
+  auto app = Application::Create({.open_drawing = false});
+  const std::string solid =
+      "0\n3DSOLID\n5\n60\n100\nAcDbEntity\n8\n0\n100\nAcDbModelerGeometry\n70\n1\n"
+      "1\nmnmoo nm m mn\n3\nnmm\n";
+  const std::string empty_solid = "0\n3DSOLID\n5\n60\n100\nAcDbEntity\n8\n0\n100\nAcDbModelerGeometry\n70\n1\n";
+  const std::string linked_mtext =
+      "0\nMTEXT\n5\n61\n100\nAcDbEntity\n8\n0\n100\nAcDbMText\n10\n0\n20\n0\n30\n0\n40\n1\n1\nA\n"
+      "1001\nACAD\n1000\nACAD_MTEXT_COLUMNS_BEGIN\n1070\n47\n1070\n2\n1005\n62\n1000\nACAD_MTEXT_COLUMNS_END\n"
+      "0\nMTEXT\n5\n62\n100\nAcDbEntity\n8\n0\n100\nAcDbMText\n10\n5\n20\n0\n30\n0\n40\n1\n1\nB\n";
+  struct Case {
+    const char* what;
+    std::string version;
+    std::string entities;
+    std::string written;
+  };
+  const Case cases[] = {
+      {"R2007 solid with SAT text", "AC1021", solid, "AC1024"},
+      {"R2007 solid without SAT text", "AC1021", empty_solid, "AC1032"},
+      {"R2004 MTEXT linking a column entity", "AC1018", linked_mtext, "AC1024"},
+      // From R2013 on solids are SAB in ACDSDATA: the host's version fits.
+      {"R2013 solid", "AC1027", solid, "AC1032"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.what);
+    auto doc = ReadDrawingBuffer(*app, Drawing(c.version, c.entities), "v.dxf");
+    std::string written = WriteDrawing(*doc);
+    EXPECT_EQ(VersionOf(written), c.written);
+    if (c.entities == solid) {
+      EXPECT_NE(written.find("\n  1\nmnmoo nm m mn\n"), std::string::npos);
+    }
+  }
+}
+
+}  // namespace
+}  // namespace tovik::host::dxf
