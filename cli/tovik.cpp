@@ -6,6 +6,7 @@
 //                          entity counts, extended data, repairs)
 //   tovik convert IN OUT   reads any DXF and writes it in the host's version
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <map>
 #include <set>
@@ -60,6 +61,14 @@ std::string KindName(const tovik::host::Entity& e) {
   return name.starts_with("IAcad") ? name.substr(5) : name;
 }
 
+// Ends the process once a command's output is flushed, without taking a
+// large drawing apart object by object: the system reclaims it at once.
+[[noreturn]] void ExitNow(int status) {
+  std::fflush(stdout);
+  std::fflush(stderr);
+  std::_Exit(status);
+}
+
 int Info(const char* path) {
   using namespace tovik::host;
   auto app = Application::Create({.open_drawing = false});
@@ -71,13 +80,8 @@ int Info(const char* path) {
     return 1;
   }
   std::printf("file:      %s\n", path);
-  std::string version = "(none)";
-  try {
-    version = std::string(tovik::host::dxf::TagModel::LoadFile(path).version());
-    if (version.empty()) version = "(no header)";
-  } catch (...) {
-  }
-  std::printf("version:   %s\n", version.c_str());
+  std::string version = tovik::host::dxf::SourceVersion(*doc);
+  std::printf("version:   %s\n", version.empty() ? "(no header)" : version.c_str());
   tovik::Variant units = doc->GetSysVar("INSUNITS");
   std::printf("units:     %lld (INSUNITS)\n", static_cast<long long>(units.RawInt()));
   std::printf("handseed:  %llX\n", static_cast<unsigned long long>(doc->handle_seed()));
@@ -106,7 +110,7 @@ int Info(const char* path) {
   auto repairs = tovik::host::dxf::Repairs(*doc);
   std::printf("\nrepairs (%zu):\n", repairs.size());
   for (const auto& r : repairs) std::printf("  %s\n", r.c_str());
-  return 0;
+  ExitNow(0);  // while the drawing is still alive: it is not taken apart
 }
 
 int Convert(const char* in, const char* out) {
@@ -116,6 +120,7 @@ int Convert(const char* in, const char* out) {
     auto doc = Open(*app, in);
     tovik::host::dxf::WriteDrawingFile(*doc, out);
     for (const auto& r : tovik::host::dxf::Repairs(*doc)) std::fprintf(stderr, "repaired: %s\n", r.c_str());
+    ExitNow(0);  // while the drawing is still alive: it is not taken apart
   } catch (const tovik::AutomationError& e) {
     std::fprintf(stderr, "tovik: %s\n", e.Description().c_str());
     return 1;

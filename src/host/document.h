@@ -124,6 +124,10 @@ class Document : public DispatchObject<Document> {
   bool id32_only() const { return id32_only_; }
   void set_id32_only(bool on) { id32_only_ = on; }
 
+  // Makes room for `count` more objects in the handle index, so that a
+  // reader adding many at once does not rebuild it as it grows.
+  void ReserveObjects(size_t count) { by_handle_.reserve(by_handle_.size() + count); }
+
   // ---------------------------------------------------------- the database
   // Creates an object of kind T, gives it the next handle (or `handle` when
   // nonzero, for loaders) and an ID, and records its creation for undo.

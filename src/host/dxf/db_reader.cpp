@@ -104,6 +104,16 @@ DimStyleRecord* Loader::DimStyleNamed(std::string_view name) const {
 // ---------------------------------------------------------------- run
 
 void Loader::Run() {
+  // One binding (and one handle) for about every record: make room once.
+  size_t count = 0;
+  for (const Section& section : source_.model.sections()) {
+    count += section.records.size();
+    for (const Table& table : section.tables) count += table.entries.size();
+    for (const Block& block : section.blocks) count += block.entities.size() + 1;
+  }
+  source_.bindings.reserve(count);
+  source_.records.reserve(count);
+  doc_.ReserveObjects(count);
   MoveStandardHandles();
   LoadHeader();
   LoadTables();

@@ -36,6 +36,9 @@ std::shared_ptr<Document> ReadDrawingFile(Application& app, const std::string& p
 
 // The repairs made when `document` was read (empty for other drawings).
 std::vector<std::string> Repairs(const Document& document);
+// The $ACADVER of the file `document` was read from ("AC1018"); empty for
+// a drawing not read from DXF or a file without HEADER.
+std::string SourceVersion(const Document& document);
 
 // Returns `document` as ASCII DXF in the host's version (kWriteVersion).
 // Objects read from a file keep their handles and every group the host does

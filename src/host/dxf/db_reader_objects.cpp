@@ -240,6 +240,11 @@ std::vector<std::string> Repairs(const Document& document) {
   return source ? source->repairs : std::vector<std::string>{};
 }
 
+std::string SourceVersion(const Document& document) {
+  auto source = SourceOf(document);
+  return source ? std::string(source->model.version()) : std::string();
+}
+
 std::shared_ptr<Document> ReadDrawingBuffer(Application& app, std::string buffer,
                                             const std::string& path) {
   std::shared_ptr<DxfSource> source;
@@ -269,11 +274,16 @@ std::shared_ptr<Document> ReadDrawingBuffer(Application& app, std::string buffer
 }
 
 std::shared_ptr<Document> ReadDrawingFile(Application& app, const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
+  std::ifstream in(path, std::ios::binary | std::ios::ate);
   if (!in) throw ReadFailure(path + ": cannot open the file");
-  std::ostringstream bytes;
-  bytes << in.rdbuf();
-  return ReadDrawingBuffer(app, std::move(bytes).str(), path);
+  // Read in one piece of the file's size: a growing buffer would hold up to
+  // three times the file while it grows.
+  std::streamoff size = in.tellg();
+  if (size < 0) throw ReadFailure(path + ": cannot read the file");
+  std::string bytes(static_cast<size_t>(size), '\0');
+  in.seekg(0);
+  if (!in.read(bytes.data(), size)) throw ReadFailure(path + ": cannot read the file");
+  return ReadDrawingBuffer(app, std::move(bytes), path);
 }
 
 void InstallDxfFileIo() {

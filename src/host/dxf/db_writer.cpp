@@ -268,7 +268,9 @@ std::string WriteDrawing(const Document& document) {
                           std::string(kHostErrorSource));
   }
   std::string out;
-  out.reserve(source->model.sections().empty() ? 1024 : 1 << 20);
+  // About the size of the file read: the text does not have to move as it
+  // grows (pages reserved but never written cost nothing).
+  out.reserve(source->model.source_size() + source->model.source_size() / 8 + 4096);
   DbWriter writer(document, *source, &out);
   writer.Run();
   return out;

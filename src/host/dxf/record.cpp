@@ -99,8 +99,13 @@ std::vector<TagSegment> Record::Subclasses() const {
 }
 
 std::optional<std::span<const Tag>> Record::Subclass(std::string_view marker) const {
-  for (const TagSegment& segment : Subclasses()) {
-    if (!segment.name.empty() && segment.name == marker) return segment.tags;
+  // Scans in place: loaders ask for a part of every record.
+  std::span<const Tag> body = Body();
+  for (std::size_t i = 0; i < body.size(); ++i) {
+    if (body[i].code != kSubclassMarker || body[i].text != marker) continue;
+    std::size_t end = i + 1;
+    while (end < body.size() && body[end].code != kSubclassMarker) ++end;
+    return body.subspan(i + 1, end - i - 1);
   }
   return std::nullopt;
 }
@@ -120,8 +125,12 @@ std::vector<TagSegment> Record::XdataBlocks() const {
 }
 
 std::optional<std::span<const Tag>> Record::Xdata(std::string_view app) const {
-  for (const TagSegment& block : XdataBlocks()) {
-    if (block.name == app) return block.tags;
+  std::span<const Tag> all(tags);
+  for (std::size_t i = Body().size(); i < all.size();) {
+    std::size_t end = i + 1;
+    while (end < all.size() && all[end].code != kXdataMarker) ++end;
+    if (all[i].text == app) return all.subspan(i + 1, end - i - 1);
+    i = end;
   }
   return std::nullopt;
 }
@@ -140,8 +149,13 @@ std::vector<TagSegment> Record::AppDataGroups() const {
 }
 
 std::optional<std::span<const Tag>> Record::AppData(std::string_view name) const {
-  for (const TagSegment& group : AppDataGroups()) {
-    if (group.name == name) return group.tags;
+  std::span<const Tag> body = Body();
+  for (std::size_t i = 0; i < body.size(); ++i) {
+    if (!OpensGroup(body[i])) continue;
+    std::size_t end = i + 1;
+    while (end < body.size() && !ClosesGroup(body[end])) ++end;
+    if (TrimText(body[i].text.substr(1)) == name) return body.subspan(i + 1, end - i - 1);
+    i = end;
   }
   return std::nullopt;
 }

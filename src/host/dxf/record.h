@@ -19,13 +19,15 @@ struct TagSegment {
 };
 
 // A record of any section: an entity, a table entry, an object, a CLASS, a
-// BLOCK or ENDBLK. Owns its tag list, which keeps every tag in file order,
-// unknown ones included, so that writing the record back loses nothing.
-// The text of the tags is borrowed from the TagModel that holds the record.
+// BLOCK or ENDBLK. Its tag list keeps every tag in file order, unknown ones
+// included, so that writing the record back loses nothing. The tags are a
+// view into the one tag array of the TagModel that holds the record (one
+// array for the whole file instead of one allocation per record), and their
+// text is borrowed from that model too.
 struct Record {
   Tag head;                       // the "0 TYPE" tag itself
   std::string_view type;          // its value without surrounding spaces
-  std::vector<Tag> tags;          // the tags after the 0 tag
+  std::span<Tag> tags;            // the tags after the 0 tag
   // VERTEX records of a POLYLINE, ATTRIB records of an INSERT, then their
   // SEQEND; empty for other records.
   std::vector<Record> followers;

@@ -79,8 +79,7 @@ class ModelBuilder {
     record.type = Trim(record.head.text);
     std::size_t start = at_;
     while (at_ < tags_.size() && tags_[at_].code != 0) ++at_;
-    record.tags.assign(tags_.begin() + static_cast<std::ptrdiff_t>(start),
-                       tags_.begin() + static_cast<std::ptrdiff_t>(at_));
+    record.tags = std::span<Tag>(tags_.data() + start, at_ - start);
     return record;
   }
 
@@ -117,7 +116,7 @@ class ModelBuilder {
 
   // Moves the "9 $NAME" runs out of the HEADER's SECTION record.
   static void SplitHeader(Record* begin, Section* section) {
-    std::vector<Tag>& tags = begin->tags;
+    std::span<Tag> tags = begin->tags;
     std::size_t first = 0;
     while (first < tags.size() && tags[first].code != 9) ++first;
     for (std::size_t i = first; i < tags.size();) {
@@ -131,7 +130,7 @@ class ModelBuilder {
       section->variables.push_back(std::move(variable));
       i = j;
     }
-    tags.resize(first);
+    begin->tags = tags.first(first);
   }
 
   void ReadTable(Section* section) {
@@ -274,7 +273,10 @@ TagModel TagModel::Load(std::string buffer, std::string_view file_name) {
     }
     if (!escaped.empty()) model.escaped_forms_.emplace(tag.text.data(), model.arena_->Copy(escaped));
   }
-  ModelBuilder(&model, &tags, file_name).Run();
+  // The records view slices of the tag array: it moves into the model
+  // (its storage stays where it is) before they are built.
+  model.tags_ = std::move(tags);
+  ModelBuilder(&model, &model.tags_, file_name).Run();
   return model;
 }
 

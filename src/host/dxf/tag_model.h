@@ -91,6 +91,8 @@ class TagModel {
   TagModel& operator=(TagModel&&) noexcept;
   ~TagModel();
 
+  // The size in bytes of the file the model was read from.
+  std::size_t source_size() const { return buffer_ ? buffer_->size() : 0; }
   // ASCII or binary: the format the file was read from.
   FileFormat format() const { return format_; }
   // The file's $ACADVER ("AC1032"); empty for files without HEADER.
@@ -130,6 +132,9 @@ class TagModel {
   std::unique_ptr<Arena> arena_;
   std::vector<Tag> leading_;
   std::vector<Section> sections_;
+  // Every tag of the file after the HEADER's variables, in file order;
+  // records view slices of it. Never resized once built.
+  std::vector<Tag> tags_;
   std::unordered_map<const char*, std::string_view> escaped_forms_;
 
   friend class ModelBuilder;

@@ -56,7 +56,7 @@ class ModelWriter {
   ModelWriter(TextEncoder* encoder, const WriteOptions& options, std::string* out)
       : encoder_(encoder), options_(options), out_(out) {}
 
-  void Tags(const std::vector<Tag>& tags) {
+  void Tags(std::span<const Tag> tags) {
     for (const Tag& tag : tags) AppendTag(tag, encoder_, options_.line_end, out_);
   }
 
