@@ -3,7 +3,7 @@
 # ezdxf, and prints the ratios and peak memory.
 #   bench/dxf_load_save.sh [TOVIK] [ENTITIES]
 set -eu
-TOVIK=${1:-build/cli/tovik}
+TOVIK=${1:-build/default/cli/tovik}
 N=${2:-1000000}
 DIR=$(mktemp -d)
 /usr/bin/python3 - "$DIR/big.dxf" "$N" <<'PY'
@@ -27,10 +27,24 @@ for i in range(n):
         msp.add_blockref("TAG", (i, 5)).add_attrib("ID", str(i), (i, 5))
 doc.saveas(path)
 PY
-ls -l "$DIR/big.dxf"
-t() { /usr/bin/time -f "%e s, peak %M kB" "$@" 2>&1 >/dev/null | tail -1; }
-echo "tovik load+save: $(t "$TOVIK" convert "$DIR/big.dxf" "$DIR/out.dxf")"
-echo "tovik load:      $(t "$TOVIK" info "$DIR/big.dxf")"
-echo "ezdxf load:      $(t /usr/bin/python3 -c 'import sys,ezdxf; ezdxf.readfile(sys.argv[1])' "$DIR/big.dxf")"
-echo "ezdxf load+save: $(t /usr/bin/python3 -c 'import sys,ezdxf; ezdxf.readfile(sys.argv[1]).saveas(sys.argv[2])' "$DIR/big.dxf" "$DIR/ez.dxf")"
+SIZE=$(stat -c %s "$DIR/big.dxf")
+echo "drawing: $N entities, $SIZE bytes"
+# Runs a command and prints "SECONDS PEAK_KB".
+measure() { /usr/bin/time -f "%e %M" "$@" 2>&1 >/dev/null | tail -1; }
+set -- $(measure "$TOVIK" info "$DIR/big.dxf"); TL=$1; TLM=$2
+set -- $(measure "$TOVIK" convert "$DIR/big.dxf" "$DIR/out.dxf"); TLS=$1; TLSM=$2
+set -- $(measure /usr/bin/python3 -c 'import sys,ezdxf; ezdxf.readfile(sys.argv[1])' "$DIR/big.dxf"); EL=$1; ELM=$2
+set -- $(measure /usr/bin/python3 -c 'import sys,ezdxf; ezdxf.readfile(sys.argv[1]).saveas(sys.argv[2])' "$DIR/big.dxf" "$DIR/ez.dxf"); ELS=$1
+/usr/bin/python3 - "$SIZE" "$TL" "$TLM" "$TLS" "$TLSM" "$EL" "$ELM" "$ELS" <<'PY'
+import sys
+size, tl, tlm, tls, tlsm, el, elm, els = (float(v) for v in sys.argv[1:])
+mb = size / 1e6
+ts, es = max(tls - tl, 1e-3), max(els - el, 1e-3)
+print(f"tovik load       {tl:7.2f} s  {mb / tl:7.1f} MB/s  peak {tlm / 1024:7.0f} MB = {tlm * 1024 / size:4.1f} x file")
+print(f"tovik load+save  {tls:7.2f} s  peak {tlsm / 1024:7.0f} MB = {tlsm * 1024 / size:4.1f} x file")
+print(f"ezdxf load       {el:7.2f} s  {mb / el:7.1f} MB/s  peak {elm / 1024:7.0f} MB = {elm * 1024 / size:4.1f} x file")
+print(f"ezdxf load+save  {els:7.2f} s")
+print(f"ratios: load {el / tl:.1f}x faster (aim 100x), save {es / ts:.1f}x faster (aim 50x), "
+      f"load+save {els / tls:.1f}x; peak memory {tlsm * 1024 / size:.1f}x file (aim under 2x)")
+PY
 rm -rf "$DIR"
