@@ -7,6 +7,7 @@
 #include "geometry/ocs.h"
 #include "host/dictionary.h"
 #include "host/dxf/db_internal.h"
+#include "host/dxf/db_reader_hatch.h"
 #include "host/dxf/db_loader.h"
 
 namespace tovik::host::dxf {
@@ -227,6 +228,8 @@ void Loader::LoadEntity(const Record& r, BlockRecord* block) {
     d.elevation = RealOr(r, 30, 0);
     d.normal = NormalOf(r);
     d.hatch_style = static_cast<int32_t>(IntOr(r, 75, 0));
+    auto part = r.Subclass("AcDbHatch");
+    d.loops = ReadHatchLoops(part ? *part : r.Body());
     entity = e;
   } else if (type == "IMAGE" || type == "WIPEOUT") {
     std::shared_ptr<Entity> e;
