@@ -185,8 +185,13 @@ class Document : public DispatchObject<Document> {
   // The block new entities go to by the current space (ActiveSpace).
   BlockRecord* current_space() const;
   Layout* active_layout() const { return active_layout_; }
-  // Makes `layout` current (TILEMODE follows); recorded for undo.
+  // Makes `layout` current (TILEMODE follows); a paper layout also becomes
+  // the one PaperSpace answers. Recorded for undo.
   void SetActiveLayout(Layout* layout);
+  // Makes paper layout `layout` the one PaperSpace answers, without changing
+  // the active layout: its block takes the name "*Paper_Space" and the block
+  // that had it takes the freed name. Recorded for undo.
+  void SetPaperLayout(Layout* layout);
   bool model_active() const;
   // MSpace: a floating viewport is active in the paper layout. Setting it
   // while the Model tab is current raises Not applicable.
