@@ -55,8 +55,8 @@ struct UserInput {
   enum class Kind : uint8_t { kPoint, kDistance, kKeyword, kEnter, kCancel, kPick };
   Kind kind = Kind::kCancel;
   geometry::Vec3 point;       // kPoint, and the picked point of kPick
-  double distance = 0;        // kDistance
-  std::string keyword;        // kKeyword
+  double distance = 0;        // kDistance: any typed number
+  std::string keyword;        // kKeyword: any typed text
   std::shared_ptr<Entity> entity;  // kPick: the innermost entity picked
   // kPick of a nested entity: the containing references, innermost first.
   std::vector<std::shared_ptr<Entity>> containers;
@@ -72,6 +72,10 @@ struct UserInput {
     u.keyword = std::move(k);
     return u;
   }
+  // A typed number (GetInteger, GetReal, GetDistance) and a typed text
+  // (a keyword, or GetString's answer).
+  static UserInput Number(double d) { return Distance(d); }
+  static UserInput Text(std::string t) { return Keyword(std::move(t)); }
   static UserInput Enter() { return Make(Kind::kEnter, {}); }
   static UserInput Cancel() { return Make(Kind::kCancel, {}); }
   static UserInput Make(Kind kind, const geometry::Vec3& p) {
