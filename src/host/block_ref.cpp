@@ -119,7 +119,7 @@ Entity* BlockRef::CloneInto(BlockRecord* target) const {
   auto* copy = static_cast<BlockRef*>(CloneEntity(*this, target));
   for (const AttributeRef* att : attributes_) {
     if (att->erased()) continue;
-    auto* att_copy = att->document()->Create<AttributeRef>();
+    auto* att_copy = target->document()->Create<AttributeRef>();
     att_copy->mutable_data() = att->data();
     CopyEntityBase(*att, att_copy);
     copy->AppendAttribute(att_copy);
