@@ -5,6 +5,7 @@
 #include "host/application.h"
 #include "host/args.h"
 #include "host/copy_objects.h"
+#include "host/document_import.h"
 #include "host/block.h"
 #include "host/dictionary.h"
 #include "host/document.h"
@@ -163,13 +164,7 @@ const MemberTable<Document>& Document::Members() {
         "ObjectIDToObject32",
         [](K& s, CallArgs& a) { return ObjectFromId(s, a[0], "ObjectIDToObject32"); }, 1, 1);
     t.Method("CopyObjects", CopyObjects, 1, 3);
-    t.Method(
-        "Import",
-        [](K&, CallArgs& a) -> Variant {
-          StringArg(a[0], {"FileName", "Import"});
-          throw HostError(HostFailure::kFileNotFound);
-        },
-        3, 3);
+    t.Method("Import", ImportFile, 3, 3);
     t.Method("Regen", [](K&, CallArgs&) { return Variant(); }, 0, 1);
     t.Method(
         "SaveAs",
