@@ -13,6 +13,27 @@
 
 namespace tovik::host {
 
+// How a case reaches its member.
+enum class Op : uint8_t { kGet, kLet, kSet, kCall };
+
+// One failing call: `member` of `object`, with `args` (for kLet/kSet the
+// value assigned), and the host's error text it must raise.
+struct ErrorCase {
+  const char* what;
+  ObjectRef object;
+  const char* member;
+  Op op;
+  std::vector<Variant> args;
+  std::string text;
+};
+
+// The number that goes with each error text (the host's table, the
+// runtime's dispatch errors, and Invalid argument's E_INVALIDARG).
+int32_t NumberOfText(const std::string& text);
+
+// Runs every case and checks number and text.
+void ExpectErrors(const std::vector<ErrorCase>& cases);
+
 class SurfaceTest : public HostTest {
  protected:
   void SetUp() override {
