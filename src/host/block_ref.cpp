@@ -119,7 +119,7 @@ Entity* BlockRef::CloneInto(BlockRecord* target) const {
   auto* copy = static_cast<BlockRef*>(CloneEntity(*this, target));
   for (const AttributeRef* att : attributes_) {
     if (att->erased()) continue;
-    auto* att_copy = att->document()->Create<AttributeRef>();
+    auto* att_copy = target->document()->Create<AttributeRef>();
     att_copy->mutable_data() = att->data();
     CopyEntityBase(*att, att_copy);
     copy->AppendAttribute(att_copy);
@@ -152,6 +152,16 @@ Variant GetScale(BlockRef& s, CallArgs&) {
 template <int Axis>
 Variant GetEffectiveScale(BlockRef& s, CallArgs&) {
   return Variant(s.data().scale[Axis] * s.data().dynamic_scale[Axis]);
+}
+// The effective factor includes what dynamic parameters scale by: the
+// reference's own factor takes the rest.
+template <int Axis>
+void LetEffectiveScale(BlockRef& s, CallArgs&, Variant& v) {
+  double f = DoubleArg(v, {"ScaleFactor", "ScaleFactor"});
+  CheckDouble(f, Check::kNonZero);
+  const double dynamic = s.data().dynamic_scale[Axis];
+  s.Touch();
+  s.mutable_data().scale[Axis] = dynamic != 0 ? f / dynamic : f;
 }
 
 Variant ConvertToAnonymousBlock(BlockRef& s, CallArgs&) {
@@ -199,9 +209,9 @@ const MemberTable<BlockRef>& BlockRef::Members() {
     t.Property("XScaleFactor", GetScale<0>, LetScale<0>);
     t.Property("YScaleFactor", GetScale<1>, LetScale<1>);
     t.Property("ZScaleFactor", GetScale<2>, LetScale<2>);
-    t.Property("XEffectiveScaleFactor", GetEffectiveScale<0>, LetScale<0>);
-    t.Property("YEffectiveScaleFactor", GetEffectiveScale<1>, LetScale<1>);
-    t.Property("ZEffectiveScaleFactor", GetEffectiveScale<2>, LetScale<2>);
+    t.Property("XEffectiveScaleFactor", GetEffectiveScale<0>, LetEffectiveScale<0>);
+    t.Property("YEffectiveScaleFactor", GetEffectiveScale<1>, LetEffectiveScale<1>);
+    t.Property("ZEffectiveScaleFactor", GetEffectiveScale<2>, LetEffectiveScale<2>);
     AddNormalMember(t);
     t.Property("IsDynamicBlock", [](K& s, CallArgs&) { return Variant(s.IsDynamic()); });
     t.Property("HasAttributes", [](K& s, CallArgs&) {

@@ -1,8 +1,11 @@
-// Copying an entity into a block of this or another drawing.
+// Copying entities into a block of this or another drawing (Copy,
+// CopyObjects, Explode, Import).
 #ifndef TOVIK_HOST_CLONE_H_
 #define TOVIK_HOST_CLONE_H_
 
 #include <memory>
+#include <unordered_map>
+#include <vector>
 
 #include "host/block.h"
 #include "host/document.h"
@@ -10,9 +13,50 @@
 
 namespace tovik::host {
 
+// One object a copy met: copied (cloned) or, for a record of another
+// drawing, mapped onto the target's record of that name.
+struct ClonePair {
+  DbObject* key = nullptr;    // the source
+  DbObject* value = nullptr;  // its copy, or the record it maps to
+  bool cloned = true;
+  bool primary = false;
+};
+
+// The objects one copying operation copied or mapped, source to target:
+// a record or block of another drawing is brought over once however many
+// copies name it. Made current for its life (one at a time, on the host's
+// single thread); without one, copies still bring what they need, pair by
+// pair.
+class CloneSession {
+ public:
+  CloneSession();
+  ~CloneSession();
+  CloneSession(const CloneSession&) = delete;
+  CloneSession& operator=(const CloneSession&) = delete;
+
+  static CloneSession* Current();
+  void Note(DbObject* key, DbObject* value, bool cloned);
+  // The copy or mapping of `key`, or nullptr.
+  DbObject* Find(const DbObject* key) const;
+  std::vector<ClonePair>& pairs() { return pairs_; }
+
+ private:
+  std::vector<ClonePair> pairs_;
+  std::unordered_map<const DbObject*, size_t> index_;
+  CloneSession* outer_;
+};
+
 // Gives `copy` the properties and extended data of `source`; across
-// drawings the records they name are found or created by name.
+// drawings the records it names (layer, linetype, material, text and
+// dimension style, application) and the blocks it references are found by
+// name in the target or brought over, and the copy is noted in the current
+// session.
 void CopyEntityBase(const Entity& source, Entity* copy);
+
+// The block of `into` that stands for `source` (of another drawing): the
+// session's copy, the block of that name, or a new copy of the definition
+// with its entities. Anonymous blocks always get a new "*U" copy.
+BlockRecord* ImportBlock(Document& into, const BlockRecord* source);
 
 template <class K>
 Entity* CloneEntity(const K& source, BlockRecord* block) {

@@ -128,23 +128,7 @@ Variant Add(TableCollection& s, CallArgs& a) {
     case CollectionKind::kDimStyles:
       added = AddRecordNamed<DimStyleRecord>(doc, doc.dim_styles(), a[0]);
       break;
-    case CollectionKind::kLayouts: {
-      std::string name = NewName(a[0]);
-      if (Layout* existing = doc.layouts().Find(name)) {
-        added = existing;
-        break;
-      }
-      BlockRecord* block = doc.AddBlock(
-          "*Paper_Space" + std::to_string(doc.layouts().items.size() - 2), {});
-      Layout* layout = doc.Create<Layout>();
-      layout->mutable_data().name = name;
-      layout->mutable_data().block = block;
-      layout->mutable_data().tab_order = static_cast<int32_t>(doc.layouts().items.size());
-      block->mutable_data().layout = layout;
-      doc.AddRecord(doc.layouts(), layout);
-      added = layout;
-      break;
-    }
+    case CollectionKind::kLayouts: added = AddLayout(doc, a[0]); break;
     case CollectionKind::kGroups: added = AddGroup(doc, a[0]); break;
     case CollectionKind::kDictionaries: {
       std::string name = NewName(a[0]);

@@ -180,26 +180,6 @@ BlockRecord* Document::current_space() const {
   return paper_space();
 }
 
-void Document::SetActiveLayout(Layout* layout) {
-  Layout* old_layout = active_layout_;
-  Layout* old_paper = paper_layout_;
-  bool old_mspace = mspace_;
-  active_layout_ = layout;
-  if (layout->data().block != model_space_) {
-    paper_layout_ = layout;
-    // The paper block of the active layout is always "*Paper_Space".
-  } else {
-    mspace_ = false;
-  }
-  sysvars_["TILEMODE"] = Variant(int16_t{model_active() ? int16_t{1} : int16_t{0}});
-  Record([this, old_layout, old_paper, old_mspace] {
-    active_layout_ = old_layout;
-    paper_layout_ = old_paper;
-    mspace_ = old_mspace;
-    sysvars_["TILEMODE"] = Variant(int16_t{model_active() ? int16_t{1} : int16_t{0}});
-  });
-}
-
 void Document::SetMSpace(bool on) {
   if (model_active()) throw HostError(HostFailure::kNotApplicable);
   bool old = mspace_;

@@ -55,8 +55,8 @@ struct UserInput {
   enum class Kind : uint8_t { kPoint, kDistance, kKeyword, kEnter, kCancel, kPick };
   Kind kind = Kind::kCancel;
   geometry::Vec3 point;       // kPoint, and the picked point of kPick
-  double distance = 0;        // kDistance
-  std::string keyword;        // kKeyword
+  double distance = 0;        // kDistance: any typed number
+  std::string keyword;        // kKeyword: any typed text
   std::shared_ptr<Entity> entity;  // kPick: the innermost entity picked
   // kPick of a nested entity: the containing references, innermost first.
   std::vector<std::shared_ptr<Entity>> containers;
@@ -72,6 +72,10 @@ struct UserInput {
     u.keyword = std::move(k);
     return u;
   }
+  // A typed number (GetInteger, GetReal, GetDistance) and a typed text
+  // (a keyword, or GetString's answer).
+  static UserInput Number(double d) { return Distance(d); }
+  static UserInput Text(std::string t) { return Keyword(std::move(t)); }
   static UserInput Enter() { return Make(Kind::kEnter, {}); }
   static UserInput Cancel() { return Make(Kind::kCancel, {}); }
   static UserInput Make(Kind kind, const geometry::Vec3& p) {
@@ -189,8 +193,13 @@ class Document : public DispatchObject<Document> {
   // The block new entities go to by the current space (ActiveSpace).
   BlockRecord* current_space() const;
   Layout* active_layout() const { return active_layout_; }
-  // Makes `layout` current (TILEMODE follows); recorded for undo.
+  // Makes `layout` current (TILEMODE follows); a paper layout also becomes
+  // the one PaperSpace answers. Recorded for undo.
   void SetActiveLayout(Layout* layout);
+  // Makes paper layout `layout` the one PaperSpace answers, without changing
+  // the active layout: its block takes the name "*Paper_Space" and the block
+  // that had it takes the freed name. Recorded for undo.
+  void SetPaperLayout(Layout* layout);
   bool model_active() const;
   // MSpace: a floating viewport is active in the paper layout. Setting it
   // while the Model tab is current raises Not applicable.

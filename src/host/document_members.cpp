@@ -4,6 +4,8 @@
 #include "frame/conversions.h"
 #include "host/application.h"
 #include "host/args.h"
+#include "host/copy_objects.h"
+#include "host/document_import.h"
 #include "host/block.h"
 #include "host/dictionary.h"
 #include "host/document.h"
@@ -36,48 +38,6 @@ Variant ObjectFromId(Document& s, const Variant& v, std::string_view member) {
   DbObject* o = s.FindById(CLngLng(v));
   if (!o) throw HostError(HostFailure::kInvalidObjectId);
   return Variant(s.Ref(o));
-}
-
-// CopyObjects(Objects [, Owner] [, IDPairs]): the primary copies in input
-// order, beside the originals or in the Owner block.
-Variant CopyObjects(Document& s, CallArgs& a) {
-  std::vector<ObjectRef> objects = ObjectsArg(a[0], {"Objects", "CopyObjects"});
-  std::vector<Entity*> sources;
-  DbObject* common_owner = nullptr;
-  for (const ObjectRef& o : objects) {
-    auto* e = dynamic_cast<Entity*>(o.get());
-    if (!e || e->erased() || e->document() != &s || !e->block()) {
-      throw InvalidArgument("Objects", "CopyObjects");
-    }
-    if (common_owner && e->owner() != common_owner) throw HostError(HostFailure::kInvalidOwner);
-    common_owner = e->owner();
-    sources.push_back(e);
-  }
-  BlockRecord* target = nullptr;
-  if (a.Has(1) && !a[1].IsNothing()) {
-    target = dynamic_cast<BlockRecord*>(ObjectArg(a[1], {"Owner", "CopyObjects"}).get());
-    if (!target || target->erased()) throw InvalidArgument("Owner", "CopyObjects");
-  }
-  std::vector<ObjectRef> copies;
-  std::vector<std::pair<Entity*, Entity*>> pairs;
-  for (Entity* e : sources) {
-    BlockRecord* into = target ? target : e->block();
-    Entity* copy = e->CloneInto(into);
-    copies.push_back(into->document()->Ref(copy));
-    pairs.emplace_back(e, copy);
-  }
-  if (a.size() > 2) {
-    // IDPairs: Key (source ID), Value (copy ID) and the flags, per object.
-    SafeArray id_pairs(VarType::kVariant, 0, static_cast<int32_t>(pairs.size()));
-    for (size_t i = 0; i < pairs.size(); ++i) {
-      id_pairs.Set(static_cast<int32_t>(i),
-                   Variant(SafeArray::Of({Variant(int64_t{pairs[i].first->id()}),
-                                          Variant(int64_t{pairs[i].second->id()}),
-                                          Variant(true), Variant(true), Variant(true)})));
-    }
-    a[2] = Variant(std::move(id_pairs));
-  }
-  return ObjectsValue(copies);
 }
 
 void LetActiveLayout(Document& s, CallArgs&, Variant& v) {
@@ -204,13 +164,7 @@ const MemberTable<Document>& Document::Members() {
         "ObjectIDToObject32",
         [](K& s, CallArgs& a) { return ObjectFromId(s, a[0], "ObjectIDToObject32"); }, 1, 1);
     t.Method("CopyObjects", CopyObjects, 1, 3);
-    t.Method(
-        "Import",
-        [](K&, CallArgs& a) -> Variant {
-          StringArg(a[0], {"FileName", "Import"});
-          throw HostError(HostFailure::kFileNotFound);
-        },
-        3, 3);
+    t.Method("Import", ImportFile, 3, 3);
     t.Method("Regen", [](K&, CallArgs&) { return Variant(); }, 0, 1);
     t.Method(
         "SaveAs",

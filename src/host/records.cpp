@@ -305,24 +305,4 @@ const MemberTable<DimStyleRecord>& DimStyleRecord::Members() {
   return table;
 }
 
-const MemberTable<Layout>& Layout::Members() {
-  static const MemberTable<Layout> table = [] {
-    MemberTable<Layout> t;
-    using K = Layout;
-    t.Property("Name", GetStringField<K, &K::Data::name>, [](K& s, CallArgs&, Variant& v) {
-      if (s.data_.block == s.document()->model_space()) {
-        throw HostError(HostFailure::kNotApplicable);
-      }
-      Rename(s, s.document()->layouts(), v);
-    });
-    t.Property("Block", [](K& s, CallArgs&) { return Variant(s.document()->Ref(s.data_.block)); });
-    t.Property("ModelType", [](K& s, CallArgs&) {
-      return Variant(s.data_.block == s.document()->model_space());
-    });
-    t.Property("TabOrder", [](K& s, CallArgs&) { return Variant(s.data_.tab_order); });
-    return t;
-  }();
-  return table;
-}
-
 }  // namespace tovik::host

@@ -162,6 +162,9 @@ class Layout final : public HostObject<Layout, NamedRecord> {
   std::string_view TypeName() const override { return "IAcadLayout"; }
   std::string_view ObjectName() const override { return "AcDbLayout"; }
   static const MemberTable<Layout>& Members();
+  // Refused for Model and for the last paper layout; takes the layout's
+  // block and entities with it.
+  void Delete() override;
   const std::string& Name() const override { return data_.name; }
   const Data& data() const { return data_; }
   Data& mutable_data() { return data_; }
@@ -169,6 +172,10 @@ class Layout final : public HostObject<Layout, NamedRecord> {
  private:
   Data data_;
 };
+
+// Layouts.Add: a new paper layout with its own block, last in tab order,
+// not made current. A name in use raises Duplicate record name.
+Layout* AddLayout(Document& doc, const Variant& name);
 
 // A name a symbol-table Add, a rename or the host accepts: not empty, at
 // most 255 characters, none of < > / \ " : ; ? * | , = `.

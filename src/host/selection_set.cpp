@@ -93,6 +93,8 @@ const MemberTable<SelectionSet>& SelectionSet::Members() {
     });
     t.Method("Erase", [](K& s, CallArgs&) {
       CallScope scope(&s.doc_->journal());
+      // A member that refuses (on a locked layer) keeps every member.
+      for (auto& e : s.Live()) e->CheckWritable();
       for (auto& e : s.Live()) e->Delete();
       s.Clear();
       return Variant();

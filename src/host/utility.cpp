@@ -36,6 +36,7 @@ UserInput Answer(Document& doc, UserInput::Kind wanted) {
 Variant GetSubEntity(Utility& s, CallArgs& a) {
   Document& doc = *s.document();
   WritePrompt(doc, a, 4);
+  s.TakeInputControl();
   UserInput input = Answer(doc, UserInput::Kind::kPick);
   if (!input.entity || input.entity->erased()) throw HostError(HostFailure::kCancelled);
   a[0] = Variant(ObjectRef(input.entity));
@@ -85,27 +86,12 @@ const MemberTable<Utility>& Utility::Members() {
   static const MemberTable<Utility> table = [] {
     MemberTable<Utility> t;
     using K = Utility;
-    t.Method(
-        "GetPoint",
-        [](K& s, CallArgs& a) {
-          if (a.Has(0)) PointArg(a[0], {"Point", "GetPoint"});
-          WritePrompt(*s.doc_, a, 1);
-          return PointValue(Answer(*s.doc_, UserInput::Kind::kPoint).point);
-        },
-        0, 2);
-    t.Method(
-        "GetDistance",
-        [](K& s, CallArgs& a) {
-          if (a.Has(0)) PointArg(a[0], {"Point", "GetDistance"});
-          WritePrompt(*s.doc_, a, 1);
-          return Variant(Answer(*s.doc_, UserInput::Kind::kDistance).distance);
-        },
-        0, 2);
-    t.Method("GetInput", [](K& s, CallArgs&) { return Variant(s.doc_->last_keyword()); });
+    AddUtilityInputMembers(t);
     t.Method(
         "GetEntity",
         [](K& s, CallArgs& a) {
           WritePrompt(*s.doc_, a, 2);
+          s.TakeInputControl();
           UserInput input = Answer(*s.doc_, UserInput::Kind::kPick);
           if (!input.entity || input.entity->erased()) throw HostError(HostFailure::kCancelled);
           // GetEntity returns the outermost entity picked.
@@ -124,13 +110,6 @@ const MemberTable<Utility>& Utility::Members() {
           return Variant();
         },
         1, 1);
-    t.Method(
-        "InitializeUserInput",
-        [](K&, CallArgs& a) {
-          LongArg(a[0], {"Bits", "InitializeUserInput"});
-          return Variant();
-        },
-        1, 2);
     AddUtilityGeometryMembers(t);
     return t;
   }();
