@@ -9,6 +9,7 @@
 #include <string_view>
 #include <utility>
 
+#include "frame/runtime_text.h"
 #include "geometry/vec3.h"
 #include "host/dxf/record.h"
 
@@ -78,13 +79,16 @@ inline std::pair<int, int> JustificationOf(int32_t alignment) {
   return {alignment - 12, 1};
 }
 
-// Folds ASCII letters to lower case for name lookups.
+// Folds a name for lookups as the host's tables compare names: case-
+// insensitively, non-ASCII letters included ("ÄRA" matches "ära").
 inline std::string FoldName(std::string_view name) {
   std::string out(name);
+  bool ascii = true;
   for (char& c : out) {
     if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    if (static_cast<unsigned char>(c) >= 0x80) ascii = false;
   }
-  return out;
+  return ascii ? out : FoldCase(name);
 }
 
 // Angle in radians normalised to [0, 2π).

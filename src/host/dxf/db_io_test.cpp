@@ -44,7 +44,7 @@ TEST(DxfDrawingRead, RefusesUnreadableInputNamingFileLineAndFault) {
       {"a block inserting itself through another",
        "0\nSECTION\n2\nBLOCKS\n0\nBLOCK\n2\nA\n0\nINSERT\n2\nB\n0\nENDBLK\n0\nBLOCK\n2\nB\n0\nINSERT\n2\nA\n"
        "0\nENDBLK\n0\nENDSEC\n0\nEOF\n",
-       "d.dxf: line 21: group code 2: block \"a\" contains itself (a -> b -> a)"},
+       "d.dxf: line 21: group code 2: block \"A\" contains itself (A -> B -> A)"},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.what);
@@ -66,6 +66,27 @@ TEST(DxfDrawingRead, RepairsWhatAnAuditRepairsAndListsIt) {
   ASSERT_NE(line, nullptr);
   EXPECT_EQ(line->props().layer->Name(), "WALLS");
   EXPECT_EQ(line->data().end.y, 6.0);
+}
+
+TEST(DxfDrawingRead, NamesMatchTheirTableEntriesWhateverTheCaseOfNonAsciiLetters) {
+  auto app = Application::Create({.open_drawing = false});
+  // An R2018 (UTF-8) file whose tables spell the layer and the block in
+  // lower case, the entity in upper case (Cyrillic and Greek): the same
+  // names to the host.
+  auto doc = ReadDrawingBuffer(*app,
+                               "0\nSECTION\n2\nHEADER\n9\n$ACADVER\n1\nAC1032\n0\nENDSEC\n"
+                               "0\nSECTION\n2\nTABLES\n0\nTABLE\n2\nLAYER\n0\nLAYER\n2\n\xD1\x81\xD1\x82\xD0\xB5\xD0\xBD\xD1\x8B\n"
+                               "70\n0\n62\n7\n6\nCONTINUOUS\n0\nENDTAB\n0\nENDSEC\n"
+                               "0\nSECTION\n2\nBLOCKS\n0\nBLOCK\n2\n\xCE\xB1\xCE\xB2\n70\n0\n10\n0\n20\n0\n30\n0\n0\nENDBLK\n0\nENDSEC\n"
+                               "0\nSECTION\n2\nENTITIES\n0\nINSERT\n5\n40\n8\n\xD0\xA1\xD0\xA2\xD0\x95\xD0\x9D\xD0\xAB\n"
+                               "2\n\xCE\x91\xCE\x92\n10\n0\n20\n0\n30\n0\n0\nENDSEC\n0\nEOF\n",
+                               "n.dxf");
+  EXPECT_TRUE(Repairs(*doc).empty());
+  auto* insert = dynamic_cast<BlockRef*>(doc->FindByHandle(0x40));
+  ASSERT_NE(insert, nullptr);
+  EXPECT_EQ(insert->props().layer->Name(), "\xD1\x81\xD1\x82\xD0\xB5\xD0\xBD\xD1\x8B");  // "стены"
+  ASSERT_NE(insert->data().block, nullptr);
+  EXPECT_EQ(insert->data().block->Name(), "\xCE\xB1\xCE\xB2");  // "αβ"
 }
 
 TEST(DxfDrawingRead, MapsOcsGeometryAndDegreesToTheLiveObject) {

@@ -67,7 +67,10 @@ void ValidateModel(const TagModel& model, std::string_view file_name) {
   const Section* blocks = model.FindSection("BLOCKS");
   if (blocks == nullptr) return;
   std::unordered_map<std::string, std::vector<std::pair<std::string, uint32_t>>> inserts;
+  // Messages name blocks as the file spells them.
+  std::unordered_map<std::string, std::string_view> spelled;
   for (const Block& block : blocks->blocks) {
+    spelled.emplace(FoldName(block.Name()), block.Name());
     auto& list = inserts[FoldName(block.Name())];
     for (const Record& e : block.entities) {
       if (e.type == "INSERT") list.emplace_back(FoldName(e.StringOr(2)), e.Find(2) ? e.Find(2)->position : e.head.position);
@@ -95,10 +98,14 @@ void ValidateModel(const TagModel& model, std::string_view file_name) {
       const auto& [child, position] = list[top.next++];
       int c = colour[child];
       if (c == 1) {
+        auto name = [&](const std::string& folded) {
+          auto it = spelled.find(folded);
+          return it != spelled.end() ? std::string(it->second) : folded;
+        };
         std::string path;
-        for (const Frame& f : stack) path += f.name + " -> ";
+        for (const Frame& f : stack) path += name(f.name) + " -> ";
         throw ReadError(file_name, PositionKindOf(model), position, 2,
-                        "block \"" + child + "\" contains itself (" + path + child + ")");
+                        "block \"" + name(child) + "\" contains itself (" + path + name(child) + ")");
       }
       if (c == 0 && inserts.count(child)) {
         colour[child] = 1;
