@@ -1,0 +1,34 @@
+// libFuzzer target over reading a DXF file into a live host drawing and
+// writing it back: any input must either load or raise the reader's
+// automation error (never crash, hang or leak), and whatever loads must
+// write a file that loads again.
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+
+#include "frame/automation_error.h"
+#include "host/application.h"
+#include "host/document.h"
+#include "host/dxf/db_reader.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  using namespace tovik::host;
+  auto app = Application::Create({.open_drawing = false});
+  std::shared_ptr<Document> doc;
+  try {
+    doc = dxf::ReadDrawingBuffer(*app, std::string(reinterpret_cast<const char*>(data), size), "fuzz.dxf");
+  } catch (const tovik::AutomationError&) {
+    return 0;
+  }
+  std::string written = dxf::WriteDrawing(*doc);
+  try {
+    auto again = dxf::ReadDrawingBuffer(*app, written, "written.dxf");
+    again->Close();
+  } catch (const tovik::AutomationError& e) {
+    // What the host wrote must always read back.
+    std::abort();
+  }
+  doc->Close();
+  return 0;
+}
