@@ -96,6 +96,7 @@ Variant CopyObjects(Document& doc, CallArgs& a) {
     Entity* copy = e->CloneInto(block);
     copies.push_back(block->document()->Ref(copy));
   }
+  session.TranslateXDataHandles();
   for (ClonePair& pair : session.pairs()) {
     pair.primary = std::find(sources.begin(), sources.end(), pair.key) != sources.end();
   }

@@ -69,6 +69,7 @@ Variant ImportFile(Document& doc, CallArgs& a) {
   for (LayerRecord* layer : locked) layer->mutable_data().locked = true;
   CloneSession session;
   for (Entity* e : entities) e->CloneInto(doc.model_space());
+  session.TranslateXDataHandles();
   return Variant(ObjectRef());  // Nothing: only a WMF import returns a reference
 }
 
