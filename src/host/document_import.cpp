@@ -3,6 +3,7 @@
 // (WMF, SAT, EPS) have no reader in the headless host.
 #include "host/document_import.h"
 
+#include <cmath>
 #include <filesystem>
 
 #include "frame/runtime_text.h"
