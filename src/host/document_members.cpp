@@ -8,7 +8,6 @@
 #include "host/copy_objects.h"
 #include "host/dictionary.h"
 #include "host/document.h"
-#include "host/document_import.h"
 #include "host/entities.h"
 #include "host/host_error.h"
 #include "host/records.h"
