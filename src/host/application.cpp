@@ -46,6 +46,11 @@ DrawingFileIo& FileIoSlot() {
 }
 }  // namespace
 
+int32_t Application::NextIdBase() {
+  const int32_t range = next_id_range_++ % kObjectIdRanges;
+  return kObjectIdBase32 + range * kObjectIdRange;
+}
+
 void SetDrawingFileIo(DrawingFileIo io) { FileIoSlot() = std::move(io); }
 const DrawingFileIo& GetDrawingFileIo() { return FileIoSlot(); }
 

@@ -79,6 +79,10 @@ class Application : public DispatchObject<Application> {
   // counted; its named objects are dropped; another becomes active.
   void CloseDocument(const std::shared_ptr<Document>& document);
 
+  // The first object ID of the next document's range (each document made
+  // for this application takes the next one).
+  int32_t NextIdBase();
+
   // What the host does without an automation trigger.
   void EnterModal();
   void LeaveModal();
@@ -99,6 +103,7 @@ class Application : public DispatchObject<Application> {
   std::shared_ptr<Document> active_;
   std::shared_ptr<Dispatch> documents_collection_;
   int next_drawing_number_ = 1;
+  int next_id_range_ = 0;
   int window_state_ = 3;
 };
 

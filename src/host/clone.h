@@ -39,6 +39,9 @@ class CloneSession {
   // The copy or mapping of `key`, or nullptr.
   DbObject* Find(const DbObject* key) const;
   std::vector<ClonePair>& pairs() { return pairs_; }
+  // Points the extended-data handles (1005) of every copy that name an
+  // object copied in this session at that object's copy; others stay.
+  void TranslateXDataHandles();
 
  private:
   std::vector<ClonePair> pairs_;

@@ -3,6 +3,8 @@
 // they name are found by name in the target or brought over.
 #include "host/clone.h"
 
+#include <cstdlib>
+
 #include "host/dictionary.h"
 #include "host/entities.h"
 #include "host/records.h"
@@ -88,6 +90,30 @@ void CloneSession::Note(DbObject* key, DbObject* value, bool cloned) {
 DbObject* CloneSession::Find(const DbObject* key) const {
   auto it = index_.find(key);
   return it == index_.end() ? nullptr : pairs_[it->second].value;
+}
+
+void CloneSession::TranslateXDataHandles() {
+  for (const ClonePair& pair : pairs_) {
+    if (!pair.cloned || !pair.value->xdata()) continue;
+    const Document* from = pair.key->document();
+    XData runs = *pair.value->xdata();
+    bool changed = false;
+    for (XDataRun& run : runs) {
+      for (XDataItem& item : run.items) {
+        if (item.code != 1005 || !item.value.IsString()) continue;
+        const std::string& text = item.value.RawString();
+        char* end = nullptr;
+        const uint64_t handle = std::strtoull(text.c_str(), &end, 16);
+        if (text.empty() || *end != '\0') continue;
+        DbObject* target = from ? from->FindByHandle(handle) : nullptr;
+        DbObject* copy = target ? Find(target) : nullptr;
+        if (!copy || copy == target) continue;
+        item.value = Variant(copy->HandleText());
+        changed = true;
+      }
+    }
+    if (changed) pair.value->SetXData(std::make_shared<const XData>(std::move(runs)));
+  }
 }
 
 BlockRecord* ImportBlock(Document& into, const BlockRecord* source) {

@@ -154,6 +154,32 @@ TEST_F(CopyObjectsTest, IdPairsReportEveryObjectMetPrimaryOnesFirst) {
   EXPECT_EQ(args[2].Array().Count(), 1);
 }
 
+TEST_F(CopyObjectsTest, ExtendedDataHandlesFollowTheObjectsCopiedWithThem) {
+  ObjectRef partner = Line(5, 5, 6, 6);
+  std::string partner_handle = CStr(GetProperty(partner, "Handle"));
+  CallMethod(line, "SetXData",
+             {Variant(SafeArray::Of({Variant(int16_t{1001}), Variant(int16_t{1005})})),
+              Variant(SafeArray::Of({Variant("LINK"), Variant(partner_handle)}))});
+  auto linked = [&](const ObjectRef& o) {
+    std::vector<Variant> out{Variant("LINK"), Variant(), Variant()};
+    CallMethodRef(o, "GetXData", out);
+    return CStr(out[2].Array().Items()[1]);
+  };
+  // Copied together: the copy points at the partner's copy.
+  Variant both = CallMethod(doc, "CopyObjects", {ObjectsValue({line, partner})});
+  ObjectRef line_copy = both.Array().Items()[0].RawObject();
+  ObjectRef partner_copy = both.Array().Items()[1].RawObject();
+  EXPECT_EQ(linked(line_copy), CStr(GetProperty(partner_copy, "Handle")));
+  // Copied alone: it keeps pointing at the original partner.
+  Variant alone = CallMethod(doc, "CopyObjects", {ObjectsValue({line})});
+  EXPECT_EQ(linked(alone.Array().Items()[0].RawObject()), partner_handle);
+  EXPECT_EQ(linked(line), partner_handle);
+  // Across drawings too.
+  Variant across = CallMethod(doc, "CopyObjects", {ObjectsValue({line, partner}), Variant(other_ms)});
+  EXPECT_EQ(linked(across.Array().Items()[0].RawObject()),
+            CStr(GetProperty(across.Array().Items()[1].RawObject(), "Handle")));
+}
+
 TEST_F(CopyObjectsTest, RefusalsCopyNothing) {
   ObjectRef foreign = CallMethod(other_ms, "AddLine", {Pt(0, 0), Pt(1, 0)}).Object();
   ObjectRef in_block = CallMethod(Item(doc, "Blocks", "C"), "Item", {Variant(int32_t{0})}).Object();

@@ -26,7 +26,11 @@ UserInput UserInput::Pick(std::shared_ptr<Entity> entity, const geometry::Vec3& 
 }
 
 Document::Document(Application* app, std::string name, bool id32_only)
-    : app_(app), name_(name), full_name_(std::move(name)), id32_only_(id32_only) {}
+    : app_(app),
+      name_(name),
+      full_name_(std::move(name)),
+      id32_only_(id32_only),
+      id_base_(app ? app->NextIdBase() : kObjectIdBase32) {}
 
 Document::~Document() {
   for (auto& object : objects_) object->doc_ = nullptr;
@@ -66,7 +70,7 @@ void Document::Register(std::shared_ptr<DbObject> object, uint64_t handle) {
   size_t slot = objects_.size();
   object->doc_ = this;
   object->handle_ = handle;
-  object->id_ = kObjectIdBase32 + kObjectIdStride * static_cast<int32_t>(slot);
+  object->id_ = id_base_ + kObjectIdStride * static_cast<int32_t>(slot);
   by_handle_.emplace(handle, object.get());
   next_handle_ = std::max(next_handle_, handle + 1);
   DbObject* raw = object.get();
@@ -94,7 +98,7 @@ DbObject* Document::FindByHandle(uint64_t handle) const {
 }
 
 DbObject* Document::FindById(int64_t id) const {
-  int64_t offset = id - kObjectIdBase32;
+  int64_t offset = id - id_base_;
   if (offset < 0 || offset % kObjectIdStride != 0) return nullptr;
   size_t slot = static_cast<size_t>(offset / kObjectIdStride);
   if (slot >= objects_.size() || objects_[slot]->erased()) return nullptr;
@@ -108,7 +112,7 @@ void Document::set_handle_seed(uint64_t seed) {
 
 std::shared_ptr<DbObject> Document::Ref(const DbObject* object) const {
   if (!object) return nullptr;
-  size_t slot = static_cast<size_t>((object->id_ - kObjectIdBase32) / kObjectIdStride);
+  size_t slot = static_cast<size_t>((object->id_ - id_base_) / kObjectIdStride);
   return objects_.at(slot);
 }
 

@@ -126,6 +126,8 @@ class Document : public DispatchObject<Document> {
   // 32-bit identity mode: ObjectID, OwnerID and ObjectIDToObject are not
   // supported (438); ObjectID32, OwnerID32, ObjectIDToObject32 answer.
   bool id32_only() const { return id32_only_; }
+  // The first object ID of this document's range.
+  int32_t id_base() const { return id_base_; }
   void set_id32_only(bool on) { id32_only_ = on; }
 
   // Makes room for `count` more objects in the handle index, so that a
@@ -299,6 +301,7 @@ class Document : public DispatchObject<Document> {
   std::string name_;
   std::string full_name_;
   bool id32_only_;
+  int32_t id_base_;
   bool closed_ = false;
 
   std::vector<std::shared_ptr<DbObject>> objects_;  // slot = (id - base) / stride
@@ -347,9 +350,15 @@ class Document : public DispatchObject<Document> {
   std::function<void(DbObject*)> change_observer_;
 };
 
-// IDs: base + stride * slot, all below 2^31 so both identity forms agree.
+// IDs: the document's base + stride * slot, all below 2^31 so both identity
+// forms agree. Each document of an application takes its own range of IDs
+// (as the host's IDs never name objects of two open drawings): range k
+// starts at kObjectIdBase32 + k * kObjectIdRange, for 2^22 objects; after
+// kObjectIdRanges documents the ranges are used again.
 inline constexpr int32_t kObjectIdBase32 = 0x00100000;
 inline constexpr int32_t kObjectIdStride = 8;
+inline constexpr int32_t kObjectIdRange = 0x02000000;
+inline constexpr int32_t kObjectIdRanges = 63;
 
 template <class R>
 R* RecordTable<R>::Find(std::string_view name) const {

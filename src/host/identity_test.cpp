@@ -22,8 +22,18 @@ TEST_F(IdentityTest, ObjectIdsFindTheirObjectsInThisDrawing) {
   LetProperty(line, "EndPoint", Pt(3, 3));
   CallMethod(doc, "SendCommand", {Variant("U ")});
   EXPECT_EQ(CLngLng(GetProperty(line, "ObjectID")), CLngLng(id));
+  // Another drawing never answers this drawing's IDs, however many objects
+  // it holds: each drawing has IDs of its own.
   ObjectRef other = app_->AddDocument();
+  ObjectRef other_ms = GetProperty(other, "ModelSpace").Object();
+  for (int i = 0; i < 5; ++i) CallMethod(other_ms, "AddLine", {Pt(0, 0), Pt(1, i)});
+  ObjectRef other_line = CallMethod(other_ms, "Item", {Variant(int32_t{0})}).Object();
+  EXPECT_NE(CLngLng(GetProperty(other_line, "ObjectID")), CLngLng(id));
   Raised r = ErrorOf([&] { CallMethod(other, "ObjectIDToObject", {id}); });
+  EXPECT_EQ(r.description, "Invalid object ID");
+  r = ErrorOf([&] { CallMethod(other, "ObjectIDToObject32", {id32}); });
+  EXPECT_EQ(r.description, "Invalid object ID");
+  r = ErrorOf([&] { CallMethod(doc, "ObjectIDToObject", {GetProperty(other_line, "ObjectID")}); });
   EXPECT_EQ(r.description, "Invalid object ID");
   CallMethod(line, "Delete");
   r = ErrorOf([&] { CallMethod(doc, "ObjectIDToObject", {id}); });

@@ -268,7 +268,7 @@ void RegApp::Delete() {
   if (data_.name == "ACAD") throw HostError(HostFailure::kObjectReferenced);
   // Refused while any object's extended data uses it.
   for (size_t id = 0; id < doc.object_count(); ++id) {
-    DbObject* o = doc.FindById(kObjectIdBase32 + kObjectIdStride * static_cast<int32_t>(id));
+    DbObject* o = doc.FindById(doc.id_base() + kObjectIdStride * static_cast<int32_t>(id));
     if (!o || !o->xdata()) continue;
     for (const XDataRun& run : *o->xdata()) {
       if (run.app == this) throw HostError(HostFailure::kObjectReferenced);

@@ -18,6 +18,9 @@ TEST_F(SurfaceTest, EveryEntityMemberRefusesBadArguments) {
   ExpectErrors({
       {"read-only", line, "Handle", Op::kLet, {Variant("1F")}, kNotSupported},
       {"read-only", line, "ObjectID", Op::kLet, {Variant(int64_t{1})}, kNotSupported},
+      {"read-only", line, "ObjectID32", Op::kLet, {Variant(int32_t{1})}, kNotSupported},
+      {"no name", line, "PlotStyleName", Op::kLet, {Variant::Missing()},
+       "Invalid argument PlotStyleName in PlotStyleName"},
       {"read-only", line, "OwnerID", Op::kLet, {Variant(int64_t{1})}, kNotSupported},
       {"read-only", line, "Document", Op::kSet, {Variant(doc)}, kNotSupported},
       {"unknown layer", line, "Layer", Op::kLet, {Variant("Nope")}, "Key not found"},
@@ -71,6 +74,7 @@ TEST_F(SurfaceTest, EveryEntityMemberRefusesBadArguments) {
        {Variant(SafeArray::Of({Variant(int16_t{1001})})), Variant(SafeArray::Of({Variant("A")}))},
        "On locked layer"},
       {"locked", ref, "InsertionPoint", Op::kLet, {Pt(1, 1)}, "On locked layer"},
+      {"locked", ref, "ConvertToAnonymousBlock", Op::kCall, {}, "On locked layer"},
   });
   EXPECT_TRUE(CBool(GetProperty(line, "Visible")));
   LetProperty(layer0, "Lock", Variant(false));
@@ -99,6 +103,7 @@ TEST_F(SurfaceTest, BlockReferenceAndTextMembersRefuseBadArguments) {
       {"zero", ref, "ZEffectiveScaleFactor", Op::kLet, {Variant(0.0)}, "Invalid input"},
       {"read-only", ref, "IsDynamicBlock", Op::kLet, {Variant(true)}, kNotSupported},
       {"an argument", ref, "GetAttributes", Op::kCall, {Variant(1.0)}, kWrongCount},
+      {"an argument", ref, "ConvertToAnonymousBlock", Op::kCall, {Variant(1.0)}, kWrongCount},
       {"an argument", ref, "GetDynamicBlockProperties", Op::kCall, {Variant(1.0)}, kWrongCount},
       {"read-only", dynprop, "PropertyName", Op::kLet, {Variant("X")}, kNotSupported},
       {"read-only", dynprop, "UnitsType", Op::kLet, {Variant(int32_t{0})}, kNotSupported},
@@ -125,7 +130,22 @@ TEST_F(SurfaceTest, BlockReferenceAndTextMembersRefuseBadArguments) {
 }
 
 TEST_F(SurfaceTest, CurveDimensionHatchColourAndStyleMembersRefuseBadArguments) {
+  ObjectRef sortents = CallMethod(CallMethod(ms, "GetExtensionDictionary").Object(), "AddObject",
+                                  {Variant("ACAD_SORTENTS"), Variant("AcDbSortentsTable")})
+                           .Object();
+  ObjectRef in_block = CallMethod(block, "Item", {Variant(int32_t{1})}).Object();
+  ObjectRef layouts = GetProperty(doc, "Layouts").Object();
+  ObjectRef model = CallMethod(layouts, "Item", {Variant("Model")}).Object();
   ExpectErrors({
+      {"another block's entity", sortents, "MoveToTop", Op::kCall, {ObjectsValue({in_block})},
+       "Invalid input"},
+      {"given twice", sortents, "MoveToBottom", Op::kCall, {ObjectsValue({line, line})},
+       "Invalid input"},
+      {"not objects", sortents, "MoveToBottom", Op::kCall, {Variant(1.0)},
+       "Invalid argument Objects in MoveToBottom"},
+      {"read-only", model, "Block", Op::kSet, {Variant(ms)}, kNotSupported},
+      {"read-only", model, "ModelType", Op::kLet, {Variant(false)}, kNotSupported},
+      {"not a method", color, "ColorMethod", Op::kLet, {Variant(int32_t{196})}, "Invalid input"},
       {"odd count", pline, "Coordinates", Op::kLet, {DoublesValue({0, 0, 1})},
        "Invalid argument Coordinates in Coordinates"},
       {"beyond the last vertex", pline, "Coordinate", Op::kGet, {Variant(int32_t{3})},

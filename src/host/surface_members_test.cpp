@@ -27,7 +27,10 @@ TEST_F(SurfaceTest, EveryMemberTheLibraryCallsAnswersByName) {
       "GetBoundingBox", "IntersectWith", "Move", "Rotate", "Rotate3D", "ScaleEntity", "Copy",
       "Delete", "Highlight", "Update", "GetXData", "SetXdata", "GetExtensionDictionary"};
   const std::vector<KindMembers> table = {
-      {"application", app, {"ActiveDocument", "Documents", "ZoomWindow"}},
+      {"application", app, {"ActiveDocument", "Documents", "ZoomWindow", "Update"}},
+      {"layer", CallMethod(GetProperty(doc, "Layers").Object(), "Item", {Variant(int16_t{0})})
+                    .Object(),
+       {"Name", "Lock", "Freeze", "LayerOn", "TrueColor", "GetXData", "SetXData"}},
       {"documents", GetProperty(app, "Documents").Object(), {"Count", "Item"}},
       {"document", doc, {"Name", "ActiveLayout", "ActiveSpace", "MSpace", "Activelayer",
                          "ModelSpace", "PaperSpace", "Blocks", "Layers", "TextStyles",
@@ -86,6 +89,13 @@ TEST_F(SurfaceTest, EveryMemberTheLibraryCallsAnswersByName) {
       SCOPED_TRACE(std::string(k.kind) + "." + member);
       EXPECT_NE(k.object->GetIdOfName(member), kDispIdUnknown);
     }
+  }
+  // The system variables the library reads and writes.
+  for (const char* name : {"USERS1", "USERS2", "USERS3", "USERI1", "USERR1", "USERR2", "USERR3",
+                           "USERR4", "INSUNITS", "VIEWCTR", "VIEWSIZE", "VIEWDIR", "VIEWTWIST",
+                           "SCREENSIZE", "UCSORG", "UCSXDIR", "UCSYDIR", "TARGET", "CLAYER"}) {
+    SCOPED_TRACE(name);
+    EXPECT_EQ(ErrorOf([&] { CallMethod(doc, "GetVariable", {Variant(name)}); }).number, 0);
   }
 }
 

@@ -160,5 +160,20 @@ TEST_F(SurfaceTest, EraseDeletesEveryMemberOrNone) {
   EXPECT_EQ(ErrorOf([&] { GetProperty(arc, "Radius"); }).number, kScodeObjectErased);
 }
 
+TEST_F(SurfaceTest, HighlightMarksTheEntitiesASetOrGroupHolds) {
+  auto lit = [](const ObjectRef& o) { return static_cast<Entity*>(o.get())->highlighted(); };
+  CallMethod(line, "Highlight", {Variant(true)});
+  EXPECT_TRUE(lit(line));
+  CallMethod(set, "AddItems", {ObjectsValue({line, circle})});
+  CallMethod(set, "Highlight", {Variant(false)});
+  EXPECT_FALSE(lit(line));
+  EXPECT_FALSE(lit(circle));
+  CallMethod(group, "AppendItems", {ObjectsValue({arc})});
+  CallMethod(group, "Highlight", {Variant(true)});
+  EXPECT_TRUE(lit(arc));
+  EXPECT_TRUE(CallMethod(line, "Update").IsEmpty());
+  EXPECT_TRUE(CallMethod(set, "Update").IsEmpty());
+}
+
 }  // namespace
 }  // namespace tovik::host

@@ -6,7 +6,9 @@
 // of answer) is refused as the host refuses it at its prompt: a message on
 // the command line, and the next answer is taken. An empty queue is the
 // user's Escape.
+#include <cctype>
 #include <cmath>
+#include <optional>
 
 #include "frame/conversions.h"
 #include "frame/runtime_text.h"
@@ -131,22 +133,23 @@ Variant GetDistance(Utility& s, CallArgs& a) {
   std::optional<geometry::Vec3> base;
   if (a.Has(0)) base = PointArg(a[0], {"Point", "GetDistance"});
   WritePrompt(*s.document(), a, 1);
-  const int32_t bits = s.input_control().bits;
+  // Every answer of this request is judged under the same control.
+  const InputControl control = s.input_control();
   const Request request{.point = true, .number = true, .signed_bits = true};
   UserInput first = Answer(s, request);
   if (first.kind == Kind::kDistance) return Variant(first.distance);
   if (!base) {
-    // The first point was the base; the second answers, under the same bits.
+    // The first point was the base; a second one answers.
     base = first.point;
-    s.SetInputControl({bits, {}});
+    s.SetInputControl(control);
     first = Answer(s, {.point = true});
   }
   geometry::Vec3 d = first.point - *base;
-  if (bits & kInputFlat) d.z = 0;
+  if (control.bits & kInputFlat) d.z = 0;
   const double distance = geometry::Length(d);
-  if (distance == 0 && (bits & kInputNoZero)) {
+  if (distance == 0 && (control.bits & kInputNoZero)) {
     s.document()->WriteCommandLine("\nValue must be nonzero.\n");
-    s.SetInputControl({bits, {}});
+    s.SetInputControl(control);
     return GetDistance(s, a);
   }
   return Variant(distance);
