@@ -155,6 +155,20 @@ void DbWriter::Plan() {
       }
     }
   }
+  for (const StandardObject& s : standard_) {
+    if (s.key == "ACAD_PLOTSTYLENAME" && s.generated) {
+      needed_classes_.insert("ACDBDICTIONARYWDFLT");
+      needed_classes_.insert("ACDBPLACEHOLDER");
+    }
+  }
+  for (size_t slot = 0; slot < doc_.object_count(); ++slot) {
+    DbObject* o = doc_.FindById(kObjectIdBase32 + kObjectIdStride * static_cast<int64_t>(slot));
+    if (!Written(o) || !IsNew(o)) continue;
+    if (dynamic_cast<const Layout*>(o)) needed_classes_.insert("LAYOUT");
+    if (dynamic_cast<const MaterialRecord*>(o)) needed_classes_.insert("MATERIAL");
+    if (dynamic_cast<const SortentsTable*>(o)) needed_classes_.insert("SORTENTSTABLE");
+    if (dynamic_cast<const Wipeout*>(o)) needed_classes_.insert("WIPEOUT");
+  }
   for (const Group* g : doc_.groups()) {
     if (!Written(g)) continue;
     for (const Entity* e : g->LiveMembers()) groups_of_[e].push_back(g);

@@ -201,6 +201,8 @@ class DbWriter {
   std::unordered_map<uint64_t, const DbObject*> bound_by_handle_;
   std::unordered_set<const DbObject*> emitted_;
   uint64_t plot_style_normal_ = 0;
+  // Classes of the objects written from scratch ("LAYOUT", "WIPEOUT"...).
+  std::unordered_set<std::string> needed_classes_;
 };
 
 }  // namespace tovik::host::dxf

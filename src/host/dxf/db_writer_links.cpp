@@ -162,7 +162,8 @@ std::optional<Record> DbWriter::Relinked(const Record& record, const DbObject* o
             changed = true;
           } else {
             used[static_cast<size_t>(w - want.begin())] = true;
-            bool same_key = w->key == t.text;
+            // A key the host does not know (empty) keeps the file's.
+            bool same_key = w->key == t.text || w->key.empty();
             changed |= !same_key;
             rebuilt.push_back(same_key ? t : Tag::String(3, Keep(w->key)));
             rebuilt.push_back(h);
@@ -243,10 +244,11 @@ std::optional<Record> DbWriter::Relinked(const Record& record, const DbObject* o
 }
 
 bool DbWriter::RelinkSortents(const SortentsTable& table, std::vector<Tag>* tags) {
-  // The draw order the file's pairs give (sort handle ascending, entities
-  // the table does not list after them by their own handle) against the
-  // host's: the same order keeps the pairs, minus those of erased entities.
-  std::vector<std::pair<uint64_t, uint64_t>> pairs;  // (sort handle, entity)
+  // The table is unchanged while its order lists the file's entities in
+  // the file's sequence: the pairs stay, minus those of erased entities.
+  // Otherwise the host's draw order is written whole: the k-th entity drawn
+  // takes the k-th smallest handle as its sort key.
+  std::vector<uint64_t> in_file;
   bool dropped = false;
   for (size_t k = 0; k + 1 < tags->size(); ++k) {
     const Tag& t = (*tags)[k];
@@ -255,58 +257,46 @@ bool DbWriter::RelinkSortents(const SortentsTable& table, std::vector<Tag>* tags
       if (Dangling(e)) {
         dropped = true;
       } else {
-        pairs.emplace_back(HandleValue(&(*tags)[k + 1]), e);
+        in_file.push_back(e);
       }
       ++k;
     }
   }
-  std::vector<Entity*> want = table.FullOrder();
-  std::vector<uint64_t> want_handles;
-  for (const Entity* e : want) {
-    if (Written(e)) want_handles.push_back(e->handle());
+  std::vector<uint64_t> listed;
+  for (const Entity* e : table.data().order) {
+    if (Written(e)) listed.push_back(e->handle());
   }
-  std::vector<std::pair<uint64_t, uint64_t>> implied = pairs;
-  for (uint64_t h : want_handles) {
-    bool listed = std::any_of(pairs.begin(), pairs.end(), [&](const auto& p) { return p.second == h; });
-    if (!listed) implied.emplace_back(h, h);
-  }
-  std::stable_sort(implied.begin(), implied.end());
-  std::vector<uint64_t> file_order;
-  for (const auto& p : implied) {
-    if (std::find(want_handles.begin(), want_handles.end(), p.second) != want_handles.end()) {
-      file_order.push_back(p.second);
-    }
-  }
-  bool same = file_order == want_handles;
+  bool same = listed == in_file;
   if (same && !dropped) return false;
-  std::vector<uint64_t> sort_keys = want_handles;
-  std::sort(sort_keys.begin(), sort_keys.end());
+  std::vector<uint64_t> order;
+  for (const Entity* e : table.FullOrder()) {
+    if (Written(e)) order.push_back(e->handle());
+  }
+  std::vector<uint64_t> keys = order;
+  std::sort(keys.begin(), keys.end());
   std::vector<Tag> rebuilt;
   bool placed = false;
-  auto place = [&] {
-    if (same) {
-      for (const auto& [sort, e] : pairs) {
-        rebuilt.push_back(Tag::String(331, Keep(HexOf(e))));
-        rebuilt.push_back(Tag::String(5, Keep(HexOf(sort))));
-      }
-    } else {
-      for (size_t k = 0; k < want_handles.size(); ++k) {
-        rebuilt.push_back(Tag::String(331, Keep(HexOf(want_handles[k]))));
-        rebuilt.push_back(Tag::String(5, Keep(HexOf(sort_keys[k]))));
-      }
-    }
-    placed = true;
-  };
   for (size_t k = 0; k < tags->size(); ++k) {
     const Tag& t = (*tags)[k];
-    if (t.code == 331 && k + 1 < tags->size() && (*tags)[k + 1].code == 5) {
-      if (!placed) place();
-      ++k;
+    bool pair = t.code == 331 && k + 1 < tags->size() && (*tags)[k + 1].code == 5;
+    if (!pair) {
+      rebuilt.push_back(t);
       continue;
     }
-    rebuilt.push_back(t);
+    if (same) {
+      if (!Dangling(HandleValue(&t))) {
+        rebuilt.push_back(t);
+        rebuilt.push_back((*tags)[k + 1]);
+      }
+    } else if (!placed) {
+      for (size_t n = 0; n < order.size(); ++n) {
+        rebuilt.push_back(Tag::String(331, Keep(HexOf(order[n]))));
+        rebuilt.push_back(Tag::String(5, Keep(HexOf(keys[n]))));
+      }
+      placed = true;
+    }
+    ++k;
   }
-  if (!placed) place();
   *tags = std::move(rebuilt);
   return true;
 }

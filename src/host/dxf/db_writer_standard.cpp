@@ -119,7 +119,11 @@ void DbWriter::EmitNewHeader() {
   PutPoint2(10, 0, 0);
   var("$LIMMAX");
   PutPoint2(10, metric ? 420 : 12, metric ? 297 : 9);
+  // A file read without a header meant unitless; the host's own start
+  // value for a new document does not apply to it.
+  bool read_from_file = !source_.model.sections().empty();
   for (const HeaderDef& def : kHeaderDefs) {
+    if (read_from_file && def.name == "$INSUNITS") continue;
     var(def.name);
     Variant value;
     if (!def.sysvar.empty()) value = doc_.GetSysVar(def.sysvar);
@@ -160,7 +164,9 @@ void DbWriter::EmitMissingHeaderVariables(const Section& section) {
   auto& vars = doc_.sysvar_values();
   // What the host may have been given that a file without it never named.
   for (const HeaderDef& def : kHeaderDefs) {
-    bool held = def.name == "$INSUNITS" || def.name.starts_with("$USERI") || def.name.starts_with("$USERR");
+    // $INSUNITS is left out: a file without it means unitless drawings,
+    // whatever a new document starts with.
+    bool held = def.name.starts_with("$USERI") || def.name.starts_with("$USERR");
     if (!held || has(def.name) || !vars.count(std::string(def.sysvar))) continue;
     const Variant& value = vars[std::string(def.sysvar)];
     if (NumberOr(value, 0) == 0) continue;  // the default a reader assumes anyway
@@ -190,6 +196,8 @@ void DbWriter::EmitClasses(const Section* section) {
   if (version_ != kWriteVersion) return;
   for (const ClassDef& c : kClasses) {
     if (std::find(present.begin(), present.end(), c.dxf_name) != present.end()) continue;
+    // A file read keeps its classes; only those of objects it gained are added.
+    if (section != nullptr && !needed_classes_.count(std::string(c.dxf_name))) continue;
     PutString(0, "CLASS");
     PutString(1, c.dxf_name);
     PutString(2, c.cpp_name);
