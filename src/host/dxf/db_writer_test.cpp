@@ -15,7 +15,9 @@
 #include "frame/dispatch.h"
 #include "host/application.h"
 #include "host/args.h"
+#include "host/dxf/db_internal.h"
 #include "host/dxf/db_reader.h"
+#include "host/dxf/tag_model.h"
 
 namespace tovik::host::dxf {
 namespace {
@@ -231,6 +233,95 @@ TEST_F(NewDrawingSave, SavesAndOpensAgainWithTheSameObjectsAndValues) {
   EXPECT_EQ(CDbl(CallMethod(again, "GetVariable", {Str("USERR2")})), 1.5);
   EXPECT_EQ(CLng(CallMethod(again, "GetVariable", {Str("INSUNITS")})), 4);
 
+  std::string check = EzdxfCheck(path);
+  if (check.empty()) GTEST_SKIP() << "ezdxf is not installed for /usr/bin/python3";
+  EXPECT_TRUE(check.starts_with("OK")) << check;
+}
+
+// The saved file's record with `handle`, read back through the tag model.
+struct SavedFile {
+  explicit SavedFile(const std::string& path) : model(TagModel::LoadFile(path)) {}
+  const Record* Find(uint64_t handle) const {
+    for (const Section& s : model.sections()) {
+      for (const Record& r : s.records) {
+        if (HandleOf(r) == handle) return &r;
+      }
+    }
+    return nullptr;
+  }
+  // The handles a record names under `code` (outside or inside 102 groups).
+  static std::vector<uint64_t> Named(const Record& r, int code) {
+    std::vector<uint64_t> out;
+    for (const Tag& t : r.tags) {
+      if (t.code == code) out.push_back(HandleValue(&t));
+    }
+    return out;
+  }
+  TagModel model;
+};
+
+constexpr const char* kGroupsDrawing = "/work/shared/dxf/ezdxf/groups.dxf";
+constexpr const char* kDrawOrderDrawing = "/work/shared/dxf/ezdxf/hatches_1.dxf";
+
+TEST_F(NewDrawingSave, ErasedObjectsLeaveNoHandleInGroupsDictionariesOrReactors) {
+  if (!std::filesystem::exists(kGroupsDrawing)) GTEST_SKIP() << "corpus drawing not present";
+  // groups.dxf: group G1 (A9) holds lines A0 9F 9E 9D 9C, group G2 (AA)
+  // holds A8..A1; ACAD_GROUP is D; every line names its group as reactor.
+  ObjectRef doc = Open(kGroupsDrawing);
+  CallMethod(Object(doc, "9E"), "Delete");
+  ObjectRef groups = GetProperty(doc, "Groups").Object();
+  CallMethod(CallMethod(groups, "Item", {Str("G2")}).Object(), "Delete");
+  ObjectRef fresh = CallMethod(groups, "Add", {Str("NEW")}).Object();
+  CallMethod(fresh, "AppendItems", {ObjectsValue({Object(doc, "A1")})});
+  uint64_t fresh_handle = std::strtoull(GetProperty(fresh, "Handle").RawString().c_str(), nullptr, 16);
+  std::string path = ::testing::TempDir() + "/tovik_groups_edited.dxf";
+  CallMethod(doc, "SaveAs", {Variant(path)});
+
+  SavedFile saved(path);
+  ASSERT_NE(saved.Find(0xA9), nullptr);
+  EXPECT_EQ(SavedFile::Named(*saved.Find(0xA9), 340), (std::vector<uint64_t>{0xA0, 0x9F, 0x9D, 0x9C}));
+  EXPECT_EQ(saved.Find(0x9E), nullptr);
+  EXPECT_EQ(saved.Find(0xAA), nullptr);
+  // ACAD_GROUP lists G1 and the new group, not G2.
+  EXPECT_EQ(SavedFile::Named(*saved.Find(0xD), 350), (std::vector<uint64_t>{0xA9, fresh_handle}));
+  // A1 left G2 for NEW: its reactor follows; A2 was in G2 only.
+  EXPECT_EQ(SavedFile::Named(*saved.Find(0xA1), 330), (std::vector<uint64_t>{fresh_handle, 0x1F}));
+  EXPECT_EQ(SavedFile::Named(*saved.Find(0xA2), 330), (std::vector<uint64_t>{0x1F}));
+  ASSERT_NE(saved.Find(fresh_handle), nullptr);
+  EXPECT_EQ(SavedFile::Named(*saved.Find(fresh_handle), 340), (std::vector<uint64_t>{0xA1}));
+
+  ObjectRef again = Open(path);
+  ObjectRef groups_again = GetProperty(again, "Groups").Object();
+  EXPECT_EQ(CLng(GetProperty(groups_again, "Count")), 2);
+  EXPECT_EQ(CLng(GetProperty(CallMethod(groups_again, "Item", {Str("G1")}).Object(), "Count")), 4);
+  EXPECT_EQ(CLng(GetProperty(CallMethod(groups_again, "Item", {Str("NEW")}).Object(), "Count")), 1);
+
+  std::string check = EzdxfCheck(path);
+  if (check.empty()) GTEST_SKIP() << "ezdxf is not installed for /usr/bin/python3";
+  EXPECT_TRUE(check.starts_with("OK")) << check;
+}
+
+TEST_F(NewDrawingSave, ErasedEntitiesLeaveTheDrawOrderTableAndTheRestKeepsItsPairs) {
+  if (!std::filesystem::exists(kDrawOrderDrawing)) GTEST_SKIP() << "corpus drawing not present";
+  // hatches_1.dxf: SORTENTSTABLE 22B of model space pairs 331 223 with sort
+  // handle 228 first, 331 224 with 23F second, 32 pairs in all.
+  ObjectRef doc = Open(kDrawOrderDrawing);
+  CallMethod(Object(doc, "223"), "Delete");
+  std::string path = ::testing::TempDir() + "/tovik_sortents_edited.dxf";
+  CallMethod(doc, "SaveAs", {Variant(path)});
+  SavedFile saved(path);
+  const Record* table = saved.Find(0x22B);
+  ASSERT_NE(table, nullptr);
+  std::vector<uint64_t> entities = SavedFile::Named(*table, 331);
+  ASSERT_EQ(entities.size(), 31u);
+  EXPECT_EQ(entities[0], 0x224u);
+  // The remaining pairs are the file's own: 224 keeps sort handle 23F.
+  std::vector<uint64_t> keys;
+  for (const Tag& t : table->tags) {
+    if (t.code == 5) keys.push_back(HandleValue(&t));
+  }
+  ASSERT_GE(keys.size(), 2u);
+  EXPECT_EQ(keys[1], 0x23Fu);  // keys[0] is the table's own handle
   std::string check = EzdxfCheck(path);
   if (check.empty()) GTEST_SKIP() << "ezdxf is not installed for /usr/bin/python3";
   EXPECT_TRUE(check.starts_with("OK")) << check;
