@@ -114,6 +114,20 @@ void DbWriter::Plan() {
   for (const auto& [record, binding] : source_.bindings) {
     if (uint64_t h = HandleOf(*record)) bound_by_handle_[h] = binding.object;
   }
+  auto note_raw = [&](const Record& r, auto& self) -> void {
+    if (uint64_t h = HandleOf(r); h != 0 && !bound_by_handle_.count(h)) raw_handles_.insert(h);
+    for (const Record& f : r.followers) self(f, self);
+  };
+  for (const Section& s : source_.model.sections()) {
+    for (const Table& t : s.tables) {
+      note_raw(t.head, note_raw);
+      for (const Record& e : t.entries) note_raw(e, note_raw);
+    }
+    for (const Block& b : s.blocks) {
+      for (const Record& e : b.entities) note_raw(e, note_raw);
+    }
+    for (const Record& r : s.records) note_raw(r, note_raw);
+  }
   const Section* tables = source_.model.FindSection("TABLES");
   for (std::string_view name : kTableNames) {
     uint64_t handle = 0;

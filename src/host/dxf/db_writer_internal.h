@@ -144,6 +144,9 @@ class DbWriter {
   std::optional<Record> Relinked(const Record& record, const DbObject* object);
   // Whether a handle the file named belongs to an object no longer written.
   bool Dangling(uint64_t handle) const;
+  // Whether `handle` names something this file will hold: a live object,
+  // or a record of the model kept as it is.
+  bool Present(uint64_t handle) const;
   // The draw-order pairs of a table read from the file, made to give the
   // host's order; returns whether they changed.
   bool RelinkSortents(const SortentsTable& table, std::vector<Tag>* tags);
@@ -199,6 +202,8 @@ class DbWriter {
   std::unordered_map<const Entity*, std::vector<const Group*>> groups_of_;
   // Live objects by the handle their record had in the file.
   std::unordered_map<uint64_t, const DbObject*> bound_by_handle_;
+  // Handles of the model's records no live object stands for.
+  std::unordered_set<uint64_t> raw_handles_;
   std::unordered_set<const DbObject*> emitted_;
   uint64_t plot_style_normal_ = 0;
   // Classes of the objects written from scratch ("LAYOUT", "WIPEOUT"...).

@@ -20,6 +20,11 @@ bool DbWriter::Dangling(uint64_t handle) const {
   return it != bound_by_handle_.end() && !Written(it->second);
 }
 
+bool DbWriter::Present(uint64_t handle) const {
+  if (const DbObject* o = doc_.FindByHandle(handle)) return Written(o);
+  return raw_handles_.count(handle) != 0;
+}
+
 std::vector<DictEntry> DbWriter::StandardEntries(std::string_view key) const {
   std::vector<DictEntry> out;
   if (key == "ACAD_GROUP") {

@@ -546,6 +546,42 @@ void DbWriter::EmitGenericGeometry(const GenericEntity& generic) {
 
 // ---------------------------------------------------------- copied records
 
+namespace {
+
+// A tag's value as ASCII DXF has it (numbers read from binary DXF have no
+// text of their own).
+std::string TagText(const Tag& t) {
+  if (!t.text.empty() && !(t.kind == ValueKind::kBinary && t.raw_binary)) return std::string(t.text);
+  char buffer[40];
+  switch (t.kind) {
+    case ValueKind::kDouble: std::snprintf(buffer, sizeof buffer, "%.17g", t.real); return buffer;
+    case ValueKind::kInt16:
+    case ValueKind::kInt32:
+    case ValueKind::kInt64:
+    case ValueKind::kBool: return std::to_string(t.integer);
+    case ValueKind::kBinary: return t.BinaryHex();
+    default: return std::string(t.text);
+  }
+}
+
+void AppendRecordTags(const Record& record, RawTags* out) {
+  out->push_back({0, std::string(record.type)});
+  for (const Tag& t : record.Body()) out->push_back({t.code, TagText(t)});
+}
+
+}  // namespace
+
+void RememberSourceRecords(DxfSource& source) {
+  for (const auto& [record, binding] : source.bindings) {
+    const auto* entity = dynamic_cast<const Entity*>(binding.object);
+    if (entity == nullptr || !WrittenFromSource(*entity) || entity->extra() != nullptr) continue;
+    RawTags tags;
+    AppendRecordTags(*record, &tags);
+    for (const Record& f : record->followers) AppendRecordTags(f, &tags);
+    binding.object->SetExtra(std::move(tags));
+  }
+}
+
 bool DbWriter::EmitFromSourceTags(const Entity& entity, uint64_t owner) {
   // The tags are the source record's body and its followers, each
   // follower starting with its own 0 tag.
@@ -599,15 +635,33 @@ bool DbWriter::EmitFromSourceTags(const Entity& entity, uint64_t owner) {
     }
     tags.push_back(Tag::String(330, Keep(HexOf(k == 0 ? owner : main))));
     int depth = 0;
+    bool owner_seen = false;
+    bool boundary_handles = false;
+    bool hatch = records[k].type == "HATCH";
     for (const Tag& t : records[k].tags) {
       if (t.code == 102) {
         depth += t.text.starts_with("{") ? 1 : (depth > 0 ? -1 : 0);
         continue;
       }
-      if (depth > 0 || t.code == 5 || t.code == 330) continue;
-      if (t.kind == ValueKind::kHandle && t.integer > 0 &&
-          doc_.FindByHandle(static_cast<uint64_t>(t.integer)) == nullptr &&
-          !bound_by_handle_.count(static_cast<uint64_t>(t.integer))) {
+      if (depth > 0 || t.code == 5) continue;
+      if (t.code == 330 && !owner_seen) {
+        owner_seen = true;
+        continue;
+      }
+      // A copied hatch is not tied to its source's boundary objects.
+      if (hatch && t.code == 97) {
+        tags.push_back(Tag::Integer(97, 0));
+        boundary_handles = true;
+        continue;
+      }
+      if (boundary_handles && t.code == 330) continue;
+      boundary_handles = false;
+      // The source image's definition reactor belongs to the source.
+      if (k == 0 && t.code == 360 && dynamic_cast<const RasterImage*>(&entity)) continue;
+      if (t.kind == ValueKind::kHandle && t.integer > 0 && !Present(static_cast<uint64_t>(t.integer))) continue;
+      // A dimension's copy has a picture block of its own.
+      if (const auto* dim = dynamic_cast<const Dimension*>(&entity); k == 0 && dim && t.code == 2) {
+        if (Written(dim->data().block)) tags.push_back(Tag::String(2, Keep(dim->data().block->Name())));
         continue;
       }
       tags.push_back(t);

@@ -327,5 +327,50 @@ TEST_F(NewDrawingSave, ErasedEntitiesLeaveTheDrawOrderTableAndTheRestKeepsItsPai
   EXPECT_TRUE(check.starts_with("OK")) << check;
 }
 
+int CountOf(const Record& r, int code) {
+  int n = 0;
+  for (const Tag& t : r.tags) n += t.code == code ? 1 : 0;
+  return n;
+}
+
+TEST_F(NewDrawingSave, CopiesOfKindsTheHostDoesNotModelWholeAreWrittenWhole) {
+  if (!std::filesystem::exists(kDrawOrderDrawing)) GTEST_SKIP() << "corpus drawing not present";
+  // HATCH 293 of hatches_1.dxf: 4 boundary paths (92) with 21 vertices
+  // (10, the elevation point included); the host keeps no loops of it.
+  ObjectRef doc = Open(kDrawOrderDrawing);
+  ObjectRef hatch = Object(doc, "293");
+  ObjectRef copy = CallMethod(hatch, "Copy").Object();
+  std::string copy_handle = GetProperty(copy, "Handle").RawString();
+  CallMethod(copy, "Move", {Pt(0, 0), Pt(0, 0)});
+  ObjectRef other = CallMethod(docs_, "Add").Object();
+  CallMethod(doc, "CopyObjects", {ObjectsValue({hatch}), GetProperty(other, "ModelSpace")});
+  std::string same_path = ::testing::TempDir() + "/tovik_copy_same.dxf";
+  std::string other_path = ::testing::TempDir() + "/tovik_copy_other.dxf";
+  CallMethod(doc, "SaveAs", {Variant(same_path)});
+  CallMethod(other, "SaveAs", {Variant(other_path)});
+
+  SavedFile same(same_path);
+  const Record* written = same.Find(std::strtoull(copy_handle.c_str(), nullptr, 16));
+  ASSERT_NE(written, nullptr);
+  EXPECT_EQ(written->type, "HATCH");
+  EXPECT_EQ(CountOf(*written, 92), 4);
+  EXPECT_EQ(CountOf(*written, 10), 21);
+  EXPECT_EQ(written->StringOr(2), "SOLID");
+
+  SavedFile into_other(other_path);
+  const Section* entities = into_other.model.FindSection("ENTITIES");
+  ASSERT_NE(entities, nullptr);
+  ASSERT_EQ(entities->records.size(), 1u);
+  EXPECT_EQ(entities->records[0].type, "HATCH");
+  EXPECT_EQ(CountOf(entities->records[0], 92), 4);
+  EXPECT_EQ(CountOf(entities->records[0], 10), 21);
+
+  for (const std::string& path : {same_path, other_path}) {
+    std::string check = EzdxfCheck(path);
+    if (check.empty()) GTEST_SKIP() << "ezdxf is not installed for /usr/bin/python3";
+    EXPECT_TRUE(check.starts_with("OK")) << check;
+  }
+}
+
 }  // namespace
 }  // namespace tovik::host::dxf
