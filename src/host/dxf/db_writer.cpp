@@ -42,10 +42,17 @@ constexpr std::string_view kStandardKeys[] = {"ACAD_GROUP", "ACAD_LAYOUT", "ACAD
 
 DbWriter::DbWriter(const Document& doc, DxfSource& source, std::string* out)
     : doc_(const_cast<Document&>(doc)), source_(source), out_(out) {
+  // Every drawing is written in the host's version; older files are
+  // upgraded on the way.
   std::string_view original = source.model.version();
-  // Files before R2000 keep their version: their upgrade (handles for
-  // everything, BLOCK_RECORD table, OBJECTS section) is not done here.
-  version_ = !original.empty() && original < "AC1015" ? std::string(original) : std::string(kWriteVersion);
+  version_ = std::string(kWriteVersion);
+  bool has_block_records = false;
+  if (const Section* tables = source.model.FindSection("TABLES")) {
+    for (const Table& t : tables->tables) has_block_records |= t.Name() == "BLOCK_RECORD";
+  }
+  bool read = !source.model.sections().empty();
+  upgrade_ = read && (original.empty() || original < "AC1015");
+  all_new_ = read && (original < "AC1012" || !has_block_records);
   if (!IsUtf8Version(version_)) encoder_ = std::make_unique<TextEncoder>(source.model.code_page());
 }
 
@@ -81,10 +88,10 @@ void DbWriter::PutRecordTags(const Record& record) {
 }
 
 bool DbWriter::Written(const DbObject* object) const {
-  return object != nullptr && !object->erased() && !source_.unwritten.count(object);
+  return object != nullptr && !object->erased() && (upgrade_ || !source_.unwritten.count(object));
 }
 
-bool DbWriter::IsNew(const DbObject* object) const { return !source_.records.count(object); }
+bool DbWriter::IsNew(const DbObject* object) const { return all_new_ || !source_.records.count(object); }
 
 uint64_t DbWriter::NextHandle() { return next_handle_++; }
 
@@ -331,6 +338,25 @@ void DbWriter::EmitTables(const Section* section) {
 
 void DbWriter::EmitTable(std::string_view name, const Table* table) {
   uint64_t owner = table_handles_.find(name)->second;
+  if (all_new_ && table != nullptr) {
+    // An R12 table: a new head, its unmodelled entries upgraded, then
+    // every record from the live objects.
+    bool raw_viewport = false;
+    size_t raw = 0;
+    for (const Record& entry : table->entries) {
+      bool bound = source_.bindings.count(&entry) != 0;
+      raw += bound ? 0 : 1;
+      raw_viewport |= !bound && name == "VPORT";
+    }
+    EmitTableHead(name, owner, raw);
+    if (name == "VPORT" && !raw_viewport) EmitActiveViewport(owner);
+    for (const Record& entry : table->entries) {
+      if (!source_.bindings.count(&entry)) EmitUpgradedRaw(entry, owner, name);
+    }
+    EmitNewTableRecords(name, owner);
+    PutString(0, "ENDTAB");
+    return;
+  }
   if (table == nullptr) {
     size_t count = 0;
     if (name == "LTYPE") count = doc_.linetypes().items.size();
@@ -364,7 +390,12 @@ void DbWriter::EmitTable(std::string_view name, const Table* table) {
 void DbWriter::EmitNewTableRecords(std::string_view name, uint64_t owner) {
   auto add_new = [&](const auto& items) {
     for (const auto* r : items) {
-      if (IsNew(r) && Written(r)) EmitNew(*r, owner);
+      if (!IsNew(r) || !Written(r)) continue;
+      if (const auto* b = dynamic_cast<const BlockRecord*>(r); b && upgrade_ && b->entities().empty() &&
+          (FoldName(b->Name()) == "$model_space" || FoldName(b->Name()) == "$paper_space")) {
+        continue;  // see EmitBlocks
+      }
+      EmitNew(*r, owner);
     }
   };
   if (name == "LTYPE") add_new(doc_.linetypes().items);
@@ -378,7 +409,7 @@ void DbWriter::EmitNewTableRecords(std::string_view name, uint64_t owner) {
 // ---------------------------------------------------------------- blocks
 
 void DbWriter::EmitBlocks(const Section* section) {
-  if (section != nullptr) {
+  if (section != nullptr && !all_new_) {
     for (const Block& block : section->blocks) {
       auto it = source_.bindings.find(&block.begin);
       auto* record = it == source_.bindings.end() ? nullptr : static_cast<BlockRecord*>(it->second.object);
@@ -396,7 +427,11 @@ void DbWriter::EmitBlocks(const Section* section) {
     }
   }
   for (const BlockRecord* b : doc_.blocks().items) {
-    if (IsNew(b) && Written(b)) EmitNewBlock(*b);
+    // R12 writers name the spaces "$MODEL_SPACE" and "$PAPER_SPACE": empty
+    // blocks whose place *Model_Space and *Paper_Space take.
+    bool r12_space = upgrade_ && b->entities().empty() &&
+                     (FoldName(b->Name()) == "$model_space" || FoldName(b->Name()) == "$paper_space");
+    if (IsNew(b) && Written(b) && !r12_space) EmitNewBlock(*b);
   }
 }
 
@@ -438,6 +473,19 @@ void DbWriter::EmitEntities(const Section* section) {
   std::vector<BlockRecord*> spaces{doc_.model_space()};
   if (BlockRecord* paper = doc_.blocks().Find("*Paper_Space")) spaces.push_back(paper);
   static const std::vector<Record> kNone;
+  if (all_new_) {
+    // An R12 drawing: the records no live object stands for (a reference
+    // to a block the file lacks) are kept, upgraded.
+    if (section != nullptr) {
+      for (const Record& r : section->records) {
+        if (source_.bindings.count(&r)) continue;
+        EmitUpgradedRaw(r, doc_.model_space()->handle(), {});
+        for (const Record& f : r.followers) EmitUpgradedRaw(f, doc_.model_space()->handle(), {});
+      }
+    }
+    EmitEntityList(kNone, spaces);
+    return;
+  }
   EmitEntityList(section != nullptr ? section->records : kNone, spaces);
 }
 

@@ -136,6 +136,14 @@ class DbWriter {
   void EmitActiveViewport(uint64_t owner);
   void EmitStandardObject(const StandardObject& standard);
 
+  // --------------------------------------- upgrade (db_writer_upgrade.cpp)
+  // `body` with the subclass markers an R12 entity of `type` lacks (as it
+  // is when it has markers).
+  std::vector<Tag> WithSubclassMarkers(std::string_view type, std::span<const Tag> body);
+  // A record kept as it came from a file before R2000: with a handle, its
+  // owner and subclass markers; `table` names the table of a table entry.
+  void EmitUpgradedRaw(const Record& record, uint64_t owner, std::string_view table);
+
   // ------------------------------------------- links (db_writer_links.cpp)
   // The record as it must be written now: entries, members and reactors
   // naming erased objects left out, entries and members the drawing gained
@@ -184,6 +192,8 @@ class DbWriter {
   // A numeric system variable of the drawing (0 when it is not a number).
   double NumberOfSysVar(std::string_view name) const;
   bool EmitFromSourceTags(const Entity& entity, uint64_t owner);
+  // Whether `entity` was made in this session from another (not read).
+  bool IsCopy(const Entity& entity) const;
   void EmitNewRecord(const DbObject& object, uint64_t owner);
   void EmitNewObject(const DbObject& object, uint64_t owner);
   void EmitSeqend(const Entity& owner_entity);
@@ -193,6 +203,11 @@ class DbWriter {
   std::string* out_;
   std::unique_ptr<TextEncoder> encoder_;
   std::string version_;
+  // A file before R2000 is upgraded: standard records it never named are
+  // written too. An R12 file (no BLOCK_RECORD table) is written wholly from
+  // the live objects, its records kept as they came upgraded.
+  bool upgrade_ = false;
+  bool all_new_ = false;
   std::deque<std::string> kept_;
   uint64_t next_handle_ = 0;
 

@@ -73,7 +73,12 @@ std::optional<Record> DbWriter::Relinked(const Record& record, const DbObject* o
   for (const Tag& t : body) has_app_data |= t.code == 102;
   bool gained_xdict = object != nullptr && Written(object->xdict()) &&
                       !record.AppData("ACAD_XDICTIONARY");
-  if (!has_app_data && !dict && !group && !sortents && !gained_xdict && groups == nullptr) {
+  // A block record of a file before R2000 names no layout yet.
+  const auto* block = dynamic_cast<const BlockRecord*>(object);
+  bool gained_layout = block != nullptr && record.type == "BLOCK_RECORD" && record.Find(340) == nullptr &&
+                       Written(block->data().layout);
+  if (!has_app_data && !dict && !group && !sortents && !gained_xdict && !gained_layout &&
+      groups == nullptr) {
     return std::nullopt;
   }
   bool changed = false;
@@ -144,6 +149,13 @@ std::optional<Record> DbWriter::Relinked(const Record& record, const DbObject* o
     out.insert(at, groups_added.begin(), groups_added.end());
   }
 
+  if (gained_layout) {
+    auto name = std::find_if(out.begin(), out.end(), [](const Tag& x) { return x.code == 2; });
+    if (name != out.end()) {
+      out.insert(name + 1, handle_tag(340, block->data().layout->handle()));
+      changed = true;
+    }
+  }
   if (dict != nullptr) {
     std::vector<DictEntry> want = EntriesOf(*dict);
     std::vector<bool> used(want.size(), false);

@@ -127,6 +127,15 @@ void DbWriter::PutObjectHead(std::string_view type, const DbObject& object, uint
 
 void DbWriter::PutXData(const DbObject& object) {
   if (object.xdata() == nullptr) return;
+  // Extended data unchanged since the file was read is written as it came.
+  if (auto it = source_.records.find(&object); it != source_.records.end()) {
+    auto binding = source_.bindings.find(it->second);
+    if (binding != source_.bindings.end() && binding->second.loaded_xdata == object.xdata()) {
+      const Record& record = *it->second;
+      for (size_t i = record.Body().size(); i < record.tags.size(); ++i) Put(record.tags[i]);
+      return;
+    }
+  }
   std::vector<Tag> tags;
   XDataTags(*object.xdata(), &tags);
   for (const Tag& t : tags) Put(t);
@@ -582,6 +591,8 @@ void RememberSourceRecords(DxfSource& source) {
   }
 }
 
+bool DbWriter::IsCopy(const Entity& entity) const { return !source_.records.count(&entity); }
+
 bool DbWriter::EmitFromSourceTags(const Entity& entity, uint64_t owner) {
   // The tags are the source record's body and its followers, each
   // follower starting with its own 0 tag.
@@ -619,8 +630,19 @@ bool DbWriter::EmitFromSourceTags(const Entity& entity, uint64_t owner) {
     // New identity: own handle, owner, no reactors or extension dictionary
     // of the source; handles of objects this drawing does not have are
     // left out.
+    // Records of R12 files gain their subclass markers.
+    records[k].tags = WithSubclassMarkers(records[k].type, records[k].tags);
     std::vector<Tag> tags;
-    uint64_t self = k == 0 ? main : NextHandle();
+    // The entity read from the file (upgraded, not copied) keeps the
+    // handles of its followers.
+    uint64_t self = main;
+    if (k > 0) {
+      uint64_t original = 0;
+      for (const Tag& t : records[k].tags) {
+        if (t.code == 5 && t.kind == ValueKind::kHandle && t.integer > 0) original = static_cast<uint64_t>(t.integer);
+      }
+      self = !IsCopy(entity) && original != 0 ? original : NextHandle();
+    }
     tags.push_back(Tag::String(5, Keep(HexOf(self))));
     std::vector<uint64_t> reactors;
     if (k == 0) {
