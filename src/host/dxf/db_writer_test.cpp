@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <set>
 #include <sstream>
 
 #include "frame/automation_error.h"
@@ -122,11 +123,42 @@ BuiltDrawing Build(const ObjectRef& doc) {
   ObjectRef sheet = GetProperty(layout, "Block").Object();
   out.paper_line = GetProperty(CallMethod(sheet, "AddLine", {Pt(1, 1), Pt(5, 5)}).Object(), "Handle").RawString();
 
+  ObjectRef line_dict = CallMethod(line, "GetExtensionDictionary").Object();
+  ObjectRef note = CallMethod(line_dict, "AddXRecord", {Str("NOTE")}).Object();
+  CallMethod(note, "SetXRecordData", {Shorts({1}), Variant(SafeArray::Of({Str("on the line")}))});
+  // The circle goes to the bottom of model space's draw order.
+  ObjectRef ms_dict = CallMethod(ms, "GetExtensionDictionary").Object();
+  ObjectRef order = CallMethod(ms_dict, "AddObject", {Str("ACAD_SORTENTS"), Str("AcDbSortentsTable")}).Object();
+  CallMethod(order, "MoveToBottom", {ObjectsValue({circle})});
+  CallMethod(GetProperty(doc, "Materials").Object(), "Add", {Str("STEEL")});
+
   CallMethod(doc, "SetVariable", {Str("USERI1"), Variant(int16_t{7})});
   CallMethod(doc, "SetVariable", {Str("USERR2"), Variant(1.5)});
   CallMethod(doc, "SetVariable", {Str("INSUNITS"), Variant(int16_t{4})});
   return out;
 }
+
+// The saved file's record with `handle`, read back through the tag model.
+struct SavedFile {
+  explicit SavedFile(const std::string& path) : model(TagModel::LoadFile(path)) {}
+  const Record* Find(uint64_t handle) const {
+    for (const Section& s : model.sections()) {
+      for (const Record& r : s.records) {
+        if (HandleOf(r) == handle) return &r;
+      }
+    }
+    return nullptr;
+  }
+  // The handles a record names under `code` (outside or inside 102 groups).
+  static std::vector<uint64_t> Named(const Record& r, int code) {
+    std::vector<uint64_t> out;
+    for (const Tag& t : r.tags) {
+      if (t.code == code) out.push_back(HandleValue(&t));
+    }
+    return out;
+  }
+  TagModel model;
+};
 
 class NewDrawingSave : public ::testing::Test {
  protected:
@@ -229,36 +261,33 @@ TEST_F(NewDrawingSave, SavesAndOpensAgainWithTheSameObjectsAndValues) {
   ObjectRef paper_line = Object(again, built.paper_line);
   EXPECT_EQ(CLng(GetProperty(paper_line, "OwnerID")),
             CLng(GetProperty(GetProperty(sheet, "Block").Object(), "ObjectID")));
+  ObjectRef note = CallMethod(CallMethod(line, "GetExtensionDictionary").Object(), "GetObject", {Str("NOTE")}).Object();
+  std::vector<Variant> note_args{Variant(), Variant()};
+  CallMethodRef(note, "GetXRecordData", note_args);
+  ASSERT_TRUE(note_args[1].IsArray());
+  EXPECT_EQ(note_args[1].Array().Items()[0].RawString(), "on the line");
+  EXPECT_NO_THROW(CallMethod(GetProperty(again, "Materials").Object(), "Item", {Str("STEEL")}));
   EXPECT_EQ(CLng(CallMethod(again, "GetVariable", {Str("USERI1")})), 7);
   EXPECT_EQ(CDbl(CallMethod(again, "GetVariable", {Str("USERR2")})), 1.5);
   EXPECT_EQ(CLng(CallMethod(again, "GetVariable", {Str("INSUNITS")})), 4);
+
+  // The draw-order table lists the circle first (drawn first, at the
+  // bottom) with the smallest of the six entity handles as its sort key.
+  SavedFile saved(path);
+  const Record* table = nullptr;
+  for (const Record& r : saved.model.FindSection("OBJECTS")->records) {
+    if (r.type == "SORTENTSTABLE") table = &r;
+  }
+  ASSERT_NE(table, nullptr);
+  std::vector<const Tag*> drawn = table->FindAll(331);
+  ASSERT_EQ(drawn.size(), 6u);
+  EXPECT_EQ(HandleValue(drawn[0]), std::strtoull(built.circle.c_str(), nullptr, 16));
+  EXPECT_EQ(HandleValue(drawn[1]), std::strtoull(built.line.c_str(), nullptr, 16));
 
   std::string check = EzdxfCheck(path);
   if (check.empty()) GTEST_SKIP() << "ezdxf is not installed for /usr/bin/python3";
   EXPECT_TRUE(check.starts_with("OK")) << check;
 }
-
-// The saved file's record with `handle`, read back through the tag model.
-struct SavedFile {
-  explicit SavedFile(const std::string& path) : model(TagModel::LoadFile(path)) {}
-  const Record* Find(uint64_t handle) const {
-    for (const Section& s : model.sections()) {
-      for (const Record& r : s.records) {
-        if (HandleOf(r) == handle) return &r;
-      }
-    }
-    return nullptr;
-  }
-  // The handles a record names under `code` (outside or inside 102 groups).
-  static std::vector<uint64_t> Named(const Record& r, int code) {
-    std::vector<uint64_t> out;
-    for (const Tag& t : r.tags) {
-      if (t.code == code) out.push_back(HandleValue(&t));
-    }
-    return out;
-  }
-  TagModel model;
-};
 
 constexpr const char* kGroupsDrawing = "/work/shared/dxf/ezdxf/groups.dxf";
 constexpr const char* kDrawOrderDrawing = "/work/shared/dxf/ezdxf/hatches_1.dxf";
@@ -370,6 +399,109 @@ TEST_F(NewDrawingSave, CopiesOfKindsTheHostDoesNotModelWholeAreWrittenWhole) {
     if (check.empty()) GTEST_SKIP() << "ezdxf is not installed for /usr/bin/python3";
     EXPECT_TRUE(check.starts_with("OK")) << check;
   }
+}
+
+// Tag text: pairs of lines, group code then value.
+std::string Dxf(std::initializer_list<std::pair<int, const char*>> tags) {
+  std::string out;
+  for (const auto& [code, value] : tags) out += std::to_string(code) + "\n" + value + "\n";
+  return out;
+}
+
+std::vector<std::string_view> Markers(const Record& r) {
+  std::vector<std::string_view> out;
+  for (const Tag& t : r.tags) {
+    if (t.code == 100) out.push_back(t.text);
+  }
+  return out;
+}
+
+TEST_F(NewDrawingSave, AnR12DrawingIsWrittenAsAc1032WithHandlesOwnersAndMarkers) {
+  // An R12 file without a single handle: a layer, a block, a line, a
+  // two-vertex polyline (first vertex bulge 0.5) and a reference.
+  std::string r12 = Dxf({{0, "SECTION"}, {2, "HEADER"}, {9, "$ACADVER"}, {1, "AC1009"}, {0, "ENDSEC"},
+                         {0, "SECTION"}, {2, "TABLES"}, {0, "TABLE"}, {2, "LAYER"}, {70, "1"},
+                         {0, "LAYER"}, {2, "WALLS"}, {70, "0"}, {62, "1"}, {6, "CONTINUOUS"},
+                         {0, "ENDTAB"}, {0, "ENDSEC"},
+                         {0, "SECTION"}, {2, "BLOCKS"}, {0, "BLOCK"}, {8, "0"}, {2, "BOX"}, {70, "0"},
+                         {10, "0"}, {20, "0"}, {30, "0"}, {3, "BOX"}, {0, "LINE"}, {8, "0"}, {10, "0"},
+                         {20, "0"}, {30, "0"}, {11, "1"}, {21, "0"}, {31, "0"}, {0, "ENDBLK"}, {8, "0"},
+                         {0, "ENDSEC"},
+                         {0, "SECTION"}, {2, "ENTITIES"},
+                         {0, "LINE"}, {8, "WALLS"}, {10, "1"}, {20, "2"}, {30, "0"}, {11, "4"}, {21, "6"}, {31, "0"},
+                         {0, "POLYLINE"}, {8, "WALLS"}, {66, "1"}, {70, "1"}, {10, "0"}, {20, "0"}, {30, "0"},
+                         {0, "VERTEX"}, {8, "WALLS"}, {10, "0"}, {20, "0"}, {30, "0"}, {42, "0.5"},
+                         {0, "VERTEX"}, {8, "WALLS"}, {10, "5"}, {20, "0"}, {30, "0"},
+                         {0, "SEQEND"}, {8, "WALLS"},
+                         {0, "INSERT"}, {8, "0"}, {2, "BOX"}, {10, "10"}, {20, "10"}, {30, "0"},
+                         {0, "ENDSEC"}, {0, "EOF"}});
+  std::string in = ::testing::TempDir() + "/tovik_r12_in.dxf";
+  std::ofstream(in, std::ios::binary) << r12;
+  ObjectRef doc = Open(in);
+  std::string path = ::testing::TempDir() + "/tovik_r12_out.dxf";
+  CallMethod(doc, "SaveAs", {Variant(path)});
+
+  SavedFile saved(path);
+  EXPECT_EQ(saved.model.version(), "AC1032");
+  // Every record of every section has a handle of its own.
+  std::set<uint64_t> handles;
+  size_t records = 0;
+  auto note = [&](const Record& r) {
+    ++records;
+    uint64_t h = HandleOf(r);
+    EXPECT_NE(h, 0u) << r.type;
+    handles.insert(h);
+  };
+  uint64_t model_space = 0;
+  for (const Section& s : saved.model.sections()) {
+    for (const Table& t : s.tables) {
+      note(t.head);
+      for (const Record& e : t.entries) {
+        note(e);
+        if (t.Name() == "BLOCK_RECORD" && e.StringOr(2) == "*Model_Space") model_space = HandleOf(e);
+      }
+    }
+    for (const Block& b : s.blocks) {
+      note(b.begin);
+      note(b.end);
+      for (const Record& e : b.entities) note(e);
+    }
+    for (const Record& r : s.records) {
+      if (s.kind == SectionKind::kClasses) continue;
+      note(r);
+      for (const Record& f : r.followers) note(f);
+    }
+  }
+  EXPECT_EQ(handles.size(), records);
+  ASSERT_NE(model_space, 0u);
+  const Section* objects = saved.model.FindSection("OBJECTS");
+  ASSERT_NE(objects, nullptr);
+  ASSERT_FALSE(objects->records.empty());
+  EXPECT_EQ(objects->records[0].type, "DICTIONARY");
+  EXPECT_NE(objects->records[0].Find(3), nullptr);
+
+  const Section* entities = saved.model.FindSection("ENTITIES");
+  ASSERT_NE(entities, nullptr);
+  ASSERT_EQ(entities->records.size(), 3u);
+  for (const Record& r : entities->records) EXPECT_EQ(OwnerOf(r), model_space) << r.type;
+  const Record& polyline = entities->records[1];
+  ASSERT_EQ(polyline.type, "POLYLINE");
+  EXPECT_EQ(Markers(polyline), (std::vector<std::string_view>{"AcDbEntity", "AcDb2dPolyline"}));
+  ASSERT_EQ(polyline.followers.size(), 3u);
+  const Record& vertex = polyline.followers[0];
+  EXPECT_EQ(Markers(vertex), (std::vector<std::string_view>{"AcDbEntity", "AcDbVertex", "AcDb2dVertex"}));
+  EXPECT_EQ(RealOr(vertex, 42, 0), 0.5);
+  EXPECT_EQ(OwnerOf(vertex), HandleOf(polyline));
+  EXPECT_EQ(OwnerOf(polyline.followers[2]), HandleOf(polyline));
+  EXPECT_EQ(Markers(entities->records[0]), (std::vector<std::string_view>{"AcDbEntity", "AcDbLine"}));
+
+  ObjectRef again = Open(path);
+  ObjectRef line = CallMethod(GetProperty(again, "ModelSpace").Object(), "Item", {Variant(int32_t{0})}).Object();
+  EXPECT_EQ(GetProperty(line, "Layer").RawString(), "WALLS");
+  EXPECT_EQ(CDbl(GetProperty(line, "Length")), 5.0);  // (1,2) to (4,6)
+  std::string check = EzdxfCheck(path);
+  if (check.empty()) GTEST_SKIP() << "ezdxf is not installed for /usr/bin/python3";
+  EXPECT_TRUE(check.starts_with("OK")) << check;
 }
 
 }  // namespace
