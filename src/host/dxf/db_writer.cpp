@@ -574,7 +574,8 @@ void DbWriter::EmitObjects(const Section* section) {
 
 void DbWriter::EmitObjectTree(const DbObject& container) {
   const auto* dict = dynamic_cast<const Dictionary*>(&container);
-  if (dict == nullptr) return;
+  // Each dictionary is walked once (a damaged file may nest one in itself).
+  if (dict == nullptr || !walked_.insert(dict).second) return;
   for (const DictEntry& e : EntriesOf(*dict)) {
     if (e.object == nullptr || !Written(e.object)) continue;
     if (!emitted_.count(e.object)) {

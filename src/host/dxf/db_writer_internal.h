@@ -220,6 +220,7 @@ class DbWriter {
   // Handles of the model's records no live object stands for.
   std::unordered_set<uint64_t> raw_handles_;
   std::unordered_set<const DbObject*> emitted_;
+  std::unordered_set<const DbObject*> walked_;
   uint64_t plot_style_normal_ = 0;
   // Classes of the objects written from scratch ("LAYOUT", "WIPEOUT"...).
   std::unordered_set<std::string> needed_classes_;
