@@ -275,45 +275,6 @@ void DbWriter::EmitSectionOf(SectionKind kind, const Section* section) {
   }
 }
 
-// ---------------------------------------------------------------- header
-
-void DbWriter::EmitHeader(const Section& section) {
-  auto& vars = const_cast<Document&>(doc_).sysvar_values();
-  bool seed_written = false;
-  for (const HeaderVariable& v : section.variables) {
-    Put(v.name_tag);
-    std::string_view name = v.name;
-    if (v.tags.empty()) continue;
-    if (name == "$ACADVER") {
-      PutString(v.tags[0].code, version_);
-    } else if (name == "$HANDSEED") {
-      PutHandle(v.tags[0].code, HandleSeed());
-      seed_written = true;
-    } else if ((name == "$INSUNITS" || name.starts_with("$USERI") || name.starts_with("$USERR")) &&
-               vars.count(std::string(name.substr(1)))) {
-      const Variant& value = vars[std::string(name.substr(1))];
-      if (name.starts_with("$USERR") && value.IsNumber()) {
-        Tag t = v.tags[0];
-        if (t.real != value.RawDouble()) t = Tag::Double(t.code, value.RawDouble());
-        Put(t);
-      } else if (value.IsNumber()) {
-        Tag t = v.tags[0];
-        if (t.integer != value.RawInt()) t = Tag::Integer(t.code, value.RawInt());
-        Put(t);
-      } else {
-        Put(v.tags[0]);
-      }
-    } else {
-      for (const Tag& t : v.tags) Put(t);
-    }
-  }
-  if (!seed_written) {
-    PutString(9, "$HANDSEED");
-    PutHandle(5, HandleSeed());
-  }
-  EmitMissingHeaderVariables(section);
-}
-
 // ---------------------------------------------------------------- tables
 
 void DbWriter::EmitTables(const Section* section) {

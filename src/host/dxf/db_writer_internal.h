@@ -63,6 +63,10 @@ struct StandardObject {
   bool generated = false;  // false: the model has it
 };
 
+// Kinds whose host data leaves out groups their record has: a copy of one
+// read from a file is written from the record it came from.
+bool WrittenFromSource(const Entity& entity);
+
 class DbWriter {
  public:
   DbWriter(const Document& doc, DxfSource& source, std::string* out);
