@@ -504,5 +504,141 @@ TEST_F(NewDrawingSave, AnR12DrawingIsWrittenAsAc1032WithHandlesOwnersAndMarkers)
   EXPECT_TRUE(check.starts_with("OK")) << check;
 }
 
+// The records of a saved file's ENTITIES section.
+const std::vector<Record>& SavedEntities(const SavedFile& saved) {
+  static const std::vector<Record> kNone;
+  const Section* s = saved.model.FindSection("ENTITIES");
+  return s != nullptr ? s->records : kNone;
+}
+
+TEST_F(NewDrawingSave, TextJustificationIsWrittenAsHorizontalAndVerticalCodes) {
+  // acAlignment -> DXF 72 (horizontal) and 73 (vertical), 0 when absent.
+  struct Case {
+    int32_t alignment;
+    int64_t horizontal, vertical;
+  };
+  const Case cases[] = {
+      {0, 0, 0},   // Left: neither code, no alignment point
+      {2, 2, 0},   // Right
+      {4, 4, 0},   // Middle
+      {6, 0, 3},   // TopLeft
+      {10, 1, 2},  // MiddleCenter
+      {14, 2, 1},  // BottomRight
+  };
+  ObjectRef doc = CallMethod(docs_, "Add").Object();
+  ObjectRef ms = GetProperty(doc, "ModelSpace").Object();
+  std::vector<std::string> handles;
+  for (const Case& c : cases) {
+    ObjectRef text = CallMethod(ms, "AddText", {Str("T"), Pt(1, 1), Variant(2.0)}).Object();
+    LetProperty(text, "Alignment", Variant(c.alignment));
+    if (c.alignment != 0) LetProperty(text, "TextAlignmentPoint", Pt(5, 5));
+    handles.push_back(GetProperty(text, "Handle").RawString());
+  }
+  std::string path = ::testing::TempDir() + "/tovik_text_alignment.dxf";
+  CallMethod(doc, "SaveAs", {Variant(path)});
+  SavedFile saved(path);
+  ObjectRef again = Open(path);
+  for (size_t k = 0; k < std::size(cases); ++k) {
+    SCOPED_TRACE(cases[k].alignment);
+    const Record* r = saved.Find(std::strtoull(handles[k].c_str(), nullptr, 16));
+    ASSERT_NE(r, nullptr);
+    EXPECT_EQ(IntOr(*r, 72, 0), cases[k].horizontal);
+    EXPECT_EQ(IntOr(*r, 73, 0), cases[k].vertical);
+    EXPECT_EQ(r->Find(11) != nullptr, cases[k].alignment != 0);
+    EXPECT_EQ(CLng(GetProperty(Object(again, handles[k]), "Alignment")), cases[k].alignment);
+  }
+}
+
+TEST_F(NewDrawingSave, HatchPatternLinesAreScaledTurnedAndOffsetInTheHatchFrame) {
+  // ANSI31 is one family of 45° lines 0.125" apart (3.175 mm in a metric
+  // drawing). At scale 2 and angle 30° in a metric drawing the line runs at
+  // 75° and the offset (0, 6.35) in the line's frame is
+  // (-6.35 sin 75°, 6.35 cos 75°) = (-6.133629, 1.643501) in the hatch's.
+  struct Case {
+    int16_t measurement;
+    double spacing;  // 0.125 · 2, or 3.175 · 2
+  };
+  const Case cases[] = {{1, 6.35}, {0, 0.25}};
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.measurement);
+    ObjectRef doc = CallMethod(docs_, "Add").Object();
+    CallMethod(doc, "SetVariable", {Str("MEASUREMENT"), Variant(c.measurement)});
+    ObjectRef ms = GetProperty(doc, "ModelSpace").Object();
+    ObjectRef circle = CallMethod(ms, "AddCircle", {Pt(0, 0), Variant(10.0)}).Object();
+    ObjectRef hatch = CallMethod(ms, "AddHatch", {Variant(int32_t{1}), Str("ANSI31"), Variant(true)}).Object();
+    CallMethod(hatch, "AppendOuterLoop", {ObjectsValue({circle})});
+    LetProperty(hatch, "PatternScale", Variant(2.0));
+    LetProperty(hatch, "PatternAngle", Variant(3.141592653589793 / 6));
+    std::string path = ::testing::TempDir() + "/tovik_hatch_pattern.dxf";
+    CallMethod(doc, "SaveAs", {Variant(path)});
+    SavedFile saved(path);
+    const Record* r = saved.Find(std::strtoull(GetProperty(hatch, "Handle").RawString().c_str(), nullptr, 16));
+    ASSERT_NE(r, nullptr);
+    EXPECT_EQ(IntOr(*r, 78, 0), 1);
+    EXPECT_NEAR(RealOr(*r, 53, 0), 75.0, 1e-9);
+    EXPECT_NEAR(RealOr(*r, 52, 0), 30.0, 1e-9);
+    EXPECT_NEAR(RealOr(*r, 45, 0), -c.spacing * 0.9659258262890683, 1e-9);
+    EXPECT_NEAR(RealOr(*r, 46, 0), c.spacing * 0.25881904510252074, 1e-9);
+    // One loop: the circle as two half-circle arcs (bulge 1) of a polyline path.
+    EXPECT_EQ(IntOr(*r, 91, 0), 1);
+    EXPECT_EQ(IntOr(*r, 93, 0), 2);
+    EXPECT_EQ(RealOr(*r, 42, 0), 1.0);
+  }
+}
+
+TEST_F(NewDrawingSave, R12KindsWrittenFromTheirRecordGetTheSubclassMarkersOfTheirFlags) {
+  // Each case: one R12 entity (no handle, no markers) and the markers of
+  // the saved record and of its first follower.
+  struct Case {
+    const char* what;
+    std::string tags;
+    std::vector<std::string_view> markers, follower_markers;
+  };
+  auto vertex = [](const char* flags) {
+    return Dxf({{0, "VERTEX"}, {8, "0"}, {10, "1"}, {20, "2"}, {30, "3"}, {70, flags}});
+  };
+  const Case cases[] = {
+      {"3DFACE", Dxf({{0, "3DFACE"}, {8, "0"}, {10, "0"}, {20, "0"}, {30, "0"}, {11, "1"}, {21, "0"},
+                      {31, "0"}, {12, "1"}, {22, "1"}, {32, "0"}, {13, "0"}, {23, "1"}, {33, "0"}}),
+       {"AcDbEntity", "AcDbFace"}, {}},
+      {"SOLID", Dxf({{0, "SOLID"}, {8, "0"}, {10, "0"}, {20, "0"}, {30, "0"}, {11, "1"}, {21, "0"},
+                     {31, "0"}, {12, "0"}, {22, "1"}, {32, "0"}, {13, "1"}, {23, "1"}, {33, "0"}}),
+       {"AcDbEntity", "AcDbTrace"}, {}},
+      {"3D polyline", Dxf({{0, "POLYLINE"}, {8, "0"}, {66, "1"}, {70, "8"}, {10, "0"}, {20, "0"}, {30, "0"}}) +
+                          vertex("32") + vertex("32") + Dxf({{0, "SEQEND"}, {8, "0"}}),
+       {"AcDbEntity", "AcDb3dPolyline"}, {"AcDbEntity", "AcDbVertex", "AcDb3dPolylineVertex"}},
+      {"polyface mesh", Dxf({{0, "POLYLINE"}, {8, "0"}, {66, "1"}, {70, "64"}, {71, "3"}, {72, "1"},
+                             {10, "0"}, {20, "0"}, {30, "0"}}) +
+                            vertex("192") + vertex("192") + vertex("192") +
+                            Dxf({{0, "VERTEX"}, {8, "0"}, {10, "0"}, {20, "0"}, {30, "0"}, {70, "128"},
+                                 {71, "1"}, {72, "2"}, {73, "3"}, {0, "SEQEND"}, {8, "0"}}),
+       {"AcDbEntity", "AcDbPolyFaceMesh"}, {"AcDbEntity", "AcDbVertex", "AcDbPolyFaceMeshVertex"}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.what);
+    std::string dxf = Dxf({{0, "SECTION"}, {2, "HEADER"}, {9, "$ACADVER"}, {1, "AC1009"}, {0, "ENDSEC"},
+                           {0, "SECTION"}, {2, "ENTITIES"}}) +
+                      c.tags + Dxf({{0, "ENDSEC"}, {0, "EOF"}});
+    std::string in = ::testing::TempDir() + "/tovik_r12_kind.dxf";
+    std::ofstream(in, std::ios::binary | std::ios::trunc) << dxf;
+    std::string path = ::testing::TempDir() + "/tovik_r12_kind_out.dxf";
+    CallMethod(Open(in), "SaveAs", {Variant(path)});
+    SavedFile saved(path);
+    ASSERT_EQ(SavedEntities(saved).size(), 1u);
+    const Record& r = SavedEntities(saved)[0];
+    EXPECT_EQ(Markers(r), c.markers);
+    if (!c.follower_markers.empty()) {
+      ASSERT_FALSE(r.followers.empty());
+      EXPECT_EQ(Markers(r.followers[0]), c.follower_markers);
+      EXPECT_EQ(PointOr(r.followers[0], 10).z, 3.0);
+    }
+  }
+  // The polyface's face record (flags 128 alone) is a face, not a vertex.
+  SavedFile last(::testing::TempDir() + "/tovik_r12_kind_out.dxf");
+  ASSERT_EQ(SavedEntities(last)[0].followers.size(), 5u);
+  EXPECT_EQ(Markers(SavedEntities(last)[0].followers[3]),
+            (std::vector<std::string_view>{"AcDbEntity", "AcDbFaceRecord"}));
+}
+
 }  // namespace
 }  // namespace tovik::host::dxf
