@@ -309,25 +309,24 @@ void DbWriter::EmitTable(std::string_view name, const Table* table) {
       raw += bound ? 0 : 1;
       raw_viewport |= !bound && name == "VPORT";
     }
-    EmitTableHead(name, owner, raw);
+    EmitTableHead(name, owner, raw + RecordCount(name));
     if (name == "VPORT" && !raw_viewport) EmitActiveViewport(owner);
     for (const Record& entry : table->entries) {
-      if (!source_.bindings.count(&entry)) EmitUpgradedRaw(entry, owner, name);
+      auto bound = source_.bindings.find(&entry);
+      if (bound == source_.bindings.end()) {
+        EmitUpgradedRaw(entry, owner, name);
+      } else if ((name == "DIMSTYLE" || name == "LTYPE") && Written(bound->second.object)) {
+        // The host keeps little of these: the record is kept, upgraded.
+        emitted_.insert(bound->second.object);
+        EmitPatched(UpgradedEntry(entry, *bound->second.object, owner, name), bound->second);
+      }
     }
     EmitNewTableRecords(name, owner);
     PutString(0, "ENDTAB");
     return;
   }
   if (table == nullptr) {
-    size_t count = 0;
-    if (name == "LTYPE") count = doc_.linetypes().items.size();
-    if (name == "LAYER") count = doc_.layers().items.size();
-    if (name == "STYLE") count = doc_.text_styles().items.size();
-    if (name == "APPID") count = doc_.regapps().items.size();
-    if (name == "DIMSTYLE") count = doc_.dim_styles().items.size();
-    if (name == "BLOCK_RECORD") count = doc_.blocks().items.size();
-    if (name == "VPORT") count = 1;
-    EmitTableHead(name, owner, count);
+    EmitTableHead(name, owner, name == "VPORT" ? 1 : RecordCount(name));
     if (name == "VPORT") EmitActiveViewport(owner);
   } else {
     PutRecordTags(table->head);
@@ -348,10 +347,20 @@ void DbWriter::EmitTable(std::string_view name, const Table* table) {
   }
 }
 
+size_t DbWriter::RecordCount(std::string_view name) const {
+  if (name == "LTYPE") return doc_.linetypes().items.size();
+  if (name == "LAYER") return doc_.layers().items.size();
+  if (name == "STYLE") return doc_.text_styles().items.size();
+  if (name == "APPID") return doc_.regapps().items.size();
+  if (name == "DIMSTYLE") return doc_.dim_styles().items.size();
+  if (name == "BLOCK_RECORD") return doc_.blocks().items.size();
+  return 0;
+}
+
 void DbWriter::EmitNewTableRecords(std::string_view name, uint64_t owner) {
   auto add_new = [&](const auto& items) {
     for (const auto* r : items) {
-      if (!IsNew(r) || !Written(r)) continue;
+      if (!IsNew(r) || !Written(r) || emitted_.count(r)) continue;
       if (const auto* b = dynamic_cast<const BlockRecord*>(r); b && upgrade_ && b->entities().empty() &&
           (FoldName(b->Name()) == "$model_space" || FoldName(b->Name()) == "$paper_space")) {
         continue;  // see EmitBlocks

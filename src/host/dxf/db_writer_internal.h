@@ -117,6 +117,8 @@ class DbWriter {
   void EmitTables(const Section* section);
   void EmitTable(std::string_view name, const Table* table);
   void EmitNewTableRecords(std::string_view name, uint64_t owner);
+  // How many records of table `name` the drawing holds (the head's count).
+  size_t RecordCount(std::string_view name) const;
   void EmitBlocks(const Section* section);
   void EmitNewBlock(const BlockRecord& block);
   void EmitEntities(const Section* section);
@@ -147,6 +149,10 @@ class DbWriter {
   // A record kept as it came from a file before R2000: with a handle, its
   // owner and subclass markers; `table` names the table of a table entry.
   void EmitUpgradedRaw(const Record& record, uint64_t owner, std::string_view table);
+  // A table entry of an R12 file bound to `object`, with the object's
+  // handle, its owner and the markers, for EmitPatched.
+  Record UpgradedEntry(const Record& entry, const DbObject& object, uint64_t owner,
+                       std::string_view table);
 
   // ------------------------------------------- links (db_writer_links.cpp)
   // The record as it must be written now: entries, members and reactors

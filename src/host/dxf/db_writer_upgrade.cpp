@@ -161,6 +161,26 @@ std::vector<Tag> DbWriter::WithSubclassMarkers(std::string_view type, std::span<
   return own;
 }
 
+Record DbWriter::UpgradedEntry(const Record& entry, const DbObject& object, uint64_t owner,
+                               std::string_view table) {
+  Record out;
+  out.head = entry.head;
+  out.type = entry.type;
+  int handle_code = entry.type == "DIMSTYLE" ? 105 : 5;
+  out.tags.push_back(Tag::String(handle_code, Keep(HexOf(object.handle()))));
+  out.tags.push_back(Tag::String(330, Keep(HexOf(owner))));
+  bool marked = HasMarkers(entry.Body());
+  if (!marked) {
+    out.tags.push_back(Tag::String(100, "AcDbSymbolTableRecord"));
+    out.tags.push_back(Tag::String(100, TableMarker(table)));
+  }
+  for (const Tag& t : entry.tags) {
+    if (t.code == 5 || t.code == 105 || t.code == 330) continue;
+    out.tags.push_back(t);
+  }
+  return out;
+}
+
 void DbWriter::EmitUpgradedRaw(const Record& record, uint64_t owner, std::string_view table) {
   std::span<const Tag> body = record.Body();
   uint64_t handle = HandleOf(record);
