@@ -99,6 +99,12 @@ void DbWriter::EmitHeader(const Section& section) {
     if (v.tags.empty()) continue;
     if (name == "$ACADVER") {
       PutString(v.tags[0].code, version_);
+    } else if (name == "$CLAYER" && doc_.active_layer() != nullptr &&
+               FoldName(v.tags[0].text) != FoldName(doc_.active_layer()->Name())) {
+      PutString(v.tags[0].code, doc_.active_layer()->Name());
+    } else if (name == "$TILEMODE" && v.tags[0].IsInteger() &&
+               (v.tags[0].integer != 0) != doc_.model_active()) {
+      PutInt(v.tags[0].code, doc_.model_active() ? 1 : 0);
     } else if (name == "$HANDSEED") {
       PutHandle(v.tags[0].code, HandleSeed());
       seed_written = true;

@@ -292,6 +292,24 @@ TEST_F(NewDrawingSave, SavesAndOpensAgainWithTheSameObjectsAndValues) {
 constexpr const char* kGroupsDrawing = "/work/shared/dxf/ezdxf/groups.dxf";
 constexpr const char* kDrawOrderDrawing = "/work/shared/dxf/ezdxf/hatches_1.dxf";
 
+TEST_F(NewDrawingSave, ALoadedDrawingSavesItsCurrentLayerAndSpace) {
+  if (!std::filesystem::exists(kGroupsDrawing)) GTEST_SKIP() << "corpus drawing not present";
+  // groups.dxf was saved with layer "0" current and the Model tab active.
+  ObjectRef doc = Open(kGroupsDrawing);
+  ObjectRef layer = CallMethod(GetProperty(doc, "Layers").Object(), "Add", {Str("CURRENT")}).Object();
+  SetProperty(doc, "ActiveLayer", layer);
+  LetProperty(doc, "ActiveSpace", Variant(int32_t{0}));  // acPaperSpace
+  std::string path = ::testing::TempDir() + "/tovik_current.dxf";
+  CallMethod(doc, "SaveAs", {Variant(path)});
+  SavedFile saved(path);
+  const HeaderVariable* clayer = saved.model.FindVariable("$CLAYER");
+  const HeaderVariable* tilemode = saved.model.FindVariable("$TILEMODE");
+  ASSERT_NE(clayer, nullptr);
+  ASSERT_NE(tilemode, nullptr);
+  EXPECT_EQ(clayer->tags[0].text, "CURRENT");
+  EXPECT_EQ(tilemode->tags[0].integer, 0);
+}
+
 TEST_F(NewDrawingSave, ErasedObjectsLeaveNoHandleInGroupsDictionariesOrReactors) {
   if (!std::filesystem::exists(kGroupsDrawing)) GTEST_SKIP() << "corpus drawing not present";
   // groups.dxf: group G1 (A9) holds lines A0 9F 9E 9D 9C, group G2 (AA)
