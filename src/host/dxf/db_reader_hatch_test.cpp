@@ -3,9 +3,11 @@
 
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include "frame/dispatch.h"
 #include "host/application.h"
+#include "host/args.h"
 #include "host/document.h"
 #include "host/dxf/db_reader.h"
 
@@ -75,6 +77,38 @@ TEST(DxfHatchLoops, CorpusHatchesMatchAnIndependentReader) {
     EXPECT_EQ(GetProperty(hatch, "NumberOfLoops").RawInt(), c.loops);
     EXPECT_NEAR(GetProperty(hatch, "Area").RawDouble(), c.area, c.tolerance);
   }
+}
+
+TEST(DxfHatchLoops, AMovedHatchIsSavedWithItsNewBoundaryAndAnUnmovedOneAsItCame) {
+  if (!std::filesystem::exists(kCorpus + "hatches_2.dxf")) GTEST_SKIP() << "corpus not present";
+  auto app = Application::Create({.open_drawing = false});
+  auto doc = ReadDrawingFile(*app, kCorpus + "hatches_2.dxf");
+  ObjectRef moved = HatchOf(doc, "233");
+  std::vector<Variant> before(2);
+  CallMethodRef(moved, "GetBoundingBox", before);
+  CallMethod(moved, "Move", {PointValue({0, 0, 0}), PointValue({10, -4, 0})});
+  std::string written = WriteDrawing(*doc);
+
+  auto again = ReadDrawingBuffer(*app, written, "again.dxf");
+  ObjectRef reread = HatchOf(again, "233");
+  std::vector<Variant> after(2);
+  CallMethodRef(reread, "GetBoundingBox", after);
+  for (int k = 0; k < 2; ++k) {
+    SCOPED_TRACE(k == 0 ? "x" : "y");
+    double shift = k == 0 ? 10 : -4;
+    size_t at = static_cast<size_t>(k);
+    for (int corner = 0; corner < 2; ++corner) {
+      EXPECT_NEAR(after[corner].Array().Items()[at].RawDouble(),
+                  before[corner].Array().Items()[at].RawDouble() + shift, 1e-6);
+    }
+  }
+  // Moving keeps the enclosed area (the curved edges now as chords).
+  EXPECT_NEAR(GetProperty(reread, "Area").RawDouble(), 1268.83922, 0.05);
+  // The untouched hatch 570 is written as the file had it: its one
+  // polyline path of bulged vertices, record for record.
+  const std::string original_570 = "\n  5\n570\n";
+  EXPECT_NE(written.find(original_570), std::string::npos);
+  EXPECT_NEAR(GetProperty(HatchOf(again, "570"), "Area").RawDouble(), 1268.34953, 1e-4);
 }
 
 }  // namespace

@@ -262,6 +262,7 @@ std::shared_ptr<Document> ReadDrawingBuffer(Application& app, std::string buffer
   try {
     Loader loader(*doc, *source);
     loader.Run();
+    RememberSourceRecords(*source);
   } catch (const AutomationError& e) {
     doc->Close();
     throw ReadFailure(path + ": " + e.Description());

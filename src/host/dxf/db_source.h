@@ -43,6 +43,12 @@ struct DxfSource {
   std::vector<std::string> repairs;
 };
 
+// Gives each entity read from `source` whose kind the host does not model
+// whole (generic entities, dimensions, hatches, images, wipeouts) the tags
+// of its record as unmodelled tags (DbObject::extra), followers included,
+// so that a copy of it, which carries them along, is written whole.
+void RememberSourceRecords(DxfSource& source);
+
 // Attaches `source` to `document` (replacing an earlier one).
 void AttachSource(const Document& document, std::shared_ptr<DxfSource> source);
 // The source attached to `document`, or nullptr for a drawing not read from DXF.

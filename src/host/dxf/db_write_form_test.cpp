@@ -15,10 +15,13 @@
 namespace tovik::host::dxf {
 namespace {
 
+// A drawing of `version` with a (bare) BLOCK_RECORD table, so that its
+// records are patched rather than written anew as a file without one is.
 std::string Drawing(const std::string& version, const std::string& entities) {
   return "0\nSECTION\n2\nHEADER\n9\n$ACADVER\n1\n" + version +
-         "\n9\n$DWGCODEPAGE\n3\nANSI_1252\n0\nENDSEC\n0\nSECTION\n2\nENTITIES\n" + entities +
-         "0\nENDSEC\n0\nEOF\n";
+         "\n9\n$DWGCODEPAGE\n3\nANSI_1252\n0\nENDSEC\n"
+         "0\nSECTION\n2\nTABLES\n0\nTABLE\n2\nBLOCK_RECORD\n0\nENDTAB\n0\nENDSEC\n"
+         "0\nSECTION\n2\nENTITIES\n" + entities + "0\nENDSEC\n0\nEOF\n";
 }
 
 // The written $ACADVER.

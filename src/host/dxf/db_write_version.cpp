@@ -54,7 +54,6 @@ bool NeedsOlderForms(const Record& record) { return HasSatData(record) || HasLin
 
 std::string_view WriteVersionFor(const TagModel& model) {
   std::string_view original = model.version();
-  if (!original.empty() && original < "AC1015") return original;
   if (original.empty() || original >= "AC1027") return kWriteVersion;
   for (const Section& section : model.sections()) {
     for (const Record& record : section.records) {

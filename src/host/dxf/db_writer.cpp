@@ -1,7 +1,11 @@
-// The structure pass of the DXF writer: walks the model the drawing was
-// read from, writing each record of a live object patched from it (erased
-// ones left out) and every unmodelled record as it came; objects the
-// drawing gained are written after the records of their container.
+// The structure pass of the DXF writer: the sections in their standard
+// order, each walking the model the drawing was read from (a new drawing
+// has an empty one). A record of a live object is written patched from it
+// (erased ones left out), every unmodelled record as it came, and whatever
+// the model lacks is generated: sections, tables, standard dictionaries,
+// and the records of objects the drawing gained, after their container's.
+// The header is written last, once every handle is given out.
+#include <algorithm>
 #include <cstdio>
 #include <fstream>
 
@@ -18,21 +22,44 @@
 namespace tovik::host::dxf {
 namespace {
 
-std::string Hex(uint64_t value) {
-  char buffer[24];
-  std::snprintf(buffer, sizeof buffer, "%llX", static_cast<unsigned long long>(value));
-  return buffer;
-}
+// The sections every written file has, in file order.
+constexpr SectionKind kStandardSections[] = {SectionKind::kHeader, SectionKind::kClasses,
+                                             SectionKind::kTables, SectionKind::kBlocks,
+                                             SectionKind::kEntities, SectionKind::kObjects};
+constexpr std::string_view kSectionNames[] = {"HEADER", "CLASSES", "TABLES",
+                                              "BLOCKS", "ENTITIES", "OBJECTS"};
+
+// The symbol tables in file order.
+constexpr std::string_view kTableNames[] = {"VPORT", "LTYPE", "LAYER", "STYLE", "VIEW",
+                                            "UCS", "APPID", "DIMSTYLE", "BLOCK_RECORD"};
+
+// The dictionaries of the named-object dictionary the writer supplies when
+// the file has none: what AutoCAD-class readers expect of every drawing.
+constexpr std::string_view kStandardKeys[] = {"ACAD_GROUP", "ACAD_LAYOUT", "ACAD_MATERIAL",
+                                              "ACAD_MLINESTYLE", "ACAD_PLOTSETTINGS",
+                                              "ACAD_PLOTSTYLENAME"};
 
 }  // namespace
 
 DbWriter::DbWriter(const Document& doc, DxfSource& source, std::string* out)
     : doc_(const_cast<Document&>(doc)), source_(source), out_(out) {
+  // Every drawing is written in the host's version (older files are
+  // upgraded on the way), unless it holds data that version has no form for.
+  std::string_view original = source.model.version();
   version_ = std::string(WriteVersionFor(source.model));
+  bool has_block_records = false;
+  if (const Section* tables = source.model.FindSection("TABLES")) {
+    for (const Table& t : tables->tables) has_block_records |= t.Name() == "BLOCK_RECORD";
+  }
+  bool read = !source.model.sections().empty();
+  upgrade_ = read && (original.empty() || original < "AC1015");
+  all_new_ = read && (original < "AC1012" || !has_block_records);
   if (!IsUtf8Version(version_)) encoder_ = std::make_unique<TextEncoder>(source.model.code_page());
 }
 
 std::string_view DbWriter::Keep(std::string text) { return kept_.emplace_back(std::move(text)); }
+
+std::span<Tag> DbWriter::KeepTags(std::vector<Tag> tags) { return kept_tags_.emplace_back(std::move(tags)); }
 
 void DbWriter::Put(const Tag& tag) {
   if (tag.kind == ValueKind::kString && encoder_ == nullptr) {
@@ -47,7 +74,30 @@ void DbWriter::Put(const Tag& tag) {
   AppendTag(tag, encoder_.get(), LineEnd::kLf, out_);
 }
 
-void DbWriter::PutHandle(int code, uint64_t handle) { Put(Tag::String(code, Keep(Hex(handle)))); }
+void DbWriter::PutString(int code, std::string_view text) {
+  if (spelling_ != nullptr && (code == 2 || code == 3 || code == 6 || code == 7 || code == 8)) {
+    const Tag* written = spelling_->Find(code);
+    if (written != nullptr && written->text != text && FoldName(written->text) == FoldName(text)) {
+      Put(*written);
+      return;
+    }
+  }
+  if (text.find_first_of("\r\n") == std::string_view::npos) {
+    Put(Tag::String(code, Keep(std::string(text))));
+    return;
+  }
+  std::string one_line;
+  for (char c : text) {
+    if (c == '\n') {
+      one_line += "^J";
+    } else if (c != '\r') {
+      one_line += c;
+    }
+  }
+  Put(Tag::String(code, Keep(std::move(one_line))));
+}
+
+void DbWriter::PutHandle(int code, uint64_t handle) { Put(Tag::String(code, Keep(HexOf(handle)))); }
 
 void DbWriter::PutPoint(int code, const geometry::Vec3& p) {
   PutReal(code, p.x);
@@ -61,169 +111,384 @@ void DbWriter::PutRecordTags(const Record& record) {
 }
 
 bool DbWriter::Written(const DbObject* object) const {
-  return object != nullptr && !object->erased() && !source_.unwritten.count(object);
+  return object != nullptr && !object->erased() && (upgrade_ || !source_.unwritten.count(object));
 }
+
+bool DbWriter::IsNew(const DbObject* object) const { return all_new_ || !source_.records.count(object); }
 
 uint64_t DbWriter::NextHandle() { return next_handle_++; }
 
-uint64_t DbWriter::HandleSeed() const { return next_handle_ + reserved_; }
+double DbWriter::NumberOfSysVar(std::string_view name) const {
+  Variant v = doc_.GetSysVar(name);
+  if (!v.IsNumber()) return 0;
+  return v.Type() == VarType::kDouble || v.Type() == VarType::kSingle ? v.RawDouble()
+                                                                      : static_cast<double>(v.RawInt());
+}
+
+uint64_t DbWriter::StandardHandle(std::string_view key) const {
+  for (const StandardObject& s : standard_) {
+    if (s.key == key) return s.handle;
+  }
+  return 0;
+}
+
+const std::vector<const Group*>* DbWriter::GroupsOf(const Entity* entity) const {
+  auto it = groups_of_.find(entity);
+  return it == groups_of_.end() ? nullptr : &it->second;
+}
+
+// ---------------------------------------------------------------- the plan
+
+void DbWriter::Plan() {
+  next_handle_ = doc_.handle_seed();
+  for (const auto& [record, binding] : source_.bindings) {
+    if (uint64_t h = HandleOf(*record)) bound_by_handle_[h] = binding.object;
+  }
+  auto note_raw = [&](const Record& r, auto& self) -> void {
+    if (uint64_t h = HandleOf(r); h != 0 && !bound_by_handle_.count(h)) raw_handles_.insert(h);
+    for (const Record& f : r.followers) self(f, self);
+  };
+  for (const Section& s : source_.model.sections()) {
+    for (const Table& t : s.tables) {
+      note_raw(t.head, note_raw);
+      for (const Record& e : t.entries) note_raw(e, note_raw);
+    }
+    for (const Block& b : s.blocks) {
+      for (const Record& e : b.entities) note_raw(e, note_raw);
+    }
+    for (const Record& r : s.records) note_raw(r, note_raw);
+  }
+  const Section* tables = source_.model.FindSection("TABLES");
+  for (std::string_view name : kTableNames) {
+    uint64_t handle = 0;
+    if (tables != nullptr) {
+      for (const Table& t : tables->tables) {
+        if (t.Name() == name) handle = HandleOf(t.head);
+      }
+    }
+    table_handles_.emplace(std::string(name), handle != 0 ? handle : NextHandle());
+  }
+  // The standard dictionaries: the model's when its named-object dictionary
+  // names them, generated otherwise.
+  std::vector<std::pair<std::string, uint64_t>> named;
+  if (const Record* root = source_.records.count(doc_.named_objects())
+                               ? source_.records.at(doc_.named_objects())
+                               : nullptr) {
+    std::string key;
+    for (const Tag& t : root->Body()) {
+      if (t.code == 3) key = std::string(t.text);
+      if ((t.code == 350 || t.code == 360) && !key.empty()) named.emplace_back(key, HandleValue(&t));
+    }
+  }
+  for (std::string_view key : kStandardKeys) {
+    StandardObject s{std::string(key), 0, true};
+    for (const auto& [k, h] : named) {
+      if (k == key && h != 0) s = {std::string(key), h, false};
+    }
+    if (s.generated) s.handle = NextHandle();
+    standard_.push_back(s);
+  }
+  // Every layer names the plot style "Normal" of ACAD_PLOTSTYLENAME.
+  for (const StandardObject& s : standard_) {
+    if (s.key != "ACAD_PLOTSTYLENAME") continue;
+    if (s.generated) {
+      plot_style_normal_ = NextHandle();
+    } else if (const Section* objects = source_.model.FindSection("OBJECTS")) {
+      for (const Record& r : objects->records) {
+        if (HandleOf(r) == s.handle) plot_style_normal_ = HandleValue(r.Find(340));
+      }
+    }
+  }
+  for (const StandardObject& s : standard_) {
+    if (s.key == "ACAD_PLOTSTYLENAME" && s.generated) {
+      needed_classes_.insert("ACDBDICTIONARYWDFLT");
+      needed_classes_.insert("ACDBPLACEHOLDER");
+    }
+  }
+  for (size_t slot = 0; slot < doc_.object_count(); ++slot) {
+    DbObject* o = doc_.FindById(kObjectIdBase32 + kObjectIdStride * static_cast<int64_t>(slot));
+    if (!Written(o) || !IsNew(o)) continue;
+    if (dynamic_cast<const Layout*>(o)) needed_classes_.insert("LAYOUT");
+    if (dynamic_cast<const MaterialRecord*>(o)) needed_classes_.insert("MATERIAL");
+    if (dynamic_cast<const SortentsTable*>(o)) needed_classes_.insert("SORTENTSTABLE");
+    if (dynamic_cast<const Wipeout*>(o)) needed_classes_.insert("WIPEOUT");
+  }
+  for (const Group* g : doc_.groups()) {
+    if (!Written(g)) continue;
+    for (const Entity* e : g->LiveMembers()) groups_of_[e].push_back(g);
+  }
+}
+
+// ---------------------------------------------------------------- run
 
 void DbWriter::Run() {
-  // New blocks need BLOCK and ENDBLK handles, new references a SEQEND
-  // handle; they come after every object's handle.
-  next_handle_ = doc_.handle_seed();
-  for (const BlockRecord* b : const_cast<Document&>(doc_).blocks().items) {
-    reserved_ += source_.records.count(b) ? 0 : 2;
-    for (const Entity* e : b->entities()) {
-      if (!source_.records.count(e) && dynamic_cast<const BlockRef*>(e)) ++reserved_;
+  Plan();
+  std::string* final_out = out_;
+  std::string body;
+  out_ = &body;
+  std::vector<const Section*> others;
+  bool done[6] = {};
+  auto emit_standard_upto = [&](size_t upto) {
+    for (size_t k = 1; k < upto; ++k) {
+      if (!done[k]) {
+        done[k] = true;
+        EmitSectionOf(kStandardSections[k], nullptr);
+      }
     }
+  };
+  for (const Section& section : source_.model.sections()) {
+    auto it = std::find(std::begin(kStandardSections), std::end(kStandardSections), section.kind);
+    size_t index = static_cast<size_t>(it - std::begin(kStandardSections));
+    if (it == std::end(kStandardSections) || index == 0 || done[index]) {
+      if (index != 0) others.push_back(&section);
+      continue;
+    }
+    emit_standard_upto(index);
+    done[index] = true;
+    EmitSectionOf(section.kind, &section);
   }
+  emit_standard_upto(6);
+  for (const Section* section : others) EmitSectionOf(section->kind, section);
+  PutString(0, "EOF");
+
+  // The header last: $HANDSEED is known only now.
+  out_ = final_out;
   for (const Tag& t : source_.model.leading()) Put(t);
-  bool has_header = source_.model.FindSection("HEADER") != nullptr;
-  if (!has_header && version_ == kWriteVersion) {
+  kept_.clear();
+  if (const Section* header = source_.model.FindSection("HEADER")) {
+    Put(header->begin.head);
+    for (const Tag& t : header->begin.tags) Put(t);
+    EmitHeader(*header);
+    PutRecordTags(header->end);
+  } else {
     PutString(0, "SECTION");
     PutString(2, "HEADER");
-    PutString(9, "$ACADVER");
-    PutString(1, version_);
-    PutString(9, "$HANDSEED");
-    PutHandle(5, HandleSeed());
+    EmitNewHeader();
     PutString(0, "ENDSEC");
   }
-  for (const Section& section : source_.model.sections()) {
-    kept_.clear();
-    Put(section.begin.head);
-    for (const Tag& t : section.begin.tags) Put(t);
-    switch (section.kind) {
-      case SectionKind::kHeader: EmitHeader(section); break;
-      case SectionKind::kTables: EmitTables(section); break;
-      case SectionKind::kBlocks: EmitBlocks(section); break;
-      case SectionKind::kEntities: EmitEntities(section); break;
-      case SectionKind::kObjects: EmitObjects(section); break;
-      default:
-        for (const Record& r : section.records) {
-          PutRecordTags(r);
-          for (const Record& f : r.followers) PutRecordTags(f);
-        }
-    }
-    PutRecordTags(section.end);
-  }
-  PutString(0, "EOF");
+  out_->append(body);
 }
 
-void DbWriter::EmitHeader(const Section& section) {
-  auto& vars = const_cast<Document&>(doc_).sysvar_values();
-  bool seed_written = false;
-  for (const HeaderVariable& v : section.variables) {
-    Put(v.name_tag);
-    std::string_view name = v.name;
-    if (v.tags.empty()) continue;
-    if (name == "$ACADVER") {
-      PutString(v.tags[0].code, version_);
-    } else if (name == "$HANDSEED") {
-      PutHandle(v.tags[0].code, HandleSeed());
-      seed_written = true;
-    } else if ((name == "$INSUNITS" || name.starts_with("$USERI") || name.starts_with("$USERR")) &&
-               vars.count(std::string(name.substr(1)))) {
-      const Variant& value = vars[std::string(name.substr(1))];
-      if (name.starts_with("$USERR") && value.IsNumber()) {
-        Tag t = v.tags[0];
-        if (t.real != value.RawDouble()) t = Tag::Double(t.code, value.RawDouble());
-        Put(t);
-      } else if (value.IsNumber()) {
-        Tag t = v.tags[0];
-        if (t.integer != value.RawInt()) t = Tag::Integer(t.code, value.RawInt());
-        Put(t);
-      } else {
-        Put(v.tags[0]);
+void DbWriter::EmitSectionOf(SectionKind kind, const Section* section) {
+  kept_.clear();
+  if (section != nullptr) {
+    Put(section->begin.head);
+    for (const Tag& t : section->begin.tags) Put(t);
+  } else {
+    auto it = std::find(std::begin(kStandardSections), std::end(kStandardSections), kind);
+    PutString(0, "SECTION");
+    PutString(2, kSectionNames[it - std::begin(kStandardSections)]);
+  }
+  switch (kind) {
+    case SectionKind::kClasses: EmitClasses(section); break;
+    case SectionKind::kTables: EmitTables(section); break;
+    case SectionKind::kBlocks: EmitBlocks(section); break;
+    case SectionKind::kEntities: EmitEntities(section); break;
+    case SectionKind::kObjects: EmitObjects(section); break;
+    default:
+      for (const Record& r : section->records) {
+        PutRecordTags(r);
+        for (const Record& f : r.followers) PutRecordTags(f);
       }
-    } else {
-      for (const Tag& t : v.tags) Put(t);
-    }
   }
-  if (!seed_written) {
-    PutString(9, "$HANDSEED");
-    PutHandle(5, HandleSeed());
+  if (section != nullptr) {
+    PutRecordTags(section->end);
+  } else {
+    PutString(0, "ENDSEC");
   }
 }
 
-void DbWriter::EmitTables(const Section& section) {
-  for (const Table& table : section.tables) {
-    PutRecordTags(table.head);
-    std::string_view name = table.Name();
-    for (const Record& entry : table.entries) {
+// ---------------------------------------------------------------- tables
+
+void DbWriter::EmitTables(const Section* section) {
+  for (std::string_view name : kTableNames) {
+    const Table* found = nullptr;
+    if (section != nullptr) {
+      for (const Table& t : section->tables) {
+        if (t.Name() == name) found = &t;
+      }
+    }
+    EmitTable(name, found);
+  }
+  if (section == nullptr) return;
+  for (const Table& t : section->tables) {
+    if (std::find(std::begin(kTableNames), std::end(kTableNames), t.Name()) == std::end(kTableNames)) {
+      PutRecordTags(t.head);
+      for (const Record& e : t.entries) PutRecordTags(e);
+      PutRecordTags(t.end);
+    }
+  }
+}
+
+void DbWriter::EmitTable(std::string_view name, const Table* table) {
+  uint64_t owner = table_handles_.find(name)->second;
+  if (all_new_ && table != nullptr) {
+    // An R12 table: a new head, its unmodelled entries upgraded, then
+    // every record from the live objects.
+    bool raw_viewport = false;
+    size_t raw = 0;
+    for (const Record& entry : table->entries) {
+      bool bound = source_.bindings.count(&entry) != 0;
+      raw += bound ? 0 : 1;
+      raw_viewport |= !bound && name == "VPORT";
+    }
+    EmitTableHead(name, owner, raw + RecordCount(name));
+    if (name == "VPORT" && !raw_viewport) EmitActiveViewport(owner);
+    for (const Record& entry : table->entries) {
+      auto bound = source_.bindings.find(&entry);
+      if (bound == source_.bindings.end()) {
+        EmitUpgradedRaw(entry, owner, name);
+      } else if ((name == "DIMSTYLE" || name == "LTYPE") && Written(bound->second.object)) {
+        // The host keeps little of these: the record is kept, upgraded.
+        emitted_.insert(bound->second.object);
+        EmitPatched(UpgradedEntry(entry, *bound->second.object, owner, name), bound->second);
+      }
+    }
+    EmitNewTableRecords(name, owner);
+    PutString(0, "ENDTAB");
+    return;
+  }
+  if (table == nullptr) {
+    EmitTableHead(name, owner, name == "VPORT" ? 1 : RecordCount(name));
+    if (name == "VPORT") EmitActiveViewport(owner);
+  } else {
+    PutRecordTags(table->head);
+    for (const Record& entry : table->entries) {
       auto it = source_.bindings.find(&entry);
       if (it == source_.bindings.end()) {
-        PutRecordTags(entry);
+        EmitRaw(entry);
       } else if (Written(it->second.object)) {
-        EmitPatched(entry, it->second);
+        EmitBound(entry, it->second);
       }
     }
-    uint64_t owner = HandleOf(table.head);
-    auto add_new = [&](const auto& items) {
-      for (const auto* r : items) {
-        if (!source_.records.count(r) && Written(r)) EmitNew(*r, owner);
-      }
-    };
-    if (name == "LAYER") add_new(doc_.layers().items);
-    if (name == "APPID") add_new(const_cast<Document&>(doc_).regapps().items);
-    if (name == "BLOCK_RECORD") add_new(const_cast<Document&>(doc_).blocks().items);
-    PutRecordTags(table.end);
+  }
+  EmitNewTableRecords(name, owner);
+  if (table != nullptr) {
+    PutRecordTags(table->end);
+  } else {
+    PutString(0, "ENDTAB");
   }
 }
 
-void DbWriter::EmitBlocks(const Section& section) {
-  for (const Block& block : section.blocks) {
-    auto it = source_.bindings.find(&block.begin);
-    auto* record = it == source_.bindings.end() ? nullptr : static_cast<BlockRecord*>(it->second.object);
-    if (record != nullptr && record->erased()) continue;
-    PutRecordTags(block.begin);
-    if (record != nullptr && !record->IsLayout() ) {
-      EmitEntityList(block.entities, {record});
-    } else if (record != nullptr && record->IsLayout() && record != doc_.model_space() &&
-               record->Name() != "*Paper_Space") {
-      EmitEntityList(block.entities, {record});
-    } else {
-      for (const Record& e : block.entities) EmitEntity(e);
+size_t DbWriter::RecordCount(std::string_view name) const {
+  if (name == "LTYPE") return doc_.linetypes().items.size();
+  if (name == "LAYER") return doc_.layers().items.size();
+  if (name == "STYLE") return doc_.text_styles().items.size();
+  if (name == "APPID") return doc_.regapps().items.size();
+  if (name == "DIMSTYLE") return doc_.dim_styles().items.size();
+  if (name == "BLOCK_RECORD") return doc_.blocks().items.size();
+  return 0;
+}
+
+void DbWriter::EmitNewTableRecords(std::string_view name, uint64_t owner) {
+  auto add_new = [&](const auto& items) {
+    for (const auto* r : items) {
+      if (!IsNew(r) || !Written(r) || emitted_.count(r)) continue;
+      if (const auto* b = dynamic_cast<const BlockRecord*>(r); b && upgrade_ && b->entities().empty() &&
+          (FoldName(b->Name()) == "$model_space" || FoldName(b->Name()) == "$paper_space")) {
+        continue;  // see EmitBlocks
+      }
+      EmitNew(*r, owner);
     }
-    PutRecordTags(block.end);
+  };
+  if (name == "LTYPE") add_new(doc_.linetypes().items);
+  if (name == "LAYER") add_new(doc_.layers().items);
+  if (name == "STYLE") add_new(doc_.text_styles().items);
+  if (name == "APPID") add_new(doc_.regapps().items);
+  if (name == "DIMSTYLE") add_new(doc_.dim_styles().items);
+  if (name == "BLOCK_RECORD") add_new(doc_.blocks().items);
+}
+
+// ---------------------------------------------------------------- blocks
+
+void DbWriter::EmitBlocks(const Section* section) {
+  if (section != nullptr && !all_new_) {
+    for (const Block& block : section->blocks) {
+      auto it = source_.bindings.find(&block.begin);
+      auto* record = it == source_.bindings.end() ? nullptr : static_cast<BlockRecord*>(it->second.object);
+      if (record != nullptr && record->erased()) continue;
+      EmitRaw(block.begin);
+      if (record != nullptr && !record->IsLayout()) {
+        EmitEntityList(block.entities, {record});
+      } else if (record != nullptr && record->IsLayout() && record != doc_.model_space() &&
+                 record->Name() != "*Paper_Space") {
+        EmitEntityList(block.entities, {record});
+      } else {
+        for (const Record& e : block.entities) EmitEntity(e);
+      }
+      EmitRaw(block.end);
+    }
   }
-  for (const BlockRecord* b : const_cast<Document&>(doc_).blocks().items) {
-    if (source_.records.count(b) || !Written(b)) continue;
-    PutString(0, "BLOCK");
-    PutHandle(5, NextHandle());
-    PutHandle(330, b->handle());
-    PutString(100, "AcDbEntity");
-    PutString(8, "0");
-    PutString(100, "AcDbBlockBegin");
-    PutString(2, b->Name());
-    PutInt(70, 0);
-    PutPoint(10, b->data().origin);
-    PutString(3, b->Name());
-    PutString(1, "");
-    for (const Entity* e : b->entities()) {
-      if (Written(e)) EmitNew(*e, b->handle());
-    }
-    PutString(0, "ENDBLK");
-    PutHandle(5, NextHandle());
-    PutHandle(330, b->handle());
-    PutString(100, "AcDbEntity");
-    PutString(8, "0");
-    PutString(100, "AcDbBlockEnd");
+  for (const BlockRecord* b : doc_.blocks().items) {
+    // R12 writers name the spaces "$MODEL_SPACE" and "$PAPER_SPACE": empty
+    // blocks whose place *Model_Space and *Paper_Space take.
+    bool r12_space = upgrade_ && b->entities().empty() &&
+                     (FoldName(b->Name()) == "$model_space" || FoldName(b->Name()) == "$paper_space");
+    if (IsNew(b) && Written(b) && !r12_space) EmitNewBlock(*b);
   }
 }
 
-void DbWriter::EmitEntities(const Section& section) {
+void DbWriter::EmitNewBlock(const BlockRecord& b) {
+  bool paper = b.IsLayout() && &b != doc_.model_space();
+  bool has_attdefs = false;
+  for (const Entity* e : b.entities()) has_attdefs |= Written(e) && dynamic_cast<const AttributeDef*>(e);
+  PutString(0, "BLOCK");
+  PutHandle(5, NextHandle());
+  PutHandle(330, b.handle());
+  PutString(100, "AcDbEntity");
+  if (paper) PutInt(67, 1);
+  PutString(8, "0");
+  PutString(100, "AcDbBlockBegin");
+  PutString(2, b.Name());
+  PutInt(70, (b.IsAnonymous() ? 1 : 0) | (has_attdefs ? 2 : 0) | (b.data().is_xref ? 4 : 0));
+  PutPoint(10, b.data().origin);
+  PutString(3, b.Name());
+  PutString(1, b.data().xref_path);
+  if (!b.data().comments.empty()) PutString(4, b.data().comments);
+  // Model space and the current paper space keep their entities in ENTITIES.
+  if (&b != doc_.model_space() && b.Name() != "*Paper_Space") {
+    for (const Entity* e : b.entities()) {
+      if (Written(e)) EmitNew(*e, b.handle());
+    }
+  }
+  PutString(0, "ENDBLK");
+  PutHandle(5, NextHandle());
+  PutHandle(330, b.handle());
+  PutString(100, "AcDbEntity");
+  if (paper) PutInt(67, 1);
+  PutString(8, "0");
+  PutString(100, "AcDbBlockEnd");
+}
+
+// ---------------------------------------------------------------- entities
+
+void DbWriter::EmitEntities(const Section* section) {
   std::vector<BlockRecord*> spaces{doc_.model_space()};
-  if (BlockRecord* paper = const_cast<Document&>(doc_).blocks().Find("*Paper_Space")) spaces.push_back(paper);
-  EmitEntityList(section.records, spaces);
+  if (BlockRecord* paper = doc_.blocks().Find("*Paper_Space")) spaces.push_back(paper);
+  static const std::vector<Record> kNone;
+  if (all_new_) {
+    // An R12 drawing: the records no live object stands for (a reference
+    // to a block the file lacks) are kept, upgraded.
+    if (section != nullptr) {
+      for (const Record& r : section->records) {
+        if (source_.bindings.count(&r)) continue;
+        EmitUpgradedRaw(r, doc_.model_space()->handle(), {});
+        for (const Record& f : r.followers) EmitUpgradedRaw(f, doc_.model_space()->handle(), {});
+      }
+    }
+    EmitEntityList(kNone, spaces);
+    return;
+  }
+  EmitEntityList(section != nullptr ? section->records : kNone, spaces);
 }
 
 void DbWriter::EmitEntityList(const std::vector<Record>& records,
                               const std::vector<BlockRecord*>& blocks) {
   for (const Record& r : records) EmitEntity(r);
   for (BlockRecord* block : blocks) {
+    if (!Written(block)) continue;
     for (const Entity* e : block->entities()) {
-      if (!source_.records.count(e) && Written(e)) EmitNew(*e, block->handle());
+      if (IsNew(e) && Written(e)) EmitNew(*e, block->handle());
     }
   }
 }
@@ -231,30 +496,93 @@ void DbWriter::EmitEntityList(const std::vector<Record>& records,
 void DbWriter::EmitEntity(const Record& record) {
   auto it = source_.bindings.find(&record);
   if (it == source_.bindings.end()) {
-    PutRecordTags(record);
-    for (const Record& f : record.followers) PutRecordTags(f);
+    EmitRaw(record);
+    for (const Record& f : record.followers) EmitRaw(f);
     return;
   }
   if (!Written(it->second.object)) return;
-  EmitPatched(record, it->second);
+  EmitBound(record, it->second);
   for (const Record& f : record.followers) {
     auto fit = source_.bindings.find(&f);
     if (fit == source_.bindings.end()) {
-      PutRecordTags(f);
+      EmitRaw(f);
     } else if (Written(fit->second.object)) {
-      EmitPatched(f, fit->second);
+      EmitBound(f, fit->second);
     }
   }
 }
 
-void DbWriter::EmitObjects(const Section& section) {
-  for (const Record& r : section.records) {
-    auto it = source_.bindings.find(&r);
-    if (it == source_.bindings.end()) {
-      PutRecordTags(r);
-    } else if (Written(it->second.object)) {
-      EmitPatched(r, it->second);
+void DbWriter::EmitBound(const Record& record, const Binding& binding) {
+  emitted_.insert(binding.object);
+  if (std::optional<Record> relinked = Relinked(record, binding.object)) {
+    EmitPatched(*relinked, binding);
+  } else {
+    EmitPatched(record, binding);
+  }
+}
+
+void DbWriter::EmitRaw(const Record& record) {
+  if (std::optional<Record> relinked = Relinked(record, nullptr)) {
+    PutRecordTags(*relinked);
+  } else {
+    PutRecordTags(record);
+  }
+}
+
+// ---------------------------------------------------------------- objects
+
+void DbWriter::EmitObjects(const Section* section) {
+  Dictionary* root = doc_.named_objects();
+  if (section != nullptr) {
+    for (const Record& r : section->records) {
+      auto it = source_.bindings.find(&r);
+      if (it == source_.bindings.end()) {
+        EmitRaw(r);
+      } else if (Written(it->second.object)) {
+        EmitBound(r, it->second);
+      }
     }
+  }
+  // The named-object dictionary comes first in a file that had none.
+  if (IsNew(root)) {
+    emitted_.insert(root);
+    EmitNew(*root, 0);
+  }
+  for (const StandardObject& s : standard_) {
+    if (s.generated) EmitStandardObject(s);
+  }
+  EmitObjectTree(*root);
+  // Extension dictionaries and what they hold, for every object written.
+  for (size_t slot = 0; slot < doc_.object_count(); ++slot) {
+    DbObject* o = doc_.FindById(kObjectIdBase32 + kObjectIdStride * static_cast<int64_t>(slot));
+    if (!Written(o) || !Written(o->xdict())) continue;
+    Dictionary* xdict = o->xdict();
+    if (!emitted_.count(xdict)) {
+      emitted_.insert(xdict);
+      EmitNew(*xdict, o->handle());
+    }
+    EmitObjectTree(*xdict);
+  }
+}
+
+void DbWriter::EmitObjectTree(const DbObject& container) {
+  const auto* dict = dynamic_cast<const Dictionary*>(&container);
+  // Each dictionary is walked once (a damaged file may nest one in itself).
+  if (dict == nullptr || !walked_.insert(dict).second) return;
+  for (const DictEntry& e : EntriesOf(*dict)) {
+    if (e.object == nullptr || !Written(e.object)) continue;
+    if (!emitted_.count(e.object)) {
+      emitted_.insert(e.object);
+      uint64_t owner = e.object->owner() != nullptr && Written(e.object->owner())
+                           ? e.object->owner()->handle()
+                           : dict->handle();
+      if (dynamic_cast<const Group*>(e.object) || dynamic_cast<const Layout*>(e.object) ||
+          dynamic_cast<const MaterialRecord*>(e.object)) {
+        owner = dict->handle();
+      }
+      if (IsNew(e.object)) EmitNew(*e.object, owner);
+    }
+    EmitObjectTree(*e.object);
   }
 }
 
@@ -263,14 +591,14 @@ void DbWriter::EmitObjects(const Section& section) {
 std::string WriteDrawing(const Document& document) {
   std::shared_ptr<DxfSource> source = SourceOf(document);
   if (source == nullptr) {
-    throw AutomationError(kReadFailedNumber,
-                          "only drawings read from a DXF file can be saved as DXF",
-                          std::string(kHostErrorSource));
+    // A drawing not read from DXF walks an empty model: every section,
+    // table and record is generated from the database.
+    source = std::make_shared<DxfSource>(TagModel::Load(std::string("  0\nEOF\n"), "new"));
   }
   std::string out;
   // About the size of the file read: the text does not have to move as it
   // grows (pages reserved but never written cost nothing).
-  out.reserve(source->model.source_size() + source->model.source_size() / 8 + 4096);
+  out.reserve(source->model.source_size() + source->model.source_size() / 8 + (1 << 16));
   DbWriter writer(document, *source, &out);
   writer.Run();
   return out;

@@ -7,6 +7,7 @@
 #include "host/block.h"
 #include "host/dictionary.h"
 #include "host/dxf/db_internal.h"
+#include "host/dxf/db_reader_hatch.h"
 #include "host/dxf/db_writer_internal.h"
 #include "host/entities.h"
 #include "host/records.h"
@@ -149,6 +150,46 @@ void DbWriter::Modelled(const DbObject& object, std::vector<Tag>* want) {
   }
 }
 
+namespace {
+
+// True when two boundaries have the same loops, point for point.
+bool SameLoops(const std::vector<HatchLoop>& a, const std::vector<HatchLoop>& b) {
+  if (a.size() != b.size()) return false;
+  auto near = [](double x, double y) { return std::fabs(x - y) <= 1e-9 * std::max(1.0, std::fabs(x)); };
+  for (size_t k = 0; k < a.size(); ++k) {
+    if (a[k].points.size() != b[k].points.size() || a[k].outer != b[k].outer) return false;
+    for (size_t i = 0; i < a[k].points.size(); ++i) {
+      if (!near(a[k].points[i].x, b[k].points[i].x) || !near(a[k].points[i].y, b[k].points[i].y) ||
+          !near(a[k].bulges[i], b[k].bulges[i])) {
+        return false;
+      }
+    }
+  }
+  return true;
+}
+
+}  // namespace
+
+void DbWriter::PutHatchLoops(const std::vector<HatchLoop>& loops) {
+  PutInt(91, static_cast<int64_t>(loops.size()));
+  for (const HatchLoop& loop : loops) {
+    bool bulged = false;
+    for (double b : loop.bulges) bulged = bulged || b != 0;
+    // Polyline path (2), external when the loop bounds the hatch (1); the
+    // other flags the file gave it stay.
+    PutInt(92, (loop.flags & ~int64_t{3}) | 2 | (loop.outer ? 1 : 0));
+    PutInt(72, bulged ? 1 : 0);
+    PutInt(73, 1);
+    PutInt(93, static_cast<int64_t>(loop.points.size()));
+    for (size_t i = 0; i < loop.points.size(); ++i) {
+      PutReal(10, loop.points[i].x);
+      PutReal(20, loop.points[i].y);
+      if (bulged) PutReal(42, loop.bulges[i]);
+    }
+    PutInt(97, 0);
+  }
+}
+
 void DbWriter::EmitPatched(const Record& record, const Binding& binding) {
   const DbObject& object = *binding.object;
   std::vector<Tag> want;
@@ -181,6 +222,24 @@ void DbWriter::EmitPatched(const Record& record, const Binding& binding) {
     mtext_original += record.StringOr(1);
   }
   bool rewrite_mtext = mtext != nullptr && mtext_original != mtext->data().text;
+  // Hatch boundaries: kept as the file wrote them (edges of every kind)
+  // while the host's loops are the ones read from them; rewritten as
+  // polyline paths once the hatch was moved or its loops changed.
+  size_t loops_begin = 0, loops_end = 0;
+  const auto* hatch = dynamic_cast<const Hatch*>(&object);
+  if (hatch != nullptr) {
+    for (size_t i = 0; i < body.size(); ++i) {
+      if (loops_begin == 0 && body[i].code == 91) loops_begin = i;
+      if (loops_begin != 0 && body[i].code == 75) {
+        loops_end = i;
+        break;
+      }
+    }
+    auto part = record.Subclass("AcDbHatch");
+    if (loops_end == 0 || SameLoops(ReadHatchLoops(part ? *part : body), hatch->data().loops)) {
+      hatch = nullptr;  // nothing to rewrite
+    }
+  }
 
   // Common properties the record lacks go right after its own common
   // properties (the AcDbEntity part), so that those keep their place.
@@ -210,6 +269,11 @@ void DbWriter::EmitPatched(const Record& record, const Binding& binding) {
   for (size_t i = 0; i < body.size(); ++i) {
     const Tag& t = body[i];
     if (common_end > 0 && i == common_end) insert_unused(true);
+    if (hatch != nullptr && i == loops_begin) {
+      PutHatchLoops(hatch->data().loops);
+      i = loops_end - 1;
+      continue;
+    }
     if (t.code == 102) depth += t.text.starts_with("{") ? 1 : (depth > 0 ? -1 : 0);
     if (t.code == 101) after_embedded = true;
     if (depth == 0 && !after_embedded && t.code != 102) {
@@ -280,78 +344,6 @@ void DbWriter::EmitPatched(const Record& record, const Binding& binding) {
     std::vector<Tag> tags;
     XDataTags(*object.xdata(), &tags);
     for (const Tag& t : tags) Put(t);
-  }
-}
-
-void DbWriter::EmitNew(const DbObject& object, uint64_t owner_handle) {
-  std::vector<Tag> want;
-  Modelled(object, &want);
-  auto emit_want = [&](auto pred) {
-    for (const Tag& t : want) {
-      if (pred(t.code)) Put(t);
-    }
-  };
-  auto head = [&](std::string_view type) {
-    PutString(0, type);
-    PutHandle(5, object.handle());
-    PutHandle(330, owner_handle);
-  };
-  if (const auto* e = dynamic_cast<const Entity*>(&object)) {
-    std::string_view type, marker;
-    if (dynamic_cast<const Line*>(e)) type = "LINE", marker = "AcDbLine";
-    else if (dynamic_cast<const Circle*>(e)) type = "CIRCLE", marker = "AcDbCircle";
-    else if (dynamic_cast<const Arc*>(e)) type = "ARC", marker = "AcDbCircle";
-    else if (dynamic_cast<const PointEntity*>(e)) type = "POINT", marker = "AcDbPoint";
-    else if (dynamic_cast<const Text*>(e)) type = "TEXT", marker = "AcDbText";
-    else if (dynamic_cast<const BlockRef*>(e)) type = "INSERT", marker = "AcDbBlockReference";
-    else return;  // kinds without a writer of their own are not written
-    head(type);
-    PutString(100, "AcDbEntity");
-    if (e->block() != nullptr && e->block()->IsLayout() && e->block() != doc_.model_space()) PutInt(67, 1);
-    emit_want(IsCommonCode);
-    PutString(100, marker);
-    if (type == "ARC") {
-      emit_want([](int c) { return c == 10 || c == 20 || c == 30 || c == 40; });
-      PutString(100, "AcDbArc");
-      emit_want([](int c) { return c == 50 || c == 51; });
-    } else if (type == "TEXT") {
-      emit_want([](int c) { return !IsCommonCode(c) && c != 11 && c != 21 && c != 31; });
-      PutString(100, "AcDbText");
-    } else {
-      emit_want([](int c) { return !IsCommonCode(c); });
-    }
-    if (object.xdata()) {
-      std::vector<Tag> tags;
-      XDataTags(*object.xdata(), &tags);
-      for (const Tag& t : tags) Put(t);
-    }
-    if (const auto* ref = dynamic_cast<const BlockRef*>(e); ref && !ref->attributes().empty()) {
-      // Attributes of a new reference are not written; no SEQEND follows.
-    }
-    return;
-  }
-  if (const auto* layer = dynamic_cast<const LayerRecord*>(&object)) {
-    head("LAYER");
-    PutString(100, "AcDbSymbolTableRecord");
-    PutString(100, "AcDbLayerTableRecord");
-    PutString(2, layer->Name());
-    PutInt(70, (layer->data().frozen ? 1 : 0) | (layer->data().locked ? 4 : 0));
-    emit_want([](int c) { return c == 62 || c == 6; });
-    PutInt(370, layer->data().lineweight);
-    PutHandle(390, 0xF);
-  } else if (const auto* app = dynamic_cast<const RegApp*>(&object)) {
-    head("APPID");
-    PutString(100, "AcDbSymbolTableRecord");
-    PutString(100, "AcDbRegAppTableRecord");
-    PutString(2, app->Name());
-    PutInt(70, 0);
-  } else if (const auto* block = dynamic_cast<const BlockRecord*>(&object)) {
-    head("BLOCK_RECORD");
-    PutString(100, "AcDbSymbolTableRecord");
-    PutString(100, "AcDbBlockTableRecord");
-    PutString(2, block->Name());
-    PutInt(70, block->data().units);
-    PutInt(280, block->data().explodable ? 1 : 0);
   }
 }
 
