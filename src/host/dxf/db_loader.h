@@ -55,6 +55,9 @@ class Loader {
   void FillObject(const Record& record, DbObject* object);
   void LoadXData(const Record& record, DbObject* object);
   void LinkExtensionDictionaries();
+  // The draw order a SORTENTSTABLE's tags give its block (every entity of
+  // the block, in drawing order); `block` receives the block it names.
+  std::vector<Entity*> DrawOrderOf(std::span<const Tag> table, BlockRecord** block);
   void LinkDynamicBlocks();
   void LoadDynamicProperties();
   void DropUnusedStandardLayouts();

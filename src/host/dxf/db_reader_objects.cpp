@@ -60,6 +60,33 @@ void CollectHandles(const Record& r, std::unordered_set<uint64_t>& out) {
 
 }  // namespace
 
+std::vector<Entity*> Loader::DrawOrderOf(std::span<const Tag> table, BlockRecord** block) {
+  // The pairs (331 entity, 5 sort key) re-key the entities they name; every
+  // other entity of the block keeps its own handle as key. The block is
+  // drawn in ascending key order.
+  std::unordered_map<const Entity*, uint64_t> keys;
+  for (size_t k = 0; k < table.size(); ++k) {
+    const Tag& t = table[k];
+    if (t.code == 330) *block = dynamic_cast<BlockRecord*>(doc_.FindByHandle(HandleValue(&t)));
+    if (t.code == 331 && k + 1 < table.size() && table[k + 1].code == 5) {
+      if (auto* e = dynamic_cast<Entity*>(doc_.FindByHandle(HandleValue(&t)))) {
+        keys[e] = HandleValue(&table[k + 1]);
+      }
+    }
+  }
+  if (*block == nullptr) return {};
+  std::vector<std::pair<uint64_t, Entity*>> keyed;
+  for (Entity* e : (*block)->entities()) {
+    auto it = keys.find(e);
+    keyed.emplace_back(it != keys.end() ? it->second : e->handle(), e);
+  }
+  std::stable_sort(keyed.begin(), keyed.end(),
+                   [](const auto& a, const auto& b) { return a.first < b.first; });
+  std::vector<Entity*> order;
+  for (const auto& [key, e] : keyed) order.push_back(e);
+  return order;
+}
+
 void Loader::LoadObjects() {
   Section* section = source_.model.FindSection("OBJECTS");
   if (section == nullptr) return;
@@ -173,12 +200,7 @@ void Loader::LoadObjects() {
     } else if (auto* s = dynamic_cast<SortentsTable*>(object)) {
       auto& d = s->mutable_data();
       if (auto sub = record.Subclass("AcDbSortentsTable")) {
-        for (const Tag& t : *sub) {
-          if (t.code == 330) d.block = dynamic_cast<BlockRecord*>(doc_.FindByHandle(HandleValue(&t)));
-          if (t.code == 331) {
-            if (auto* e = dynamic_cast<Entity*>(doc_.FindByHandle(HandleValue(&t)))) d.order.push_back(e);
-          }
-        }
+        d.order = DrawOrderOf(*sub, &d.block);
       }
     }
     if (object->xdata() == nullptr) LoadXData(record, object);

@@ -261,29 +261,39 @@ std::optional<Record> DbWriter::Relinked(const Record& record, const DbObject* o
 }
 
 bool DbWriter::RelinkSortents(const SortentsTable& table, std::vector<Tag>* tags) {
-  // The table is unchanged while its order lists the file's entities in
-  // the file's sequence: the pairs stay, minus those of erased entities.
+  // The table is unchanged while the host draws the block in the order the
+  // file's pairs give it: the pairs stay, minus those of erased entities.
   // Otherwise the host's draw order is written whole: the k-th entity drawn
   // takes the k-th smallest handle as its sort key.
-  std::vector<uint64_t> in_file;
   bool dropped = false;
   for (size_t k = 0; k + 1 < tags->size(); ++k) {
     const Tag& t = (*tags)[k];
     if (t.code == 331 && (*tags)[k + 1].code == 5) {
-      uint64_t e = HandleValue(&t);
-      if (Dangling(e)) {
-        dropped = true;
-      } else {
-        in_file.push_back(e);
-      }
+      dropped = dropped || Dangling(HandleValue(&t));
       ++k;
     }
   }
-  std::vector<uint64_t> listed;
-  for (const Entity* e : table.data().order) {
-    if (Written(e)) listed.push_back(e->handle());
+  // The order the file's pairs give (its other entities keyed by their own
+  // handles), against the host's order now.
+  std::unordered_map<uint64_t, uint64_t> file_keys;
+  for (size_t k = 0; k + 1 < tags->size(); ++k) {
+    if ((*tags)[k].code == 331 && (*tags)[k + 1].code == 5) {
+      file_keys[HandleValue(&(*tags)[k])] = HandleValue(&(*tags)[k + 1]);
+    }
   }
-  bool same = listed == in_file;
+  std::vector<std::pair<uint64_t, uint64_t>> keyed;  // (key, entity)
+  std::vector<uint64_t> now;
+  for (const Entity* e : table.FullOrder()) {
+    if (!Written(e)) continue;
+    now.push_back(e->handle());
+    auto it = file_keys.find(e->handle());
+    keyed.emplace_back(it != file_keys.end() ? it->second : e->handle(), e->handle());
+  }
+  std::stable_sort(keyed.begin(), keyed.end(),
+                   [](const auto& a, const auto& b) { return a.first < b.first; });
+  std::vector<uint64_t> by_file;
+  for (const auto& [key, e] : keyed) by_file.push_back(e);
+  bool same = by_file == now;
   if (same && !dropped) return false;
   std::vector<uint64_t> order;
   for (const Entity* e : table.FullOrder()) {
