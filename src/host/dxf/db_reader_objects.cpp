@@ -2,6 +2,7 @@
 // draw-order tables, layouts, materials), extension dictionaries, dynamic
 // block links, and the entry points that build a document from a file.
 #include <fstream>
+#include <optional>
 #include <sstream>
 
 #include "host/application.h"
@@ -114,10 +115,21 @@ void Loader::LoadObjects() {
     } else if (type == "SORTENTSTABLE") {
       Bind(record, std::make_shared<SortentsTable>());
     } else if (type == "LAYOUT") {
+      // The layout's own part names it; the plot settings before it start
+      // with a page setup name, also group 1 and usually empty.
+      auto own = record.Subclass("AcDbLayout");
+      std::string_view name = record.StringOr(1);
+      std::optional<int64_t> tab_order = record.IntegerOf(71);
+      if (own) {
+        for (const Tag& t : *own) {
+          if (t.code == 1) name = t.text;
+          if (t.code == 71 && t.IsInteger()) tab_order = t.integer;
+        }
+      }
       auto it = block_by_handle.find(LayoutBlockHandle(record));
       BlockRecord* block = it == block_by_handle.end() ? nullptr : it->second;
       if (block == nullptr) {
-        Repair("layout \"" + std::string(record.StringOr(1)) + "\" names no block record: kept as it is");
+        Repair("layout \"" + std::string(name) + "\" names no block record: kept as it is");
         continue;
       }
       Layout* layout = block->data().layout;
@@ -130,9 +142,9 @@ void Loader::LoadObjects() {
         doc_.AddRecord(doc_.layouts(), layout);
       }
       auto& d = layout->mutable_data();
-      d.name = std::string(record.StringOr(1));
+      d.name = std::string(name);
       d.block = block;
-      d.tab_order = static_cast<int32_t>(IntOr(record, 71, d.tab_order));
+      d.tab_order = static_cast<int32_t>(tab_order.value_or(d.tab_order));
       block->mutable_data().layout = layout;
       layout_blocks_used_[block] = true;
     } else if (type == "MATERIAL") {

@@ -1,5 +1,6 @@
-// Draw order read from a drawing's ACAD_SORTENTS table: entities are drawn
-// by their sort keys, entities the table does not name by their handles.
+// Draw order read from a drawing's ACAD_SORTENTS table (entities are drawn
+// by their sort keys, entities the table does not name by their handles),
+// and the layouts a drawing defines.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -56,6 +57,24 @@ TEST(DxfDrawOrder, LoadedDrawingsDrawInTheOrderAnIndependentReaderComputes) {
   for (const auto& [at, handle] : placed) {
     SCOPED_TRACE(handle);
     EXPECT_EQ(order[at], handle);
+  }
+}
+
+TEST(DxfLayouts, LoadedLayoutsHaveTheirNamesAndTabOrder) {
+  if (!std::filesystem::exists(kCorpus + "acadsharp/sample_AC1018_ascii.dxf")) GTEST_SKIP() << "corpus not present";
+  InstallDxfFileIo();
+  auto app = Application::Create({.open_drawing = false});
+  ObjectRef docs = GetProperty(ObjectRef(app), "Documents").Object();
+  ObjectRef doc = CallMethod(docs, "Open", {Variant(kCorpus + "acadsharp/sample_AC1018_ascii.dxf")}).Object();
+  ObjectRef layouts = GetProperty(doc, "Layouts").Object();
+  // As ezdxf 0.18 lists them: each name with its tab.
+  const std::pair<const char*, int> expected[] = {{"Model", 0}, {"Layout1", 1}, {"Layout2", 2}, {"MyLayout", 3}};
+  EXPECT_EQ(GetProperty(layouts, "Count").RawInt(), 4);
+  for (const auto& [name, tab] : expected) {
+    SCOPED_TRACE(name);
+    ObjectRef layout = CallMethod(layouts, "Item", {Variant(std::string(name))}).Object();
+    EXPECT_EQ(GetProperty(layout, "Name").RawString(), name);
+    EXPECT_EQ(GetProperty(layout, "TabOrder").RawInt(), tab);
   }
 }
 
