@@ -92,6 +92,16 @@ TEST_F(HostImport, ADxfFileMergesPlacedAndScaledWithItsLayersAndBlocks) {
   EXPECT_EQ(CLng(GetProperty(GetProperty(doc_, "Layers").Object(), "Count")), 1);
 }
 
+TEST_F(HostImport, TheFilesBasePointLandsOnTheInsertionPoint) {
+  // The same drawing with $INSBASE (1,1,0): that point goes to (10,0).
+  std::string with_base = std::string("0\nSECTION\n2\nHEADER\n9\n$INSBASE\n10\n1.0\n20\n1.0\n30\n0.0\n0\nENDSEC\n") + kDxf;
+  CallMethod(doc_, "Import", {Variant(Write("based.dxf", with_base.c_str())), Pt(10, 0), Variant(2.0)});
+  ObjectRef line = CallMethod(ms_, "Item", {Variant(int32_t{0})}).Object();
+  // (1,2) -> (10 + 2*(1-1), 0 + 2*(2-1)) = (10,2); (4,6) -> (16,10).
+  EXPECT_EQ(GetProperty(line, "StartPoint").Array().ToDoubles(), (std::vector<double>{10, 2, 0}));
+  EXPECT_EQ(GetProperty(line, "EndPoint").Array().ToDoubles(), (std::vector<double>{16, 10, 0}));
+}
+
 TEST_F(HostImport, AFileTheReaderRefusesChangesNothing) {
   const char* broken = "0\nSECTION\n2\nENTITIES\n0\nLINE\n8\n0\n10\nnot a number\n0\nENDSEC\n0\nEOF\n";
   std::string path = Write("broken.dxf", broken);

@@ -11,6 +11,7 @@
 #include "frame/variant.h"
 #include "host/application.h"
 #include "host/dictionary.h"
+#include "host/args.h"
 #include "host/dxf/db_internal.h"
 #include "host/dxf/db_loader.h"
 #include "host/dxf/db_validate.h"
@@ -169,6 +170,13 @@ void Loader::LoadHeader() {
       if (t.IsInteger()) vars[std::string(name.substr(1))] = Variant(static_cast<int16_t>(t.integer));
     } else if (name.starts_with("$USERR")) {
       if (t.IsDouble()) vars[std::string(name.substr(1))] = Variant(t.real);
+    } else if (name == "$INSBASE") {
+      // The base point a drawing is inserted or imported by.
+      double xyz[3] = {0, 0, 0};
+      for (const Tag& c : v.tags) {
+        if (c.IsDouble() && (c.code == 10 || c.code == 20 || c.code == 30)) xyz[c.code / 10 - 1] = c.real;
+      }
+      vars["INSBASE"] = PointValue({xyz[0], xyz[1], xyz[2]});
     }
   }
 }
