@@ -62,19 +62,31 @@ Vec2 OnCircle(const Vec2& c, double r, double angle) {
   return {c.x + r * std::cos(angle), c.y + r * std::sin(angle)};
 }
 
-// An arc edge as bulged points: HATCH stores a clockwise arc with its
-// angles negated (360 - angle), so it runs from -start to -end clockwise.
-void ArcEdge(Cursor& c, HatchLoop* loop) {
-  Vec2 center = c.Point(10);
-  double radius = c.Real(40);
-  double a0 = c.Real(50) * kDegToRad;
-  double a1 = c.Real(51) * kDegToRad;
+// Where a curved edge starts and which way it turns: HATCH stores a
+// clockwise edge with its angles negated (360 - angle), so it runs from
+// -a0 to -a1 clockwise. Reads the edge's 73 (counter-clockwise) flag.
+struct Turn {
+  double start;  // radians (angle or ellipse parameter)
+  double sweep;  // (0, 2 pi]
+  double sign;   // +1 counter-clockwise, -1 clockwise
+};
+
+Turn TurnOf(Cursor& c, double a0, double a1) {
   bool ccw = c.Int(73, 1) != 0;
   double sweep = std::fmod(a1 - a0, 2 * std::numbers::pi);
   if (sweep < 0) sweep += 2 * std::numbers::pi;
   if (sweep <= 1e-12) sweep += 2 * std::numbers::pi;
-  double start = ccw ? a0 : -a0;
-  double sign = ccw ? 1.0 : -1.0;
+  return {ccw ? a0 : -a0, sweep, ccw ? 1.0 : -1.0};
+}
+
+// An arc edge as bulged points.
+void ArcEdge(Cursor& c, HatchLoop* loop) {
+  Vec2 center = c.Point(10);
+  double radius = c.Real(40);
+  double a0 = c.Real(50) * kDegToRad;  // read in file order, before 73
+  double a1 = c.Real(51) * kDegToRad;
+  Turn turn = TurnOf(c, a0, a1);
+  double sweep = turn.sweep, start = turn.start, sign = turn.sign;
   // A bulge describes at most a half turn well: split longer arcs.
   int pieces = sweep > std::numbers::pi ? 2 : 1;
   for (int k = 0; k < pieces; ++k) {
@@ -95,12 +107,8 @@ void EllipseEdge(Cursor& c, HatchLoop* loop) {
   };
   double a0 = parameter(c.Real(50) * kDegToRad);
   double a1 = parameter(c.Real(51) * kDegToRad);
-  bool ccw = c.Int(73, 1) != 0;
-  double sweep = std::fmod(a1 - a0, 2 * std::numbers::pi);
-  if (sweep < 0) sweep += 2 * std::numbers::pi;
-  if (sweep <= 1e-12) sweep += 2 * std::numbers::pi;
-  double start = ccw ? a0 : -a0;
-  double sign = ccw ? 1.0 : -1.0;
+  Turn turn = TurnOf(c, a0, a1);
+  double sweep = turn.sweep, start = turn.start, sign = turn.sign;
   Vec2 minor{-major.y * ratio, major.x * ratio};
   int steps = std::max(2, static_cast<int>(std::ceil(kEllipseSteps * sweep / (2 * std::numbers::pi))));
   for (int k = 0; k < steps; ++k) {

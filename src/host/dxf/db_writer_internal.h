@@ -22,6 +22,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "geometry/box.h"
 #include "host/document.h"
 #include "host/entities.h"
 #include "host/dxf/db_source.h"
@@ -84,6 +85,9 @@ class DbWriter {
   // records and objects); `owner_handle` is its owner's handle.
   void EmitNew(const DbObject& object, uint64_t owner_handle);
 
+  // The extents of the model-space entities written; `bounded_only` leaves
+  // out rays and construction lines.
+  geometry::BoundingBox ModelSpaceExtents(bool bounded_only) const;
   // The boundary of a hatch as polyline paths: 91 and each loop's tags.
   void PutHatchLoops(const std::vector<HatchLoop>& loops);
   // Copies `text` to storage that outlives the record being written.

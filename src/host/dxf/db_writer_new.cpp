@@ -15,6 +15,7 @@
 #include "host/dxf/db_internal.h"
 #include "host/dxf/db_writer_internal.h"
 #include "host/entities.h"
+#include "host/entity_filter.h"
 #include "host/records.h"
 
 namespace tovik::host::dxf {
@@ -34,19 +35,8 @@ Vec3 ToOcs(const Vec3& p, const Vec3& normal) {
 // The entity type written for a live entity; empty when the host cannot
 // write the kind from its own data.
 std::string_view NewTypeOf(const Entity& e) {
-  if (dynamic_cast<const Line*>(&e)) return "LINE";
-  if (dynamic_cast<const Circle*>(&e)) return "CIRCLE";
-  if (dynamic_cast<const Arc*>(&e)) return "ARC";
-  if (dynamic_cast<const PointEntity*>(&e)) return "POINT";
-  if (dynamic_cast<const Ellipse*>(&e)) return "ELLIPSE";
-  if (dynamic_cast<const LwPolyline*>(&e)) return "LWPOLYLINE";
-  if (dynamic_cast<const Text*>(&e)) return "TEXT";
-  if (dynamic_cast<const AttributeDef*>(&e)) return "ATTDEF";
-  if (dynamic_cast<const AttributeRef*>(&e)) return "ATTRIB";
-  if (dynamic_cast<const MText*>(&e)) return "MTEXT";
-  if (dynamic_cast<const BlockRef*>(&e)) return "INSERT";
-  if (dynamic_cast<const Hatch*>(&e)) return "HATCH";
-  if (dynamic_cast<const Wipeout*>(&e)) return "WIPEOUT";
+  // A raster image needs an image definition the host does not keep.
+  if (dynamic_cast<const RasterImage*>(&e)) return "";
   if (const auto* d = dynamic_cast<const Dimension*>(&e)) {
     // Arc-length and large radial dimensions need data the host does not keep.
     bool plain = d->data().kind != DimensionKind::kArcLength &&
@@ -56,16 +46,16 @@ std::string_view NewTypeOf(const Entity& e) {
   if (const auto* g = dynamic_cast<const GenericEntity*>(&e)) {
     switch (g->data().kind) {
       case GenericKind::kPolyline2d:
-      case GenericKind::kPolyline3d: return "POLYLINE";
-      case GenericKind::kRay: return "RAY";
-      case GenericKind::kXLine: return "XLINE";
-      case GenericKind::kSolid2d: return "SOLID";
-      case GenericKind::kTrace: return "TRACE";
-      case GenericKind::kFace3d: return "3DFACE";
-      default: return "";
+      case GenericKind::kPolyline3d:
+      case GenericKind::kRay:
+      case GenericKind::kXLine:
+      case GenericKind::kSolid2d:
+      case GenericKind::kTrace:
+      case GenericKind::kFace3d: break;
+      default: return "";  // kept only as the record it was read from
     }
   }
-  return "";
+  return DxfNameOf(e);
 }
 
 }  // namespace

@@ -142,17 +142,7 @@ void DbWriter::EmitNewHeader() {
   var("$DWGCODEPAGE");
   PutString(3, "ANSI_1252");
   // Extents of model space, as the drawing holds them now.
-  geometry::BoundingBox box;
-  for (const Entity* e : doc_.model_space()->entities()) {
-    if (!Written(e)) continue;
-    std::vector<Primitive> shape;
-    AppendPrimitives(*e, nullptr, &shape);
-    ShapeExtents x = ExtentsOf(shape);
-    if (x.box.has_data) {
-      box.Extend(x.box.min);
-      box.Extend(x.box.max);
-    }
-  }
+  geometry::BoundingBox box = ModelSpaceExtents(false);
   var("$EXTMIN");
   PutPoint(10, box.has_data ? box.min : Vec3{1e20, 1e20, 1e20});
   var("$EXTMAX");
@@ -267,20 +257,25 @@ void DbWriter::EmitTableHead(std::string_view name, uint64_t handle, size_t coun
   }
 }
 
-void DbWriter::EmitActiveViewport(uint64_t owner) {
-  // The view shows model space's extents (the host's stored view when the
-  // drawing is empty).
+geometry::BoundingBox DbWriter::ModelSpaceExtents(bool bounded_only) const {
   geometry::BoundingBox box;
   for (const Entity* e : doc_.model_space()->entities()) {
     if (!Written(e)) continue;
     std::vector<Primitive> shape;
     AppendPrimitives(*e, nullptr, &shape);
     ShapeExtents x = ExtentsOf(shape);
-    if (x.box.has_data && !x.unbounded) {
+    if (x.box.has_data && !(bounded_only && x.unbounded)) {
       box.Extend(x.box.min);
       box.Extend(x.box.max);
     }
   }
+  return box;
+}
+
+void DbWriter::EmitActiveViewport(uint64_t owner) {
+  // The view shows model space's extents (the host's stored view when the
+  // drawing is empty); rays and construction lines have no end to show.
+  geometry::BoundingBox box = ModelSpaceExtents(true);
   Vec3 center = PointOf(doc_.GetSysVar("VIEWCTR"));
   double height = NumberOr(doc_.GetSysVar("VIEWSIZE"), 200);
   if (box.has_data) {
