@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "frame/conversions.h"
 #include "frame/dispatch.h"
@@ -15,12 +16,18 @@
 namespace tovik::host::dxf {
 namespace {
 
-// A drawing of `version` with a (bare) BLOCK_RECORD table, so that its
-// records are patched rather than written anew as a file without one is.
+// A drawing of `version` with model space's block record and block, so
+// that its records are patched rather than written anew as those of a file
+// without them are.
 std::string Drawing(const std::string& version, const std::string& entities) {
   return "0\nSECTION\n2\nHEADER\n9\n$ACADVER\n1\n" + version +
-         "\n9\n$DWGCODEPAGE\n3\nANSI_1252\n0\nENDSEC\n"
-         "0\nSECTION\n2\nTABLES\n0\nTABLE\n2\nBLOCK_RECORD\n0\nENDTAB\n0\nENDSEC\n"
+         "\n9\n$DWGCODEPAGE\n3\nANSI_1252\n9\n$HANDSEED\n5\n100\n0\nENDSEC\n"
+         "0\nSECTION\n2\nTABLES\n0\nTABLE\n2\nBLOCK_RECORD\n5\n1\n70\n1\n"
+         "0\nBLOCK_RECORD\n5\n1F\n330\n1\n100\nAcDbSymbolTableRecord\n100\nAcDbBlockTableRecord\n"
+         "2\n*Model_Space\n0\nENDTAB\n0\nENDSEC\n"
+         "0\nSECTION\n2\nBLOCKS\n0\nBLOCK\n5\n20\n330\n1F\n100\nAcDbEntity\n8\n0\n100\nAcDbBlockBegin\n"
+         "2\n*Model_Space\n70\n0\n10\n0\n20\n0\n30\n0\n3\n*Model_Space\n"
+         "0\nENDBLK\n5\n21\n330\n1F\n100\nAcDbEntity\n8\n0\n100\nAcDbBlockEnd\n0\nENDSEC\n"
          "0\nSECTION\n2\nENTITIES\n" + entities + "0\nENDSEC\n0\nEOF\n";
 }
 
@@ -81,6 +88,26 @@ TEST(DxfWriteForm, CommonPropertiesKeepTheirSpellingAndPlace) {
   EXPECT_NE(written.find("\n  5\n51\n100\nAcDbEntity\n  8\n0\n  6\nBYBLOCK\n 62\n0\n100\nAcDbLine\n"),
             std::string::npos)
       << written;
+}
+
+TEST(DxfWriteForm, ChangedExtendedDataKeepsEveryValueInItsGroupsKind) {
+  auto app = Application::Create({.open_drawing = false});
+  // A y coordinate (1020) the file gave without its x, beside a real and an
+  // integer; a copy of the line has its extended data written from the
+  // host's values, and the file must read again.
+  auto doc = ReadDrawingBuffer(
+      *app,
+      Drawing("AC1032",
+              "0\nLINE\n5\n70\n100\nAcDbEntity\n8\n0\n100\nAcDbLine\n10\n0\n20\n0\n30\n0\n"
+              "11\n1\n21\n0\n31\n0\n1001\nAPP\n1020\n2.5\n1040\n7.25\n1070\n3\n"),
+      "x.dxf");
+  ObjectRef line = CallMethod(ObjectRef(doc), "HandleToObject", {Variant(std::string("70"))}).Object();
+  ObjectRef copy = CallMethod(line, "Copy").Object();
+  std::string written = WriteDrawing(*doc);
+  size_t at = written.find("\n  5\n" + GetProperty(copy, "Handle").RawString() + "\n");
+  ASSERT_NE(at, std::string::npos) << written;
+  EXPECT_NE(written.find("1020\n2.5\n1040\n7.25\n1070\n3\n", at), std::string::npos) << written.substr(at);
+  EXPECT_NO_THROW(ReadDrawingBuffer(*app, written, "again.dxf"));
 }
 
 TEST(DxfWriteForm, OlderFormsWithoutAnR2018EquivalentKeepTheDrawingAtR2010) {

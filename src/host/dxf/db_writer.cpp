@@ -47,9 +47,15 @@ DbWriter::DbWriter(const Document& doc, DxfSource& source, std::string* out)
   // upgraded on the way), unless it holds data that version has no form for.
   std::string_view original = source.model.version();
   version_ = std::string(WriteVersionFor(source.model));
+  // Records are patched in place only when the file has the block records
+  // they hang from (model space's at least); otherwise everything is
+  // written from the live objects.
   bool has_block_records = false;
   if (const Section* tables = source.model.FindSection("TABLES")) {
-    for (const Table& t : tables->tables) has_block_records |= t.Name() == "BLOCK_RECORD";
+    for (const Table& t : tables->tables) {
+      if (t.Name() != "BLOCK_RECORD") continue;
+      for (const Record& entry : t.entries) has_block_records |= FoldName(entry.StringOr(2)) == "*model_space";
+    }
   }
   bool read = !source.model.sections().empty();
   upgrade_ = read && (original.empty() || original < "AC1015");

@@ -65,7 +65,8 @@ void DbWriter::XDataTags(const XData& xdata, std::vector<Tag>* out) {
           hex += digits;
         }
         out->push_back(Tag::String(1004, Keep(hex)));
-      } else if (item.code >= 1040 && item.code <= 1042) {
+      } else if (KindOfCode(item.code) == ValueKind::kDouble) {
+        // Reals, and a point's y or z the file gave without its x.
         out->push_back(Tag::Double(item.code, v.IsNumber() ? (v.Type() == VarType::kDouble ? v.RawDouble() : static_cast<double>(v.RawInt())) : 0));
       } else if (item.code == 1070 || item.code == 1071) {
         out->push_back(Tag::Integer(item.code, v.IsNumber() ? v.RawInt() : 0));
