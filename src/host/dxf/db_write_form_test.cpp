@@ -110,6 +110,25 @@ TEST(DxfWriteForm, ChangedExtendedDataKeepsEveryValueInItsGroupsKind) {
   EXPECT_NO_THROW(ReadDrawingBuffer(*app, written, "again.dxf"));
 }
 
+TEST(DxfWriteForm, AFileWithoutModelSpacesBlockRecordIsWrittenAnewOnce) {
+  auto app = Application::Create({.open_drawing = false});
+  // An R2018 file with objects but no block records (found by fuzzing): its
+  // drawing is written from the live objects, each of them once.
+  auto doc = ReadDrawingBuffer(
+      *app,
+      "0\nSECTION\n2\nHEADER\n9\n$ACADVER\n1\nAC1032\n0\nENDSEC\n"
+      "0\nSECTION\n2\nENTITIES\n0\nLINE\n5\n30\n100\nAcDbEntity\n8\n0\n100\nAcDbLine\n"
+      "10\n0\n20\n0\n30\n0\n11\n1\n21\n0\n31\n0\n0\nENDSEC\n"
+      "0\nSECTION\n2\nOBJECTS\n0\nDICTIONARY\n5\nA\n330\n0\n100\nAcDbDictionary\n3\nACAD_GROUP\n350\nB\n"
+      "0\nDICTIONARY\n5\nB\n330\nA\n100\nAcDbDictionary\n0\nENDSEC\n0\nEOF\n",
+      "o.dxf");
+  std::string written = WriteDrawing(*doc);
+  size_t first = written.find("\nDICTIONARY\n  5\nA\n");
+  ASSERT_NE(first, std::string::npos);
+  EXPECT_EQ(written.find("\nDICTIONARY\n  5\nA\n", first + 1), std::string::npos);
+  EXPECT_NO_THROW(ReadDrawingBuffer(*app, written, "again.dxf"));
+}
+
 TEST(DxfWriteForm, OlderFormsWithoutAnR2018EquivalentKeepTheDrawingAtR2010) {
   auto app = Application::Create({.open_drawing = false});
   const std::string solid =

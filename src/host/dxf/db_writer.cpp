@@ -544,9 +544,10 @@ void DbWriter::EmitObjects(const Section* section) {
       auto it = source_.bindings.find(&r);
       if (it == source_.bindings.end()) {
         EmitRaw(r);
-      } else if (Written(it->second.object)) {
+      } else if (!all_new_ && Written(it->second.object)) {
         EmitBound(r, it->second);
       }
+      // Written anew (all_new_), live objects come from the tree below.
     }
   }
   // The named-object dictionary comes first in a file that had none.
