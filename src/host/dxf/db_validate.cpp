@@ -48,6 +48,19 @@ uint64_t MaxHandle(const TagModel& model) {
 }
 
 void ValidateModel(const TagModel& model, std::string_view file_name) {
+  // Each of the sections the drawing is built from may come once: a second
+  // TABLES or BLOCKS would define everything again.
+  std::unordered_map<int, const Section*> kinds;
+  for (const Section& section : model.sections()) {
+    if (section.kind == SectionKind::kOther) continue;
+    auto [it, fresh] = kinds.emplace(static_cast<int>(section.kind), &section);
+    if (!fresh) {
+      const Tag* name = section.begin.Find(2);
+      throw ReadError(file_name, PositionKindOf(model), name ? name->position : section.begin.head.position, 2,
+                      "a second " + std::string(section.name) + " section (the first begins at " +
+                          PlaceText(model, it->second->begin.head.position) + ")");
+    }
+  }
   std::unordered_map<uint64_t, uint32_t> seen;
   ForEachRecord(model, [&](const Record& r) {
     uint64_t h = HandleOf(r);
