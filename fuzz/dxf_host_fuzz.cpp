@@ -4,6 +4,7 @@
 // write a file that loads again.
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <string>
 
@@ -27,6 +28,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     again->Close();
   } catch (const tovik::AutomationError& e) {
     // What the host wrote must always read back.
+    std::fprintf(stderr, "the written drawing does not read: %s\n", e.Description().c_str());
     std::abort();
   }
   doc->Close();

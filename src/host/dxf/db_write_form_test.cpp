@@ -129,6 +129,20 @@ TEST(DxfWriteForm, AFileWithoutModelSpacesBlockRecordIsWrittenAnewOnce) {
   EXPECT_NO_THROW(ReadDrawingBuffer(*app, written, "again.dxf"));
 }
 
+TEST(DxfWriteForm, HeaderVariablesTheHostWritesTakeTheirOwnGroupCodes) {
+  auto app = Application::Create({.open_drawing = false});
+  // A damaged header (found by fuzzing): $USERR1 with an integer's code 70
+  // and $ACADVER with code 70 too. The copy writes a real (40) and a text
+  // (1), so that it reads.
+  auto doc = ReadDrawingBuffer(*app,
+                               "0\nSECTION\n2\nHEADER\n9\n$ACADVER\n1\nAC1032\n9\n$USERR1\n70\n3\n"
+                               "0\nENDSEC\n0\nSECTION\n2\nENTITIES\n0\nENDSEC\n0\nEOF\n",
+                               "h.dxf");
+  std::string written = WriteDrawing(*doc);
+  EXPECT_NE(written.find("$USERR1\n 40\n0.0\n"), std::string::npos) << written;
+  EXPECT_NO_THROW(ReadDrawingBuffer(*app, written, "again.dxf"));
+}
+
 TEST(DxfWriteForm, OlderFormsWithoutAnR2018EquivalentKeepTheDrawingAtR2010) {
   auto app = Application::Create({.open_drawing = false});
   const std::string solid =

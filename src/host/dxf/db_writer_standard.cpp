@@ -97,28 +97,29 @@ void DbWriter::EmitHeader(const Section& section) {
     Put(v.name_tag);
     std::string_view name = v.name;
     if (v.tags.empty()) continue;
+    // Variables the host writes take their own group codes, whatever code
+    // the file gave them (a damaged file may give a text an integer's code).
     if (name == "$ACADVER") {
-      PutString(v.tags[0].code, version_);
+      PutString(1, version_);
     } else if (name == "$CLAYER" && doc_.active_layer() != nullptr &&
                FoldName(v.tags[0].text) != FoldName(doc_.active_layer()->Name())) {
-      PutString(v.tags[0].code, doc_.active_layer()->Name());
+      PutString(8, doc_.active_layer()->Name());
     } else if (name == "$TILEMODE" && v.tags[0].IsInteger() &&
                (v.tags[0].integer != 0) != doc_.model_active()) {
-      PutInt(v.tags[0].code, doc_.model_active() ? 1 : 0);
+      PutInt(70, doc_.model_active() ? 1 : 0);
     } else if (name == "$HANDSEED") {
-      PutHandle(v.tags[0].code, HandleSeed());
+      PutHandle(5, HandleSeed());
       seed_written = true;
     } else if ((name == "$INSUNITS" || name.starts_with("$USERI") || name.starts_with("$USERR")) &&
                vars.count(std::string(name.substr(1)))) {
       const Variant& value = vars[std::string(name.substr(1))];
+      const Tag& t = v.tags[0];
       if (name.starts_with("$USERR") && value.IsNumber()) {
-        Tag t = v.tags[0];
-        if (t.real != value.RawDouble()) t = Tag::Double(t.code, value.RawDouble());
-        Put(t);
+        bool same = t.code == 40 && t.IsDouble() && t.real == value.RawDouble();
+        Put(same ? t : Tag::Double(40, value.RawDouble()));
       } else if (value.IsNumber()) {
-        Tag t = v.tags[0];
-        if (t.integer != value.RawInt()) t = Tag::Integer(t.code, value.RawInt());
-        Put(t);
+        bool same = t.code == 70 && t.IsInteger() && t.integer == value.RawInt();
+        Put(same ? t : Tag::Integer(70, value.RawInt()));
       } else {
         Put(v.tags[0]);
       }
