@@ -143,6 +143,24 @@ TEST(DxfWriteForm, HeaderVariablesTheHostWritesTakeTheirOwnGroupCodes) {
   EXPECT_NO_THROW(ReadDrawingBuffer(*app, written, "again.dxf"));
 }
 
+TEST(DxfWriteForm, SectionsAreWrittenInTheirStandardOrderEachOnce) {
+  auto app = Application::Create({.open_drawing = false});
+  // ENTITIES before CLASSES (found by fuzzing: the copy had CLASSES twice).
+  auto doc = ReadDrawingBuffer(*app,
+                               "0\nSECTION\n2\nHEADER\n9\n$ACADVER\n1\nAC1032\n0\nENDSEC\n"
+                               "0\nSECTION\n2\nENTITIES\n0\nENDSEC\n0\nSECTION\n2\nCLASSES\n0\nENDSEC\n0\nEOF\n",
+                               "s.dxf");
+  std::string written = WriteDrawing(*doc);
+  std::vector<std::string> sections;
+  for (size_t at = written.find("SECTION\n  2\n"); at != std::string::npos;
+       at = written.find("SECTION\n  2\n", at + 1)) {
+    size_t name = at + 12;
+    sections.push_back(written.substr(name, written.find('\n', name) - name));
+  }
+  EXPECT_EQ(sections, (std::vector<std::string>{"HEADER", "CLASSES", "TABLES", "BLOCKS", "ENTITIES", "OBJECTS"}));
+  EXPECT_NO_THROW(ReadDrawingBuffer(*app, written, "again.dxf"));
+}
+
 TEST(DxfWriteForm, OlderFormsWithoutAnR2018EquivalentKeepTheDrawingAtR2010) {
   auto app = Application::Create({.open_drawing = false});
   const std::string solid =

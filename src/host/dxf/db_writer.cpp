@@ -232,28 +232,21 @@ void DbWriter::Run() {
   std::string* final_out = out_;
   std::string body;
   out_ = &body;
+  // The drawing's sections in their standard order (a file may list them
+  // in another), each the file's own or generated; then the file's other
+  // sections (THUMBNAILIMAGE, ACDSDATA...) as they came.
   std::vector<const Section*> others;
-  bool done[6] = {};
-  auto emit_standard_upto = [&](size_t upto) {
-    for (size_t k = 1; k < upto; ++k) {
-      if (!done[k]) {
-        done[k] = true;
-        EmitSectionOf(kStandardSections[k], nullptr);
-      }
-    }
-  };
+  const Section* standard[6] = {};
   for (const Section& section : source_.model.sections()) {
     auto it = std::find(std::begin(kStandardSections), std::end(kStandardSections), section.kind);
     size_t index = static_cast<size_t>(it - std::begin(kStandardSections));
-    if (it == std::end(kStandardSections) || index == 0 || done[index]) {
-      if (index != 0) others.push_back(&section);
-      continue;
+    if (it == std::end(kStandardSections)) {
+      others.push_back(&section);
+    } else if (index != 0 && standard[index] == nullptr) {
+      standard[index] = &section;  // HEADER (0) is written last, below
     }
-    emit_standard_upto(index);
-    done[index] = true;
-    EmitSectionOf(section.kind, &section);
   }
-  emit_standard_upto(6);
+  for (size_t k = 1; k < 6; ++k) EmitSectionOf(kStandardSections[k], standard[k]);
   for (const Section* section : others) EmitSectionOf(section->kind, section);
   PutString(0, "EOF");
 
