@@ -161,6 +161,24 @@ TEST(DxfWriteForm, SectionsAreWrittenInTheirStandardOrderEachOnce) {
   EXPECT_NO_THROW(ReadDrawingBuffer(*app, written, "again.dxf"));
 }
 
+TEST(DxfWriteForm, ADictionaryEntryNamingATableRecordLeavesItInItsTable) {
+  auto app = Application::Create({.open_drawing = false});
+  // The named-object dictionary names layer "Walls" (found by fuzzing: the
+  // layer was written a second time among the objects).
+  std::string dxf = Drawing("AC1032", "");
+  dxf.replace(dxf.find("0\nENDTAB\n"), 0,
+              "0\nENDTAB\n0\nTABLE\n2\nLAYER\n5\n2\n70\n1\n0\nLAYER\n5\n40\n330\n2\n"
+              "100\nAcDbSymbolTableRecord\n100\nAcDbLayerTableRecord\n2\nWalls\n70\n0\n62\n7\n6\nContinuous\n");
+  dxf.replace(dxf.find("0\nEOF\n"), 0,
+              "0\nSECTION\n2\nOBJECTS\n0\nDICTIONARY\n5\nA\n330\n0\n100\nAcDbDictionary\n3\nX\n350\n40\n0\nENDSEC\n");
+  auto doc = ReadDrawingBuffer(*app, dxf, "d.dxf");
+  std::string written = WriteDrawing(*doc);
+  size_t first = written.find("\nLAYER\n  5\n40\n");
+  ASSERT_NE(first, std::string::npos) << written;
+  EXPECT_EQ(written.find("\nLAYER\n  5\n40\n", first + 1), std::string::npos);
+  EXPECT_NO_THROW(ReadDrawingBuffer(*app, written, "again.dxf"));
+}
+
 TEST(DxfWriteForm, OlderFormsWithoutAnR2018EquivalentKeepTheDrawingAtR2010) {
   auto app = Application::Create({.open_drawing = false});
   const std::string solid =

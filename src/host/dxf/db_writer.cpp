@@ -571,6 +571,13 @@ void DbWriter::EmitObjectTree(const DbObject& container) {
   if (dict == nullptr || !walked_.insert(dict).second) return;
   for (const DictEntry& e : EntriesOf(*dict)) {
     if (e.object == nullptr || !Written(e.object)) continue;
+    // An entry naming an entity or a table record (a damaged file may) does
+    // not move it here: those are written in their own sections.
+    if (dynamic_cast<const Entity*>(e.object) ||
+        (dynamic_cast<const NamedRecord*>(e.object) && !dynamic_cast<const Layout*>(e.object) &&
+         !dynamic_cast<const MaterialRecord*>(e.object))) {
+      continue;
+    }
     if (!emitted_.count(e.object)) {
       emitted_.insert(e.object);
       uint64_t owner = e.object->owner() != nullptr && Written(e.object->owner())
