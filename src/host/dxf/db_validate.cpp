@@ -42,8 +42,15 @@ std::string PlaceText(const TagModel& model, uint32_t position) {
 }  // namespace
 
 uint64_t MaxHandle(const TagModel& model) {
+  // Handles the file only mentions count too (a dangling reference a repair
+  // drops): a new object must not take one of them.
   uint64_t top = 0;
-  ForEachRecord(model, [&](const Record& r) { top = std::max(top, HandleOf(r)); });
+  ForEachRecord(model, [&](const Record& r) {
+    top = std::max(top, HandleOf(r));
+    for (const Tag& t : r.tags) {
+      if (t.kind == ValueKind::kHandle && t.integer > 0) top = std::max(top, static_cast<uint64_t>(t.integer));
+    }
+  });
   return top;
 }
 
