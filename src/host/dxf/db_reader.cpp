@@ -5,6 +5,7 @@
 #include "host/dxf/db_reader.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <fstream>
 #include <sstream>
 
@@ -128,9 +129,19 @@ void Loader::Run() {
     if (!seed->tags.empty()) {
       uint64_t value = HandleValue(&seed->tags[0]);
       if (value == 0 && !seed->tags[0].text.empty()) {
+        errno = 0;
         value = std::strtoull(std::string(seed->tags[0].text).c_str(), nullptr, 16);
+        if (errno == ERANGE) value = UINT64_MAX;  // reported below
       }
-      if (value > doc_.handle_seed()) doc_.set_handle_seed(value);
+      // A seed so large that handles counting up from it would wrap round
+      // is no seed: the host's own (above every handle in the file) stays.
+      constexpr uint64_t kLargestSeed = uint64_t{1} << 62;
+      if (value > kLargestSeed) {
+        Repair("$HANDSEED " + std::string(seed->tags[0].text.substr(0, 24)) +
+               " is out of range: handles continue from the file's largest");
+      } else if (value > doc_.handle_seed()) {
+        doc_.set_handle_seed(value);
+      }
     }
   }
   doc_.journal() = Journal();
