@@ -31,8 +31,9 @@ doc.saveas(path)
 PY
 SIZE=$(stat -c %s "$DIR/big.dxf")
 echo "drawing: $N entities, $SIZE bytes"
-# Runs a command and prints "SECONDS PEAK_KB".
-measure() { /usr/bin/time -f "%e %M" "$@" 2>&1 >/dev/null | tail -1; }
+# Runs a command and prints "CPU_SECONDS PEAK_KB": processor time (user +
+# system), so that other work on the machine does not skew the ratios.
+measure() { /usr/bin/time -f "%U %S %M" "$@" 2>&1 >/dev/null | tail -1 | awk '{ printf "%.2f %s\n", $1 + $2, $3 }'; }
 set -- $(measure "$TOVIK" info "$DIR/big.dxf"); TL=$1; TLM=$2
 set -- $(measure "$TOVIK" convert "$DIR/big.dxf" "$DIR/out.dxf"); TLS=$1; TLSM=$2
 set -- $(measure /usr/bin/python3 -c 'import sys,ezdxf; ezdxf.readfile(sys.argv[1])' "$DIR/big.dxf"); EL=$1; ELM=$2
@@ -43,10 +44,10 @@ size, tl, tlm, tls, tlsm, el, elm, els = (float(v) for v in sys.argv[1:])
 mb = size / 1e6
 # Saving alone: the difference of the two runs (noise can make it tiny).
 ts, es = max(tls - tl, 0.01), max(els - el, 0.01)
-print(f"tovik load       {tl:7.2f} s  {mb / tl:7.1f} MB/s  peak {tlm / 1024:7.0f} MB = {tlm * 1024 / size:4.1f} x file")
-print(f"tovik load+save  {tls:7.2f} s  peak {tlsm / 1024:7.0f} MB = {tlsm * 1024 / size:4.1f} x file")
-print(f"ezdxf load       {el:7.2f} s  {mb / el:7.1f} MB/s  peak {elm / 1024:7.0f} MB = {elm * 1024 / size:4.1f} x file")
-print(f"ezdxf load+save  {els:7.2f} s")
+print(f"tovik load       {tl:7.2f} s CPU  {mb / tl:7.1f} MB/s  peak {tlm / 1024:7.0f} MB = {tlm * 1024 / size:4.1f} x file")
+print(f"tovik load+save  {tls:7.2f} s CPU  peak {tlsm / 1024:7.0f} MB = {tlsm * 1024 / size:4.1f} x file")
+print(f"ezdxf load       {el:7.2f} s CPU  {mb / el:7.1f} MB/s  peak {elm / 1024:7.0f} MB = {elm * 1024 / size:4.1f} x file")
+print(f"ezdxf load+save  {els:7.2f} s CPU")
 print(f"ratios: load {el / tl:.1f}x faster (aim 100x), save {es / ts:.1f}x faster (aim 50x), "
       f"load+save {els / tls:.1f}x; peak memory {tlsm * 1024 / size:.1f}x file (aim under 2x)")
 PY
