@@ -381,7 +381,9 @@ void Loader::LoadXData(const Record& record, DbObject* object) {
         item.value = Variant(t.real);
       } else if (t.code == 1070) {
         item.value = Variant(static_cast<int16_t>(t.integer));
-      } else if (t.code == 1071) {
+      } else if (t.code == 1071 || t.IsInteger()) {
+        // 1071, and integers under codes extended data does not define
+        // (kept as the file has them).
         item.value = Variant(static_cast<int32_t>(t.integer));
       } else if (t.code == 1004) {
         std::string bytes = t.BinaryBytes();

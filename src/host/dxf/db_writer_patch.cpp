@@ -68,7 +68,9 @@ void DbWriter::XDataTags(const XData& xdata, std::vector<Tag>* out) {
       } else if (KindOfCode(item.code) == ValueKind::kDouble) {
         // Reals, and a point's y or z the file gave without its x.
         out->push_back(Tag::Double(item.code, v.IsNumber() ? (v.Type() == VarType::kDouble ? v.RawDouble() : static_cast<double>(v.RawInt())) : 0));
-      } else if (item.code == 1070 || item.code == 1071) {
+      } else if (item.code == 1070 || item.code == 1071 || KindOfCode(item.code) == ValueKind::kInt16 ||
+                 KindOfCode(item.code) == ValueKind::kInt32 || KindOfCode(item.code) == ValueKind::kInt64 ||
+                 KindOfCode(item.code) == ValueKind::kBool) {
         out->push_back(Tag::Integer(item.code, v.IsNumber() ? v.RawInt() : 0));
       } else {
         out->push_back(Tag::String(item.code, Keep(v.IsString() ? v.RawString() : std::string())));
