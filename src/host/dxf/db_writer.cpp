@@ -35,14 +35,19 @@ constexpr std::string_view kTableNames[] = {"VPORT", "LTYPE", "LAYER", "STYLE", 
 
 // The dictionaries of the named-object dictionary the writer supplies when
 // the file has none: what AutoCAD-class readers expect of every drawing.
+// The size of the pieces the body is held in until the header is written:
+// large enough that handing one over costs little, small enough that the
+// body never needs one buffer as large as the file.
+constexpr size_t kPieceSize = size_t{1} << 20;
+
 constexpr std::string_view kStandardKeys[] = {"ACAD_GROUP", "ACAD_LAYOUT", "ACAD_MATERIAL",
                                               "ACAD_MLINESTYLE", "ACAD_PLOTSETTINGS",
                                               "ACAD_PLOTSTYLENAME"};
 
 }  // namespace
 
-DbWriter::DbWriter(const Document& doc, DxfSource& source, std::string* out)
-    : doc_(const_cast<Document&>(doc)), source_(source), out_(out) {
+DbWriter::DbWriter(const Document& doc, DxfSource& source)
+    : doc_(const_cast<Document&>(doc)), source_(source) {
   // Every drawing is written in the host's version (older files are
   // upgraded on the way), unless it holds data that version has no form for.
   std::string_view original = source.model.version();
@@ -68,10 +73,21 @@ void DbWriter::Put(const Tag& tag) {
       Tag copy = tag;
       copy.text = escaped;
       AppendTag(copy, nullptr, LineEnd::kLf, out_);
-      return;
+    } else {
+      AppendTag(tag, nullptr, LineEnd::kLf, out_);
     }
+  } else {
+    AppendTag(tag, encoder_.get(), LineEnd::kLf, out_);
   }
-  AppendTag(tag, encoder_.get(), LineEnd::kLf, out_);
+  if (holding_body_ && out_->size() >= kPieceSize) StartPiece();
+}
+
+void DbWriter::StartPiece() {
+  // A deque: the pieces already written stay where they are, so out_ never
+  // dangles and no piece is copied as the body grows.
+  out_ = &pieces_.emplace_back();
+  // Room for the piece and the tag that overflows it, usually one line.
+  out_->reserve(kPieceSize + 4096);
 }
 
 void DbWriter::PutString(int code, std::string_view text) {
@@ -221,11 +237,10 @@ void DbWriter::Plan() {
 
 // ---------------------------------------------------------------- run
 
-void DbWriter::Run() {
+void DbWriter::Run(const TextSink& sink) {
   Plan();
-  std::string* final_out = out_;
-  std::string body;
-  out_ = &body;
+  holding_body_ = true;
+  StartPiece();
   std::vector<const Section*> others;
   bool done[6] = {};
   auto emit_standard_upto = [&](size_t upto) {
@@ -252,7 +267,9 @@ void DbWriter::Run() {
   PutString(0, "EOF");
 
   // The header last: $HANDSEED is known only now.
-  out_ = final_out;
+  holding_body_ = false;
+  std::string header;
+  out_ = &header;
   for (const Tag& t : source_.model.leading()) Put(t);
   kept_.clear();
   if (const Section* header = source_.model.FindSection("HEADER")) {
@@ -266,7 +283,12 @@ void DbWriter::Run() {
     EmitNewHeader();
     PutString(0, "ENDSEC");
   }
-  out_->append(body);
+  out_ = nullptr;
+  sink(header);
+  while (!pieces_.empty()) {
+    sink(pieces_.front());
+    pieces_.pop_front();
+  }
 }
 
 void DbWriter::EmitSectionOf(SectionKind kind, const Section* section) {
@@ -588,27 +610,48 @@ void DbWriter::EmitObjectTree(const DbObject& container) {
 
 // ---------------------------------------------------------------- entry points
 
-std::string WriteDrawing(const Document& document) {
+namespace {
+
+// The source `document` was read from, or an empty model for a drawing not
+// read from DXF: every section, table and record is then generated from
+// the database.
+std::shared_ptr<DxfSource> SourceOrEmpty(const Document& document) {
   std::shared_ptr<DxfSource> source = SourceOf(document);
   if (source == nullptr) {
-    // A drawing not read from DXF walks an empty model: every section,
-    // table and record is generated from the database.
     source = std::make_shared<DxfSource>(TagModel::Load(std::string("  0\nEOF\n"), "new"));
   }
+  return source;
+}
+
+}  // namespace
+
+std::string WriteDrawing(const Document& document) {
+  std::shared_ptr<DxfSource> source = SourceOrEmpty(document);
   std::string out;
   // About the size of the file read: the text does not have to move as it
   // grows (pages reserved but never written cost nothing).
   out.reserve(source->model.source_size() + source->model.source_size() / 8 + (1 << 16));
-  DbWriter writer(document, *source, &out);
-  writer.Run();
+  DbWriter writer(document, *source);
+  writer.Run([&out](std::string_view piece) { out.append(piece); });
   return out;
 }
 
 void WriteDrawingFile(const Document& document, const std::string& path) {
-  std::string text = WriteDrawing(document);
-  std::ofstream file(path, std::ios::binary | std::ios::trunc);
-  if (file) file.write(text.data(), static_cast<std::streamsize>(text.size()));
-  if (!file) {
+  std::shared_ptr<DxfSource> source = SourceOrEmpty(document);
+  DbWriter writer(document, *source);
+  // The file is opened with the first piece, once the whole drawing is
+  // written: a drawing that cannot be written leaves an existing file alone.
+  std::ofstream file;
+  bool opened = false;
+  writer.Run([&](std::string_view piece) {
+    if (!opened) {
+      file.open(path, std::ios::binary | std::ios::trunc);
+      opened = true;
+    }
+    if (file) file.write(piece.data(), static_cast<std::streamsize>(piece.size()));
+  });
+  if (opened && file) file.close();
+  if (!opened || !file) {
     throw AutomationError(kReadFailedNumber, path + ": cannot write the file",
                           std::string(kHostErrorSource));
   }

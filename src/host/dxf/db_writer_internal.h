@@ -13,11 +13,13 @@
 
 #include <cstdio>
 #include <deque>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <unordered_set>
 #include <vector>
@@ -71,10 +73,16 @@ bool WrittenFromSource(const Entity& entity);
 
 class DbWriter {
  public:
-  DbWriter(const Document& doc, DxfSource& source, std::string* out);
+  DbWriter(const Document& doc, DxfSource& source);
 
-  // Writes the whole drawing.
-  void Run();
+  // Receives the written text piece by piece, in file order.
+  using TextSink = std::function<void(std::string_view piece)>;
+  // Writes the whole drawing to `sink`. The header comes first in the file
+  // but is written last ($HANDSEED is known only once every record has its
+  // handle), so the body is held until then in pieces of about a megabyte;
+  // `sink` receives nothing before the whole drawing is written, and each
+  // piece is freed as soon as `sink` has it.
+  void Run(const TextSink& sink);
 
   // A record bound to a live object, with the modelled groups patched from
   // the object and its extended data regenerated when it changed.
@@ -217,9 +225,15 @@ class DbWriter {
   void EmitNewObject(const DbObject& object, uint64_t owner);
   void EmitSeqend(const Entity& owner_entity);
 
+  // Ends the body's current piece and starts the next one.
+  void StartPiece();
+
   Document& doc_;
   DxfSource& source_;
-  std::string* out_;
+  // Where Put appends: the current piece of the body, then the header.
+  std::string* out_ = nullptr;
+  std::deque<std::string> pieces_;
+  bool holding_body_ = false;
   std::unique_ptr<TextEncoder> encoder_;
   std::string version_;
   // A file before R2000 is upgraded: standard records it never named are
