@@ -11,6 +11,7 @@
 #include "host/block.h"
 #include "host/document.h"
 #include "host/dxf/db_source.h"
+#include "host/dxf/record_fields.h"
 #include "host/entities.h"
 #include "host/records.h"
 
@@ -61,7 +62,7 @@ class Loader {
   void LinkDynamicBlocks();
   void LoadDynamicProperties();
   void DropUnusedStandardLayouts();
-  void ApplyCommon(const Record& record, Entity* entity);
+  void ApplyCommon(const RecordFields& record, Entity* entity);
   void Pace();
 
   Document& doc_;
@@ -74,6 +75,8 @@ class Loader {
   std::unordered_map<std::string, RegApp*> regapps_;
   std::unordered_map<const BlockRecord*, bool> layout_blocks_used_;
   size_t since_pace_ = 0;
+  // Where the entity loader indexes one record's groups at a time.
+  FieldTable fields_;
 
   friend class EntityMapper;
 };

@@ -161,19 +161,30 @@ void Loader::LoadObjects() {
       }
     }
   }
+  // Every handle the file defines, to tell an entry naming a record the
+  // host keeps raw from one naming nothing. Gathered only when an entry
+  // names no live object: most files never need it, and it costs a walk
+  // over every record.
   std::unordered_set<uint64_t> defined;
-  for (const Section& s : source_.model.sections()) {
-    for (const Table& t : s.tables) {
-      CollectHandles(t.head, defined);
-      for (const Record& e : t.entries) CollectHandles(e, defined);
+  bool gathered = false;
+  auto is_defined = [&](uint64_t handle) {
+    if (!gathered) {
+      gathered = true;
+      for (const Section& s : source_.model.sections()) {
+        for (const Table& t : s.tables) {
+          CollectHandles(t.head, defined);
+          for (const Record& e : t.entries) CollectHandles(e, defined);
+        }
+        for (const Block& b : s.blocks) {
+          CollectHandles(b.begin, defined);
+          CollectHandles(b.end, defined);
+          for (const Record& e : b.entities) CollectHandles(e, defined);
+        }
+        for (const Record& r : s.records) CollectHandles(r, defined);
+      }
     }
-    for (const Block& b : s.blocks) {
-      CollectHandles(b.begin, defined);
-      CollectHandles(b.end, defined);
-      for (const Record& e : b.entities) CollectHandles(e, defined);
-    }
-    for (const Record& r : s.records) CollectHandles(r, defined);
-  }
+    return defined.count(handle) != 0;
+  };
   for (const Record& record : section->records) {
     auto it = source_.bindings.find(&record);
     if (it == source_.bindings.end()) {
@@ -191,7 +202,7 @@ void Loader::LoadObjects() {
           if (DbObject* target = doc_.FindByHandle(h)) {
             entries.emplace_back(key, target);
             if (t.code == 360 || target->owner() == nullptr) target->set_owner(dict);
-          } else if (defined.count(h) == 0) {
+          } else if (!is_defined(h)) {
             Repair("dictionary " + std::string(record.Handle()) + " entry \"" + key +
                    "\" points to missing object " + std::string(t.text) + ": removed");
           }
