@@ -20,6 +20,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <typeinfo>
 #include <unordered_map>
 #include <unordered_set>
 #include <vector>
@@ -118,6 +119,11 @@ class DbWriter {
   void Modelled(const DbObject& object, std::vector<Tag>* want);
   // Extended data as tags.
   void XDataTags(const XData& xdata, std::vector<Tag>* out);
+  // Which of the kinds the patching code tells apart `object` is, one bit
+  // each (kIs... in db_writer_patch.cpp). Each answer is a dynamic_cast,
+  // and a failed one compares type names; a record is patched after a
+  // dozen or more of them, so the bits are remembered per dynamic type.
+  uint32_t KindsOf(const DbObject& object);
 
   Document& doc() const { return doc_; }
   // A handle for a record the host has no object for (BLOCK, ENDBLK, SEQEND).
@@ -259,6 +265,8 @@ class DbWriter {
   std::unordered_set<const DbObject*> emitted_;
   std::unordered_set<const DbObject*> walked_;
   uint64_t plot_style_normal_ = 0;
+  // KindsOf's answers by dynamic type (a handful of types per drawing).
+  std::vector<std::pair<const std::type_info*, uint32_t>> kinds_;
   // Classes of the objects written from scratch ("LAYOUT", "WIPEOUT"...).
   std::unordered_set<std::string> needed_classes_;
 };
