@@ -157,6 +157,9 @@ const std::vector<const Group*>* DbWriter::GroupsOf(const Entity* entity) const 
 
 void DbWriter::Plan() {
   next_handle_ = doc_.handle_seed();
+  // About one entry per record each: make room once.
+  bound_by_handle_.reserve(source_.bindings.size());
+  emitted_.reserve(source_.bindings.size());
   for (const auto& [record, binding] : source_.bindings) {
     if (uint64_t h = HandleOf(*record)) bound_by_handle_[h] = binding.object;
   }
@@ -362,7 +365,7 @@ void DbWriter::EmitTable(std::string_view name, const Table* table) {
         EmitUpgradedRaw(entry, owner, name);
       } else if ((name == "DIMSTYLE" || name == "LTYPE") && Written(bound->second.object)) {
         // The host keeps little of these: the record is kept, upgraded.
-        emitted_.insert(bound->second.object);
+        emitted_[bound->second.object] = true;
         EmitPatched(UpgradedEntry(entry, *bound->second.object, owner, name), bound->second);
       }
     }
@@ -535,7 +538,7 @@ void DbWriter::EmitEntity(const Record& record) {
 }
 
 void DbWriter::EmitBound(const Record& record, const Binding& binding) {
-  emitted_.insert(binding.object);
+  emitted_[binding.object] = true;
   if (std::optional<Record> relinked = Relinked(record, binding.object)) {
     EmitPatched(*relinked, binding);
   } else {
@@ -567,7 +570,7 @@ void DbWriter::EmitObjects(const Section* section) {
   }
   // The named-object dictionary comes first in a file that had none.
   if (IsNew(root)) {
-    emitted_.insert(root);
+    emitted_[root] = true;
     EmitNew(*root, 0);
   }
   for (const StandardObject& s : standard_) {
@@ -580,7 +583,7 @@ void DbWriter::EmitObjects(const Section* section) {
     if (!Written(o) || !Written(o->xdict())) continue;
     Dictionary* xdict = o->xdict();
     if (!emitted_.count(xdict)) {
-      emitted_.insert(xdict);
+      emitted_[xdict] = true;
       EmitNew(*xdict, o->handle());
     }
     EmitObjectTree(*xdict);
@@ -594,7 +597,7 @@ void DbWriter::EmitObjectTree(const DbObject& container) {
   for (const DictEntry& e : EntriesOf(*dict)) {
     if (e.object == nullptr || !Written(e.object)) continue;
     if (!emitted_.count(e.object)) {
-      emitted_.insert(e.object);
+      emitted_[e.object] = true;
       uint64_t owner = e.object->owner() != nullptr && Written(e.object->owner())
                            ? e.object->owner()->handle()
                            : dict->handle();
