@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "host/db_object.h"
-#include "host/dxf/pointer_map.h"
+#include "host/dxf/flat_map.h"
 #include "host/dxf/tag_model.h"
 
 namespace tovik::host {
@@ -33,9 +33,9 @@ struct Binding {
 struct DxfSource {
   explicit DxfSource(TagModel m) : model(std::move(m)) {}
   TagModel model;
-  PointerMap<const Record*, Binding> bindings;
+  FlatMap<const Record*, Binding> bindings;
   // The object each live object came from (reverse of `bindings`).
-  PointerMap<const DbObject*, const Record*> records;
+  FlatMap<const DbObject*, const Record*> records;
   // Standard contents of a new document the file did not name (a layout
   // the file lacks): kept alive, never written.
   std::unordered_set<const DbObject*> unwritten;

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "host/dxf/db_internal.h"
+#include "host/dxf/flat_map.h"
 
 namespace tovik::host::dxf {
 namespace {
@@ -48,12 +49,14 @@ uint64_t MaxHandle(const TagModel& model) {
 }
 
 void ValidateModel(const TagModel& model, std::string_view file_name) {
-  std::unordered_map<uint64_t, uint32_t> seen;
+  // Handle -> position of its first record (one entry per record: flat).
+  FlatMap<uint64_t, uint32_t> seen;
   ForEachRecord(model, [&](const Record& r) {
-    uint64_t h = HandleOf(r);
+    const Tag* tag = r.Find(5);
+    if (tag == nullptr) tag = r.Find(105);
+    uint64_t h = HandleValue(tag);
     if (h == 0) return;
-    const Tag* tag = r.Find(5) ? r.Find(5) : r.Find(105);
-    auto [it, fresh] = seen.emplace(h, tag->position);
+    auto [it, fresh] = seen.try_emplace(h, tag->position);
     if (!fresh) {
       char hex[24];
       std::snprintf(hex, sizeof hex, "%llX", static_cast<unsigned long long>(h));

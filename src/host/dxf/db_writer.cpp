@@ -164,7 +164,7 @@ void DbWriter::Plan() {
     if (uint64_t h = HandleOf(*record)) bound_by_handle_[h] = binding.object;
   }
   auto note_raw = [&](const Record& r, auto& self) -> void {
-    if (uint64_t h = HandleOf(r); h != 0 && !bound_by_handle_.count(h)) raw_handles_.insert(h);
+    if (uint64_t h = HandleOf(r); h != 0 && !bound_by_handle_.count(h)) raw_handles_[h] = true;
     for (const Record& f : r.followers) self(f, self);
   };
   for (const Section& s : source_.model.sections()) {

@@ -259,12 +259,12 @@ class DbWriter {
   std::vector<StandardObject> standard_;
   std::unordered_map<const Entity*, std::vector<const Group*>> groups_of_;
   // Live objects by the handle their record had in the file.
-  std::unordered_map<uint64_t, const DbObject*> bound_by_handle_;
-  // Handles of the model's records no live object stands for.
-  std::unordered_set<uint64_t> raw_handles_;
+  FlatMap<uint64_t, const DbObject*> bound_by_handle_;
+  // Handles of the model's records no live object stands for (true).
+  FlatMap<uint64_t, bool> raw_handles_;
   // Objects written so far (true), one per record: a flat map, as for the
   // bindings.
-  PointerMap<const DbObject*, bool> emitted_;
+  FlatMap<const DbObject*, bool> emitted_;
   std::unordered_set<const DbObject*> walked_;
   uint64_t plot_style_normal_ = 0;
   // KindsOf's answers by dynamic type (a handful of types per drawing).

@@ -1,6 +1,7 @@
-// PointerMap: every key found again after the index grows, iteration in the
-// order keys were first inserted, values that stay where they are.
-#include "host/dxf/pointer_map.h"
+// FlatMap: every key found again after the index grows, iteration in the
+// order keys were first inserted, values that stay where they are, integer
+// keys whose first value stays.
+#include "host/dxf/flat_map.h"
 
 #include <gtest/gtest.h>
 
@@ -11,7 +12,7 @@
 namespace tovik::host::dxf {
 namespace {
 
-TEST(PointerMap, FindsEveryKeyAfterGrowingAndIteratesInInsertionOrder) {
+TEST(FlatMap, FindsEveryKeyAfterGrowingAndIteratesInInsertionOrder) {
   // 1000 keys grow the index from 16 slots six times. Adjacent ints share
   // a hash (the lowest three address bits are dropped), so probing runs
   // over occupied slots too.
@@ -21,7 +22,7 @@ TEST(PointerMap, FindsEveryKeyAfterGrowingAndIteratesInInsertionOrder) {
   // A fixed scramble (k * 7 mod 1000 visits every index once, 7 and 1000
   // being coprime): insertion order differs from address order.
   for (size_t k = 0; k < order.size(); ++k) order[k] = (k * 7) % order.size();
-  PointerMap<const int*, size_t> map;
+  FlatMap<const int*, size_t> map;
   for (size_t k : order) map[&items[k]] = k * 10;
   ASSERT_EQ(map.size(), 1000u);
   for (size_t k = 0; k < items.size(); ++k) {
@@ -41,9 +42,9 @@ TEST(PointerMap, FindsEveryKeyAfterGrowingAndIteratesInInsertionOrder) {
   EXPECT_EQ(position, 1000u);
 }
 
-TEST(PointerMap, AbsentKeysAreNotFoundAndSubscriptAddsOnlyNewKeys) {
+TEST(FlatMap, AbsentKeysAreNotFoundAndSubscriptAddsOnlyNewKeys) {
   int items[4] = {};
-  PointerMap<const int*, int> map;
+  FlatMap<const int*, int> map;
   // An empty map has no index yet.
   EXPECT_EQ(map.count(&items[0]), 0u);
   EXPECT_EQ(map.find(&items[0]), map.end());
@@ -60,9 +61,9 @@ TEST(PointerMap, AbsentKeysAreNotFoundAndSubscriptAddsOnlyNewKeys) {
   EXPECT_EQ(map.size(), 3u);
 }
 
-TEST(PointerMap, ValuesStayWhereTheyAreWhileTheMapGrows) {
+TEST(FlatMap, ValuesStayWhereTheyAreWhileTheMapGrows) {
   std::vector<int> items(600);
-  PointerMap<const int*, int> map;
+  FlatMap<const int*, int> map;
   map.reserve(2);
   int& first = map[&items[0]];
   const int* where = &first;
@@ -72,6 +73,28 @@ TEST(PointerMap, ValuesStayWhereTheyAreWhileTheMapGrows) {
   EXPECT_EQ(&map.at(&items[0]), where);
   EXPECT_EQ(map.find(&items[0])->second, 42);
   EXPECT_EQ(map.at(&items[599]), 599);
+}
+
+TEST(FlatMap, IntegerKeysKeepTheirFirstValueWhenEmplacedAgain) {
+  // Handles as keys: consecutive values, then far apart ones (the top bit
+  // set, zero), as the duplicate-handle check meets them.
+  FlatMap<uint64_t, uint32_t> seen;
+  for (uint64_t h = 1; h <= 300; ++h) {
+    auto [it, fresh] = seen.try_emplace(h, static_cast<uint32_t>(h * 2));
+    ASSERT_TRUE(fresh) << h;
+    EXPECT_EQ(it->second, h * 2);
+  }
+  EXPECT_TRUE(seen.try_emplace(0x8000000000000000ull, 7).second);
+  EXPECT_TRUE(seen.try_emplace(0, 9).second);
+  // A second emplace of a present key reports the first value, changes nothing.
+  auto [again, fresh] = seen.try_emplace(150, 1);
+  EXPECT_FALSE(fresh);
+  EXPECT_EQ(again->first, 150u);
+  EXPECT_EQ(again->second, 300u);
+  EXPECT_EQ(seen.size(), 302u);
+  EXPECT_EQ(seen.at(0x8000000000000000ull), 7u);
+  EXPECT_EQ(seen.at(0), 9u);
+  EXPECT_EQ(seen.count(301), 0u);
 }
 
 }  // namespace

@@ -1,11 +1,11 @@
-// A map keyed by pointers, for the loader's one-entry-per-record maps
-// (record -> live object and back): the entries sit in one deque in the
-// order they were first inserted, found through an open-addressing table of
-// 32-bit indexes. A node-based hash map allocates one node per entry; with
-// a few hundred thousand records that allocation and its pointer chasing
-// were a fifth of a load.
-#ifndef TOVIK_HOST_DXF_POINTER_MAP_H_
-#define TOVIK_HOST_DXF_POINTER_MAP_H_
+// A flat map keyed by pointers or integers, for the DXF code's maps with an
+// entry per record (record -> live object and back, handles seen): the
+// entries sit in one deque in the order they were first inserted, found
+// through an open-addressing table of 32-bit indexes. A node-based hash map
+// allocates one node per entry; with a few hundred thousand records that
+// allocation and its pointer chasing were a fifth of a load.
+#ifndef TOVIK_HOST_DXF_FLAT_MAP_H_
+#define TOVIK_HOST_DXF_FLAT_MAP_H_
 
 #include <cstddef>
 #include <cstdint>
@@ -17,12 +17,14 @@
 namespace tovik::host::dxf {
 
 // The subset of std::unordered_map the loader and writer use: find, count,
-// at, operator[], iteration (in insertion order), reserve. There is no
-// erase: a binding, once made, lasts as long as its drawing. References to
-// values stay valid as the map grows (the deque never moves its elements).
+// at, operator[], try_emplace, iteration (in insertion order), reserve.
+// There is no erase: a binding, once made, lasts as long as its drawing.
+// References to values stay valid as the map grows (the deque never moves
+// its elements).
 template <class Key, class Value>
-class PointerMap {
-  static_assert(std::is_pointer_v<Key>, "PointerMap is keyed by pointers");
+class FlatMap {
+  static_assert(std::is_pointer_v<Key> || std::is_integral_v<Key>,
+                "FlatMap is keyed by pointers or integers");
 
  public:
   using value_type = std::pair<const Key, Value>;
@@ -56,7 +58,10 @@ class PointerMap {
   const Value& at(Key key) const { return entries_[Lookup(key)].second; }
   // Returns the value of `key`, inserting a value-initialised one first
   // when `key` has none.
-  Value& operator[](Key key) {
+  Value& operator[](Key key) { return try_emplace(key, Value{}).first->second; }
+  // Inserts (`key`, `value`) unless `key` has an entry. Returns the entry of
+  // `key` and whether it was inserted now.
+  std::pair<iterator, bool> try_emplace(Key key, Value value) {
     // Grow at half full: linear probing stays short below that.
     if ((entries_.size() + 1) * 2 > slots_.size()) Rehash(slots_.empty() ? 16 : slots_.size() * 2);
     size_t mask = slots_.size() - 1;
@@ -64,20 +69,26 @@ class PointerMap {
       uint32_t index = slots_[slot];
       if (index == kEmpty) {
         slots_[slot] = static_cast<uint32_t>(entries_.size());
-        return entries_.emplace_back(key, Value{}).second;
+        entries_.emplace_back(key, std::move(value));
+        return {entries_.end() - 1, true};
       }
-      if (entries_[index].first == key) return entries_[index].second;
+      if (entries_[index].first == key) return {entries_.begin() + index, false};
     }
   }
 
  private:
   static constexpr uint32_t kEmpty = 0xFFFFFFFFu;
 
-  // Objects and records are at least 8-byte aligned: drop the zero bits,
-  // then spread the rest over the word (Fibonacci hashing).
+  // Spreads the key over the word (Fibonacci hashing); objects and records
+  // are at least 8-byte aligned, so a pointer's three zero bits go first.
   static size_t Hash(Key key) {
-    auto bits = reinterpret_cast<std::uintptr_t>(key) >> 3;
-    return static_cast<size_t>((static_cast<uint64_t>(bits) * 0x9E3779B97F4A7C15ull) >> 20);
+    uint64_t bits;
+    if constexpr (std::is_pointer_v<Key>) {
+      bits = static_cast<uint64_t>(reinterpret_cast<std::uintptr_t>(key) >> 3);
+    } else {
+      bits = static_cast<uint64_t>(key);
+    }
+    return static_cast<size_t>((bits * 0x9E3779B97F4A7C15ull) >> 20);
   }
 
   uint32_t Lookup(Key key) const {
@@ -108,4 +119,4 @@ class PointerMap {
 
 }  // namespace tovik::host::dxf
 
-#endif  // TOVIK_HOST_DXF_POINTER_MAP_H_
+#endif  // TOVIK_HOST_DXF_FLAT_MAP_H_
