@@ -11,6 +11,7 @@
 #include "host/block.h"
 #include "host/document.h"
 #include "host/dxf/db_source.h"
+#include "host/dxf/db_validate.h"
 #include "host/dxf/record_fields.h"
 #include "host/entities.h"
 #include "host/records.h"
@@ -19,7 +20,9 @@ namespace tovik::host::dxf {
 
 class Loader {
  public:
-  Loader(Document& doc, DxfSource& source) : doc_(doc), source_(source) {}
+  // `handles` are those of `source`'s records (as ValidateModel returns them).
+  Loader(Document& doc, DxfSource& source, const ModelHandles& handles)
+      : doc_(doc), source_(source), handles_(handles) {}
 
   // Maps the whole model into the document.
   void Run();
@@ -67,6 +70,7 @@ class Loader {
 
   Document& doc_;
   DxfSource& source_;
+  const ModelHandles& handles_;
   std::unordered_map<std::string, LayerRecord*> layers_;
   std::unordered_map<std::string, LinetypeRecord*> linetypes_;
   std::unordered_map<std::string, TextStyleRecord*> styles_;

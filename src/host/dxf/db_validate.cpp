@@ -42,15 +42,9 @@ std::string PlaceText(const TagModel& model, uint32_t position) {
 
 }  // namespace
 
-uint64_t MaxHandle(const TagModel& model) {
-  uint64_t top = 0;
-  ForEachRecord(model, [&](const Record& r) { top = std::max(top, HandleOf(r)); });
-  return top;
-}
-
-void ValidateModel(const TagModel& model, std::string_view file_name) {
-  // Handle -> position of its first record (one entry per record: flat).
-  FlatMap<uint64_t, uint32_t> seen;
+ModelHandles ValidateModel(const TagModel& model, std::string_view file_name) {
+  ModelHandles handles;
+  FlatMap<uint64_t, uint32_t>& seen = handles.positions;
   ForEachRecord(model, [&](const Record& r) {
     const Tag* tag = r.Find(5);
     if (tag == nullptr) tag = r.Find(105);
@@ -64,11 +58,12 @@ void ValidateModel(const TagModel& model, std::string_view file_name) {
                       "duplicate handle " + std::string(hex) + " (also used at " +
                           PlaceText(model, it->second) + ")");
     }
+    handles.max = std::max(handles.max, h);
   });
 
   // Block nesting: name -> (inserted name, position of the INSERT).
   const Section* blocks = model.FindSection("BLOCKS");
-  if (blocks == nullptr) return;
+  if (blocks == nullptr) return handles;
   std::unordered_map<std::string, std::vector<std::pair<std::string, uint32_t>>> inserts;
   // Messages name blocks as the file spells them.
   std::unordered_map<std::string, std::string_view> spelled;
@@ -116,6 +111,7 @@ void ValidateModel(const TagModel& model, std::string_view file_name) {
       }
     }
   }
+  return handles;
 }
 
 }  // namespace tovik::host::dxf
