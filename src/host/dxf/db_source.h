@@ -6,6 +6,7 @@
 #ifndef TOVIK_HOST_DXF_DB_SOURCE_H_
 #define TOVIK_HOST_DXF_DB_SOURCE_H_
 
+#include <deque>
 #include <memory>
 #include <string>
 #include <unordered_set>
@@ -29,11 +30,57 @@ struct Binding {
   const XData* loaded_xdata = nullptr;
 };
 
+// Record -> binding, for a drawing's records: the bindings in one deque in
+// the order they were made, each record holding the slot of its own
+// (Record::binding_slot), so a lookup is one array access and no hash. A
+// record that is not the one its slot names (a copy of a bound record, or
+// one never bound) finds nothing, as with a map keyed by address. A record
+// is bound in one source only (its drawing's). The subset of
+// std::unordered_map the loader and writer use; values keep their address
+// as bindings are added.
+class RecordBindings {
+ public:
+  using value_type = std::pair<const Record* const, Binding>;
+  using iterator = std::deque<value_type>::iterator;
+  using const_iterator = std::deque<value_type>::const_iterator;
+
+  iterator begin() { return entries_.begin(); }
+  iterator end() { return entries_.end(); }
+  const_iterator begin() const { return entries_.begin(); }
+  const_iterator end() const { return entries_.end(); }
+  size_t size() const { return entries_.size(); }
+  // Nothing to reserve: kept for the callers written against a hash map.
+  void reserve(size_t) {}
+
+  // Returns the binding of `record`, or end().
+  iterator find(const Record* record) {
+    return Holds(record) ? entries_.begin() + record->binding_slot : entries_.end();
+  }
+  const_iterator find(const Record* record) const {
+    return Holds(record) ? entries_.begin() + record->binding_slot : entries_.end();
+  }
+  // Returns 1 when `record` is bound, else 0.
+  size_t count(const Record* record) const { return Holds(record) ? 1 : 0; }
+  // Returns the binding of `record`, making an empty one first when it has none.
+  Binding& operator[](const Record* record) {
+    if (Holds(record)) return entries_[record->binding_slot].second;
+    record->binding_slot = static_cast<uint32_t>(entries_.size());
+    return entries_.emplace_back(record, Binding{}).second;
+  }
+
+ private:
+  bool Holds(const Record* record) const {
+    return record->binding_slot < entries_.size() && entries_[record->binding_slot].first == record;
+  }
+
+  std::deque<value_type> entries_;
+};
+
 // A drawing's DXF origin.
 struct DxfSource {
   explicit DxfSource(TagModel m) : model(std::move(m)) {}
   TagModel model;
-  FlatMap<const Record*, Binding> bindings;
+  RecordBindings bindings;
   // The object each live object came from (reverse of `bindings`).
   FlatMap<const DbObject*, const Record*> records;
   // Standard contents of a new document the file did not name (a layout
