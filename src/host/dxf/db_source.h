@@ -8,11 +8,13 @@
 
 #include <deque>
 #include <memory>
+#include <optional>
 #include <string>
 #include <unordered_set>
 #include <vector>
 
 #include "host/db_object.h"
+#include "host/document.h"
 #include "host/dxf/flat_map.h"
 #include "host/dxf/tag_model.h"
 
@@ -76,13 +78,58 @@ class RecordBindings {
   std::deque<value_type> entries_;
 };
 
+// Live object -> the record it came from. A registered object's ID is its
+// document's base plus kObjectIdStride times its slot, the bases being
+// kObjectIdRange apart, so the slot indexes a vector directly: no hashing.
+// The entry of a slot names its object; objects without an ID (never
+// registered) and an object whose slot another drawing's object holds
+// already go to a flat map, so this answers as a map keyed by address.
+class ObjectRecords {
+ public:
+  // Makes room for objects in the first `count` slots.
+  void reserve(size_t count) { by_slot_.reserve(count); }
+  // Returns the record of `object`, or nullptr.
+  const Record* Find(const DbObject* object) const {
+    std::optional<size_t> slot = SlotOf(object);
+    if (slot && *slot < by_slot_.size() && by_slot_[*slot].first == object) {
+      return by_slot_[*slot].second;
+    }
+    if (others_.empty()) return nullptr;
+    auto it = others_.find(object);
+    return it != others_.end() ? it->second : nullptr;
+  }
+  // Returns 1 when `object` has a record, else 0.
+  size_t count(const DbObject* object) const { return Find(object) != nullptr ? 1 : 0; }
+  // Returns the record of `object`. REQUIRES: count(object) == 1.
+  const Record* at(const DbObject* object) const { return Find(object); }
+  // Returns the entry of `object`, a null record first when it has none.
+  const Record*& operator[](const DbObject* object) {
+    std::optional<size_t> slot = SlotOf(object);
+    if (!slot) return others_[object];
+    if (*slot >= by_slot_.size()) by_slot_.resize(*slot + 1, {nullptr, nullptr});
+    auto& entry = by_slot_[*slot];
+    if (entry.first == nullptr) entry.first = object;
+    return entry.first == object ? entry.second : others_[object];
+  }
+
+ private:
+  static std::optional<size_t> SlotOf(const DbObject* object) {
+    int64_t offset = int64_t{object->id()} - kObjectIdBase32;
+    if (offset < 0 || offset % kObjectIdStride != 0) return std::nullopt;
+    return static_cast<size_t>((offset % kObjectIdRange) / kObjectIdStride);
+  }
+
+  std::vector<std::pair<const DbObject*, const Record*>> by_slot_;
+  FlatMap<const DbObject*, const Record*> others_;
+};
+
 // A drawing's DXF origin.
 struct DxfSource {
   explicit DxfSource(TagModel m) : model(std::move(m)) {}
   TagModel model;
   RecordBindings bindings;
   // The object each live object came from (reverse of `bindings`).
-  FlatMap<const DbObject*, const Record*> records;
+  ObjectRecords records;
   // Standard contents of a new document the file did not name (a layout
   // the file lacks): kept alive, never written.
   std::unordered_set<const DbObject*> unwritten;

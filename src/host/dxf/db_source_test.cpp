@@ -1,11 +1,19 @@
 // RecordBindings: a record finds the binding made for it, in the order the
 // bindings were made; a copy of a bound record (which carries its slot)
-// finds nothing, as it would in a map keyed by address.
+// finds nothing, as it would in a map keyed by address. ObjectRecords:
+// objects of two drawings sharing a slot, and objects never registered,
+// each find their own record.
 #include "host/dxf/db_source.h"
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <vector>
+
+#include "host/application.h"
+#include "host/block.h"
+#include "host/document.h"
+#include "host/records.h"
 
 namespace tovik::host::dxf {
 namespace {
@@ -45,6 +53,35 @@ TEST(RecordBindings, EachRecordFindsItsOwnBindingAndCopiesFindNone) {
   EXPECT_EQ(copy.binding_slot, records[0].binding_slot);
   EXPECT_EQ(bindings.count(&copy), 0u);
   EXPECT_EQ(bindings.find(&copy), bindings.end());
+}
+
+TEST(ObjectRecords, ObjectsInTheSameSlotOfTwoDrawingsAndUnregisteredOnesKeepTheirOwnRecords) {
+  TagModel model = TagModel::Load(kThree, "b.dxf");
+  const std::vector<Record>& records = model.FindSection("ENTITIES")->records;
+  auto app = Application::Create({.open_drawing = false});
+  auto a = std::make_shared<Document>(app.get(), "A.dwg", false);
+  auto b = std::make_shared<Document>(app.get(), "B.dwg", false);
+  a->Initialize();
+  b->Initialize();
+  // Both drawings made model space in the same order: same slot, other IDs.
+  ASSERT_EQ(a->model_space()->id() - a->id_base(), b->model_space()->id() - b->id_base());
+  ASSERT_NE(a->model_space()->id(), b->model_space()->id());
+  // Never registered: ID 0.
+  auto loose = std::make_shared<LayerRecord>();
+
+  ObjectRecords map;
+  map[a->model_space()] = &records[0];
+  EXPECT_EQ(map.Find(b->model_space()), nullptr);
+  EXPECT_EQ(map.count(a->paper_space()), 0u);
+  map[b->model_space()] = &records[1];
+  map[loose.get()] = &records[2];
+  EXPECT_EQ(map.Find(a->model_space()), &records[0]);
+  EXPECT_EQ(map.Find(b->model_space()), &records[1]);
+  EXPECT_EQ(map.Find(loose.get()), &records[2]);
+  EXPECT_EQ(map.count(b->model_space()), 1u);
+  // A second subscript returns the same entry.
+  EXPECT_EQ(map[a->model_space()], &records[0]);
+  EXPECT_EQ(map.Find(b->paper_space()), nullptr);
 }
 
 }  // namespace
