@@ -78,35 +78,42 @@ class RecordBindings {
   std::deque<value_type> entries_;
 };
 
-// Live object -> the record it came from. A registered object's ID is its
-// document's base plus kObjectIdStride times its slot, the bases being
-// kObjectIdRange apart, so the slot indexes a vector directly: no hashing.
-// The entry of a slot names its object; objects without an ID (never
-// registered) and an object whose slot another drawing's object holds
-// already go to a flat map, so this answers as a map keyed by address.
-class ObjectRecords {
+// A map keyed by live objects (object -> the record it came from, objects
+// written). A registered object's ID is its document's base plus
+// kObjectIdStride times its slot, the bases being kObjectIdRange apart, so
+// the slot indexes a vector directly: no hashing. The entry of a slot
+// names its object; objects without an ID (never registered) and an object
+// whose slot another drawing's object holds already go to a flat map, so
+// this answers as a map keyed by address.
+template <class Value>
+class ObjectMap {
  public:
   // Makes room for objects in the first `count` slots.
   void reserve(size_t count) { by_slot_.reserve(count); }
-  // Returns the record of `object`, or nullptr.
-  const Record* Find(const DbObject* object) const {
+  // Returns the value of `object`, or nullptr when it has none.
+  const Value* Find(const DbObject* object) const {
     std::optional<size_t> slot = SlotOf(object);
     if (slot && *slot < by_slot_.size() && by_slot_[*slot].first == object) {
-      return by_slot_[*slot].second;
+      return &by_slot_[*slot].second;
     }
     if (others_.empty()) return nullptr;
     auto it = others_.find(object);
-    return it != others_.end() ? it->second : nullptr;
+    return it != others_.end() ? &it->second : nullptr;
   }
-  // Returns 1 when `object` has a record, else 0.
+  // Returns the value of `object`, or `fallback` when it has none.
+  Value ValueOr(const DbObject* object, Value fallback) const {
+    const Value* value = Find(object);
+    return value != nullptr ? *value : fallback;
+  }
+  // Returns 1 when `object` has an entry, else 0.
   size_t count(const DbObject* object) const { return Find(object) != nullptr ? 1 : 0; }
-  // Returns the record of `object`. REQUIRES: count(object) == 1.
-  const Record* at(const DbObject* object) const { return Find(object); }
-  // Returns the entry of `object`, a null record first when it has none.
-  const Record*& operator[](const DbObject* object) {
+  // Returns the value of `object`. REQUIRES: count(object) == 1.
+  const Value& at(const DbObject* object) const { return *Find(object); }
+  // Returns the value of `object`, value-initialised first when it has none.
+  Value& operator[](const DbObject* object) {
     std::optional<size_t> slot = SlotOf(object);
     if (!slot) return others_[object];
-    if (*slot >= by_slot_.size()) by_slot_.resize(*slot + 1, {nullptr, nullptr});
+    if (*slot >= by_slot_.size()) by_slot_.resize(*slot + 1, {nullptr, Value{}});
     auto& entry = by_slot_[*slot];
     if (entry.first == nullptr) entry.first = object;
     return entry.first == object ? entry.second : others_[object];
@@ -119,8 +126,8 @@ class ObjectRecords {
     return static_cast<size_t>((offset % kObjectIdRange) / kObjectIdStride);
   }
 
-  std::vector<std::pair<const DbObject*, const Record*>> by_slot_;
-  FlatMap<const DbObject*, const Record*> others_;
+  std::vector<std::pair<const DbObject*, Value>> by_slot_;
+  FlatMap<const DbObject*, Value> others_;
 };
 
 // A drawing's DXF origin.
@@ -129,7 +136,7 @@ struct DxfSource {
   TagModel model;
   RecordBindings bindings;
   // The object each live object came from (reverse of `bindings`).
-  ObjectRecords records;
+  ObjectMap<const Record*> records;
   // Standard contents of a new document the file did not name (a layout
   // the file lacks): kept alive, never written.
   std::unordered_set<const DbObject*> unwritten;

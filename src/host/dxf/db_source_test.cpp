@@ -1,6 +1,6 @@
 // RecordBindings: a record finds the binding made for it, in the order the
 // bindings were made; a copy of a bound record (which carries its slot)
-// finds nothing, as it would in a map keyed by address. ObjectRecords:
+// finds nothing, as it would in a map keyed by address. ObjectMap:
 // objects of two drawings sharing a slot, and objects never registered,
 // each find their own record.
 #include "host/dxf/db_source.h"
@@ -55,7 +55,7 @@ TEST(RecordBindings, EachRecordFindsItsOwnBindingAndCopiesFindNone) {
   EXPECT_EQ(bindings.find(&copy), bindings.end());
 }
 
-TEST(ObjectRecords, ObjectsInTheSameSlotOfTwoDrawingsAndUnregisteredOnesKeepTheirOwnRecords) {
+TEST(ObjectMap, ObjectsInTheSameSlotOfTwoDrawingsAndUnregisteredOnesKeepTheirOwnRecords) {
   TagModel model = TagModel::Load(kThree, "b.dxf");
   const std::vector<Record>& records = model.FindSection("ENTITIES")->records;
   auto app = Application::Create({.open_drawing = false});
@@ -69,19 +69,19 @@ TEST(ObjectRecords, ObjectsInTheSameSlotOfTwoDrawingsAndUnregisteredOnesKeepThei
   // Never registered: ID 0.
   auto loose = std::make_shared<LayerRecord>();
 
-  ObjectRecords map;
+  ObjectMap<const Record*> map;
   map[a->model_space()] = &records[0];
-  EXPECT_EQ(map.Find(b->model_space()), nullptr);
+  EXPECT_EQ(map.ValueOr(b->model_space(), nullptr), nullptr);
   EXPECT_EQ(map.count(a->paper_space()), 0u);
   map[b->model_space()] = &records[1];
   map[loose.get()] = &records[2];
-  EXPECT_EQ(map.Find(a->model_space()), &records[0]);
-  EXPECT_EQ(map.Find(b->model_space()), &records[1]);
-  EXPECT_EQ(map.Find(loose.get()), &records[2]);
+  EXPECT_EQ(map.ValueOr(a->model_space(), nullptr), &records[0]);
+  EXPECT_EQ(map.ValueOr(b->model_space(), nullptr), &records[1]);
+  EXPECT_EQ(map.ValueOr(loose.get(), nullptr), &records[2]);
   EXPECT_EQ(map.count(b->model_space()), 1u);
   // A second subscript returns the same entry.
   EXPECT_EQ(map[a->model_space()], &records[0]);
-  EXPECT_EQ(map.Find(b->paper_space()), nullptr);
+  EXPECT_EQ(map.ValueOr(b->paper_space(), nullptr), nullptr);
 }
 
 }  // namespace

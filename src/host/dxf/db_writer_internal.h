@@ -262,9 +262,8 @@ class DbWriter {
   FlatMap<uint64_t, const DbObject*> bound_by_handle_;
   // Handles of the model's records no live object stands for (true).
   FlatMap<uint64_t, bool> raw_handles_;
-  // Objects written so far (true), one per record: a flat map, as for the
-  // bindings.
-  FlatMap<const DbObject*, bool> emitted_;
+  // Objects written so far (true), one per record.
+  ObjectMap<bool> emitted_;
   std::unordered_set<const DbObject*> walked_;
   uint64_t plot_style_normal_ = 0;
   // KindsOf's answers by dynamic type (a handful of types per drawing).

@@ -74,7 +74,7 @@ void DbWriter::EmitNew(const DbObject& object, uint64_t owner_handle) {
   // An object read from a file (an upgraded drawing's) spells the names it
   // uses as the file did.
   const Record* outer = spelling_;
-  spelling_ = source_.records.Find(&object);
+  spelling_ = source_.records.ValueOr(&object, nullptr);
   struct Restore {
     const Record*& slot;
     const Record* value;
@@ -110,7 +110,7 @@ void DbWriter::PutObjectHead(std::string_view type, const DbObject& object, uint
 void DbWriter::PutXData(const DbObject& object) {
   if (object.xdata() == nullptr) return;
   // Extended data unchanged since the file was read is written as it came.
-  if (const Record* source_record = source_.records.Find(&object)) {
+  if (const Record* source_record = source_.records.ValueOr(&object, nullptr)) {
     auto binding = source_.bindings.find(source_record);
     if (binding != source_.bindings.end() && binding->second.loaded_xdata == object.xdata()) {
       const Record& record = *source_record;
