@@ -45,6 +45,14 @@ std::string PlaceText(const TagModel& model, uint32_t position) {
 ModelHandles ValidateModel(const TagModel& model, std::string_view file_name) {
   ModelHandles handles;
   FlatMap<uint64_t, uint32_t>& seen = handles.positions;
+  // About one handle a record (followers aside): make room once.
+  size_t records = 0;
+  for (const Section& section : model.sections()) {
+    records += section.records.size();
+    for (const Table& table : section.tables) records += table.entries.size() + 1;
+    for (const Block& block : section.blocks) records += block.entities.size() + 2;
+  }
+  seen.reserve(records);
   ForEachRecord(model, [&](const Record& r) {
     const Tag* tag = r.Find(5);
     if (tag == nullptr) tag = r.Find(105);
