@@ -1,7 +1,8 @@
 // The writer's machinery shared by the structure pass (db_writer.cpp), the
-// records written back patched (db_writer_patch.cpp), the records written
-// from the live objects (db_writer_new*.cpp), the records no live object
-// stands for (db_writer_standard.cpp) and the links of records written back
+// text output and entry points (db_writer_output.cpp), the records written
+// back patched (db_writer_patch.cpp), the records written from the live
+// objects (db_writer_new*.cpp), the records no live object stands for
+// (db_writer_standard.cpp) and the links of records written back
 // (db_writer_links.cpp).
 //
 // One writer serves every drawing: a drawing read from DXF walks its model,
