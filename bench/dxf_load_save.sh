@@ -7,6 +7,8 @@ set -eu
 TOVIK=${1:-build/default/cli/tovik}
 N=${2:-1000000}
 DIR=${3:-$(mktemp -d)}
+# Remembered now: the measurements below reuse the positional parameters.
+KEEP=${3:-}
 mkdir -p "$DIR"
 [ -s "$DIR/big.dxf" ] || /usr/bin/python3 - "$DIR/big.dxf" "$N" <<'PY'
 import sys, ezdxf
@@ -51,4 +53,4 @@ print(f"ezdxf load+save  {els:7.2f} s CPU")
 print(f"ratios: load {el / tl:.1f}x faster (aim 100x), save {es / ts:.1f}x faster (aim 50x), "
       f"load+save {els / tls:.1f}x; peak memory {tlsm * 1024 / size:.1f}x file (aim under 2x)")
 PY
-[ -n "${3:-}" ] || rm -rf "$DIR"
+[ -n "$KEEP" ] || rm -rf "$DIR"

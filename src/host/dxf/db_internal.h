@@ -45,20 +45,24 @@ inline double NumberOf(const Tag& tag) {
   return tag.IsDouble() ? tag.real : static_cast<double>(tag.integer);
 }
 
-// The first value of `code` as a double, or `fallback`.
-inline double RealOr(const Record& record, int code, double fallback) {
+// The first value of `code` as a double, or `fallback`. `Fields` is a
+// Record or a RecordFields (anything with Find(code)); likewise below.
+template <class Fields>
+double RealOr(const Fields& record, int code, double fallback) {
   const Tag* tag = record.Find(code);
   return tag != nullptr && (tag->IsDouble() || tag->IsInteger()) ? NumberOf(*tag) : fallback;
 }
 
 // The first value of `code` as an integer, or `fallback`.
-inline int64_t IntOr(const Record& record, int code, int64_t fallback) {
+template <class Fields>
+int64_t IntOr(const Fields& record, int code, int64_t fallback) {
   const Tag* tag = record.Find(code);
   return tag != nullptr && tag->IsInteger() ? tag->integer : fallback;
 }
 
 // The point of group `code` (x at code, y at code+10, z at code+20).
-inline geometry::Vec3 PointOr(const Record& record, int code, geometry::Vec3 fallback = {}) {
+template <class Fields>
+geometry::Vec3 PointOr(const Fields& record, int code, geometry::Vec3 fallback = {}) {
   return {RealOr(record, code, fallback.x), RealOr(record, code + 10, fallback.y),
           RealOr(record, code + 20, fallback.z)};
 }

@@ -13,6 +13,7 @@
 #include "host/application.h"
 #include "host/args.h"
 #include "host/block.h"
+#include "host/dictionary.h"
 #include "host/document.h"
 #include "host/dxf/db_reader.h"
 #include "host/entities.h"
@@ -69,6 +70,30 @@ TEST(DxfDrawingRead, RepairsWhatAnAuditRepairsAndListsIt) {
   ASSERT_NE(line, nullptr);
   EXPECT_EQ(line->props().layer->Name(), "WALLS");
   EXPECT_EQ(line->data().end.y, 6.0);
+}
+
+TEST(DxfDrawingRead, RemovesDictionaryEntriesNamingNothingButKeepsThoseNamingRawRecords) {
+  auto app = Application::Create({.open_drawing = false});
+  // Dictionary D holds three entries: a VISUALSTYLE record (no live object:
+  // kept as the file wrote it), handle 99 that no record carries, and an
+  // XRECORD. Only the entry naming nothing is a repair.
+  auto doc = ReadDrawingBuffer(*app,
+                               "0\nSECTION\n2\nOBJECTS\n"
+                               "0\nDICTIONARY\n5\nC\n330\n0\n100\nAcDbDictionary\n3\nMINE\n350\nD\n"
+                               "0\nDICTIONARY\n5\nD\n330\nC\n100\nAcDbDictionary\n"
+                               "3\nSTYLE\n350\n20\n3\nGONE\n350\n99\n3\nDATA\n350\n21\n"
+                               "0\nVISUALSTYLE\n5\n20\n330\nD\n100\nAcDbVisualStyle\n2\nFlat\n"
+                               "0\nXRECORD\n5\n21\n330\nD\n100\nAcDbXrecord\n1\nvalue\n"
+                               "0\nENDSEC\n0\nEOF\n",
+                               "d.dxf");
+  ASSERT_EQ(Repairs(*doc).size(), 1u);
+  EXPECT_EQ(Repairs(*doc)[0], "dictionary D entry \"GONE\" points to missing object 99: removed");
+  auto* dict = dynamic_cast<Dictionary*>(doc->FindByHandle(0xD));
+  ASSERT_NE(dict, nullptr);
+  // The live entries: the XRECORD only (the raw record has no live object).
+  ASSERT_EQ(dict->data().entries.size(), 1u);
+  EXPECT_EQ(dict->data().entries[0].first, "DATA");
+  EXPECT_EQ(dict->data().entries[0].second, doc->FindByHandle(0x21));
 }
 
 TEST(DxfDrawingRead, NamesMatchTheirTableEntriesWhateverTheCaseOfNonAsciiLetters) {

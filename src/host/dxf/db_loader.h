@@ -11,6 +11,8 @@
 #include "host/block.h"
 #include "host/document.h"
 #include "host/dxf/db_source.h"
+#include "host/dxf/db_validate.h"
+#include "host/dxf/record_fields.h"
 #include "host/entities.h"
 #include "host/records.h"
 
@@ -18,7 +20,9 @@ namespace tovik::host::dxf {
 
 class Loader {
  public:
-  Loader(Document& doc, DxfSource& source) : doc_(doc), source_(source) {}
+  // `handles` are those of `source`'s records (as ValidateModel returns them).
+  Loader(Document& doc, DxfSource& source, const ModelHandles& handles)
+      : doc_(doc), source_(source), handles_(handles) {}
 
   // Maps the whole model into the document.
   void Run();
@@ -61,11 +65,12 @@ class Loader {
   void LinkDynamicBlocks();
   void LoadDynamicProperties();
   void DropUnusedStandardLayouts();
-  void ApplyCommon(const Record& record, Entity* entity);
+  void ApplyCommon(const RecordFields& record, Entity* entity);
   void Pace();
 
   Document& doc_;
   DxfSource& source_;
+  const ModelHandles& handles_;
   std::unordered_map<std::string, LayerRecord*> layers_;
   std::unordered_map<std::string, LinetypeRecord*> linetypes_;
   std::unordered_map<std::string, TextStyleRecord*> styles_;
@@ -74,6 +79,8 @@ class Loader {
   std::unordered_map<std::string, RegApp*> regapps_;
   std::unordered_map<const BlockRecord*, bool> layout_blocks_used_;
   size_t since_pace_ = 0;
+  // Where the entity loader indexes one record's groups at a time.
+  FieldTable fields_;
 
   friend class EntityMapper;
 };

@@ -151,7 +151,7 @@ void Loader::MoveStandardHandles() {
   // The standard contents took the first handles; the file's objects need
   // them. Park every standard object above the file's largest handle; the
   // ones the file names take its handles when bound.
-  uint64_t top = MaxHandle(source_.model);
+  uint64_t top = handles_.max;
   std::vector<DbObject*> standard;
   for (uint64_t h = 1; h < doc_.handle_seed(); ++h) {
     if (DbObject* o = doc_.FindByHandle(h)) standard.push_back(o);

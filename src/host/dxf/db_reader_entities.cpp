@@ -15,14 +15,17 @@ namespace {
 
 using geometry::Vec3;
 
-Vec3 NormalOf(const Record& r) { return PointOr(r, 210, kZAxis); }
+template <class Fields>
+Vec3 NormalOf(const Fields& r) {
+  return PointOr(r, 210, kZAxis);
+}
 
 Vec3 Wcs(const Vec3& p, const Vec3& normal) {
   if (normal.x == 0 && normal.y == 0 && normal.z == 1) return p;
   return geometry::OcsToWcs(p, normal).value_or(p);
 }
 
-GenericKind GenericKindOf(std::string_view type, const Record& r) {
+GenericKind GenericKindOf(std::string_view type, const RecordFields& r) {
   if (type == "POLYLINE") {
     int64_t flags = IntOr(r, 70, 0);
     if (flags & 64) return GenericKind::kPolyfaceMesh;
@@ -46,7 +49,7 @@ GenericKind GenericKindOf(std::string_view type, const Record& r) {
   return GenericKind::kUnknown;
 }
 
-void FillText(const Record& r, TextData& d, Loader& loader, int vertical_code) {
+void FillText(const RecordFields& r, TextData& d, Loader& loader, int vertical_code) {
   d.text = std::string(r.StringOr(1));
   d.normal = NormalOf(r);
   d.insertion = Wcs(PointOr(r, 10), d.normal);
@@ -65,7 +68,7 @@ void FillText(const Record& r, TextData& d, Loader& loader, int vertical_code) {
 
 }  // namespace
 
-void Loader::ApplyCommon(const Record& r, Entity* e) {
+void Loader::ApplyCommon(const RecordFields& r, Entity* e) {
   EntityProps& p = e->mutable_props();
   p.layer = LayerNamed(r.StringOr(8, "0"));
   p.linetype = LinetypeNamed(r.StringOr(6, "ByLayer"));
@@ -80,8 +83,9 @@ void Loader::ApplyCommon(const Record& r, Entity* e) {
   p.visible = IntOr(r, 60, 0) == 0;
 }
 
-void Loader::LoadEntity(const Record& r, BlockRecord* block) {
-  std::string_view type = r.type;
+void Loader::LoadEntity(const Record& record, BlockRecord* block) {
+  const RecordFields r(record, fields_);
+  std::string_view type = record.type;
   std::shared_ptr<Entity> entity;
   if (type == "LINE") {
     auto e = std::make_shared<Line>();
@@ -128,7 +132,7 @@ void Loader::LoadEntity(const Record& r, BlockRecord* block) {
     d.elevation = RealOr(r, 38, 0);
     d.thickness = RealOr(r, 39, 0);
     d.normal = NormalOf(r);
-    for (const Tag& t : r.Body()) {
+    for (const Tag& t : record.Body()) {
       if (t.code == 10) {
         d.vertices.push_back({{t.real, 0}});
       } else if (!d.vertices.empty()) {
@@ -155,7 +159,7 @@ void Loader::LoadEntity(const Record& r, BlockRecord* block) {
   } else if (type == "MTEXT") {
     auto e = std::make_shared<MText>();
     auto& d = e->mutable_data();
-    for (const Tag* t : r.FindAll(3)) d.text += t->text;
+    for (const Tag* t : record.FindAll(3)) d.text += t->text;
     d.text += r.StringOr(1);
     d.normal = NormalOf(r);
     d.insertion = PointOr(r, 10);
@@ -179,7 +183,7 @@ void Loader::LoadEntity(const Record& r, BlockRecord* block) {
     if (d.block == nullptr) {
       // The record stays raw: a reference to a block the file does not
       // define cannot be a live reference.
-      Repair("INSERT " + std::string(r.Handle()) + " names missing block \"" +
+      Repair("INSERT " + std::string(record.Handle()) + " names missing block \"" +
              std::string(r.StringOr(2)) + "\": kept unmapped");
       return;
     }
@@ -201,8 +205,8 @@ void Loader::LoadEntity(const Record& r, BlockRecord* block) {
         DimensionKind::kOrdinate};
     int64_t kind = IntOr(r, 70, 0) & 7;
     d.kind = kind < 7 ? kKinds[kind] : DimensionKind::kRotated;
-    if (r.Subclass("AcDbArcDimension")) d.kind = DimensionKind::kArcLength;
-    if (r.Subclass("AcDbRadialDimensionLarge")) d.kind = DimensionKind::kRadialLarge;
+    if (record.Subclass("AcDbArcDimension")) d.kind = DimensionKind::kArcLength;
+    if (record.Subclass("AcDbRadialDimensionLarge")) d.kind = DimensionKind::kRadialLarge;
     d.p10 = PointOr(r, 10);
     d.p11 = PointOr(r, 11);
     d.p13 = PointOr(r, 13);
@@ -228,8 +232,8 @@ void Loader::LoadEntity(const Record& r, BlockRecord* block) {
     d.elevation = RealOr(r, 30, 0);
     d.normal = NormalOf(r);
     d.hatch_style = static_cast<int32_t>(IntOr(r, 75, 0));
-    auto part = r.Subclass("AcDbHatch");
-    d.loops = ReadHatchLoops(part ? *part : r.Body());
+    auto part = record.Subclass("AcDbHatch");
+    d.loops = ReadHatchLoops(part ? *part : record.Body());
     entity = e;
   } else if (type == "IMAGE" || type == "WIPEOUT") {
     std::shared_ptr<Entity> e;
@@ -249,9 +253,9 @@ void Loader::LoadEntity(const Record& r, BlockRecord* block) {
     d->width_pixels = RealOr(r, 13, 1);
     d->height_pixels = RealOr(r, 23, 1);
     d->display_flags = static_cast<int32_t>(IntOr(r, 70, 7));
-    for (const Tag* t : r.FindAll(14)) d->clip.push_back({t->real, 0});
+    for (const Tag* t : record.FindAll(14)) d->clip.push_back({t->real, 0});
     size_t k = 0;
-    for (const Tag* t : r.FindAll(24)) {
+    for (const Tag* t : record.FindAll(24)) {
       if (k < d->clip.size()) d->clip[k++].y = t->real;
     }
     entity = e;
@@ -264,15 +268,15 @@ void Loader::LoadEntity(const Record& r, BlockRecord* block) {
     d.closed = (d.flags & 1) != 0;
     d.normal = NormalOf(r);
     d.thickness = RealOr(r, 39, 0);
-    if (r.followers.empty()) {
-      for (const Tag& t : r.Body()) {
+    if (record.followers.empty()) {
+      for (const Tag& t : record.Body()) {
         if (t.code >= 10 && t.code <= 18) d.points.push_back({t.real, 0, 0});
         if (t.code >= 20 && t.code <= 28 && !d.points.empty()) d.points.back().y = NumberOf(t);
         if (t.code >= 30 && t.code <= 37 && !d.points.empty()) d.points.back().z = NumberOf(t);
       }
     } else {
       d.elevation = RealOr(r, 30, 0);
-      for (const Record& v : r.followers) {
+      for (const Record& v : record.followers) {
         if (v.type != "VERTEX") continue;
         d.points.push_back(PointOr(v, 10));
         d.bulges.push_back(RealOr(v, 42, 0));
@@ -281,21 +285,23 @@ void Loader::LoadEntity(const Record& r, BlockRecord* block) {
     entity = e;
   }
   Entity* raw = entity.get();
-  Bind(r, entity);
+  Bind(record, entity);
   ApplyCommon(r, raw);
-  LoadXData(r, raw);
+  LoadXData(record, raw);
   block->Append(raw);
   if (auto* ref = dynamic_cast<BlockRef*>(raw)) {
-    for (const Record& f : r.followers) {
+    for (const Record& f : record.followers) {
       if (f.type != "ATTRIB") continue;
       auto att = std::make_shared<AttributeRef>();
       auto& d = att->mutable_data();
-      FillText(f, d, *this, 74);
-      d.tag = std::string(f.StringOr(2));
-      d.mode = static_cast<int32_t>(IntOr(f, 70, 0));
+      // Indexing the attribute ends the reference's index, no longer used.
+      const RecordFields fields(f, fields_);
+      FillText(fields, d, *this, 74);
+      d.tag = std::string(fields.StringOr(2));
+      d.mode = static_cast<int32_t>(IntOr(fields, 70, 0));
       AttributeRef* a = att.get();
       Bind(f, att);
-      ApplyCommon(f, a);
+      ApplyCommon(fields, a);
       LoadXData(f, a);
       ref->AppendAttribute(a);
     }

@@ -52,13 +52,6 @@ void FillXRecord(const Record& record, XRecord* xrecord) {
   }
 }
 
-// Every handle the file defines, to tell a dangling dictionary entry from
-// one that points to an object the host keeps raw.
-void CollectHandles(const Record& r, std::unordered_set<uint64_t>& out) {
-  if (uint64_t h = HandleOf(r)) out.insert(h);
-  for (const Record& f : r.followers) CollectHandles(f, out);
-}
-
 }  // namespace
 
 std::vector<Entity*> Loader::DrawOrderOf(std::span<const Tag> table, BlockRecord** block) {
@@ -161,19 +154,6 @@ void Loader::LoadObjects() {
       }
     }
   }
-  std::unordered_set<uint64_t> defined;
-  for (const Section& s : source_.model.sections()) {
-    for (const Table& t : s.tables) {
-      CollectHandles(t.head, defined);
-      for (const Record& e : t.entries) CollectHandles(e, defined);
-    }
-    for (const Block& b : s.blocks) {
-      CollectHandles(b.begin, defined);
-      CollectHandles(b.end, defined);
-      for (const Record& e : b.entities) CollectHandles(e, defined);
-    }
-    for (const Record& r : s.records) CollectHandles(r, defined);
-  }
   for (const Record& record : section->records) {
     auto it = source_.bindings.find(&record);
     if (it == source_.bindings.end()) {
@@ -191,7 +171,8 @@ void Loader::LoadObjects() {
           if (DbObject* target = doc_.FindByHandle(h)) {
             entries.emplace_back(key, target);
             if (t.code == 360 || target->owner() == nullptr) target->set_owner(dict);
-          } else if (defined.count(h) == 0) {
+          } else if (handles_.positions.count(h) == 0) {
+            // Neither a live object nor a record the host keeps raw.
             Repair("dictionary " + std::string(record.Handle()) + " entry \"" + key +
                    "\" points to missing object " + std::string(t.text) + ": removed");
           }
@@ -282,9 +263,10 @@ std::string SourceVersion(const Document& document) {
 std::shared_ptr<Document> ReadDrawingBuffer(Application& app, std::string buffer,
                                             const std::string& path) {
   std::shared_ptr<DxfSource> source;
+  ModelHandles handles;
   try {
     source = std::make_shared<DxfSource>(TagModel::Load(std::move(buffer), path));
-    ValidateModel(source->model, path);
+    handles = ValidateModel(source->model, path);
   } catch (const ReadError& e) {
     throw ReadFailure(e.what());
   } catch (const std::bad_alloc&) {
@@ -294,7 +276,7 @@ std::shared_ptr<Document> ReadDrawingBuffer(Application& app, std::string buffer
   doc->Initialize();
   doc->set_full_name(path);
   try {
-    Loader loader(*doc, *source);
+    Loader loader(*doc, *source, handles);
     loader.Run();
     RememberSourceRecords(*source);
   } catch (const AutomationError& e) {

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "host/dxf/db_internal.h"
+#include "host/dxf/flat_map.h"
 
 namespace tovik::host::dxf {
 namespace {
@@ -41,20 +42,7 @@ std::string PlaceText(const TagModel& model, uint32_t position) {
 
 }  // namespace
 
-uint64_t MaxHandle(const TagModel& model) {
-  // Handles the file only mentions count too (a dangling reference a repair
-  // drops): a new object must not take one of them.
-  uint64_t top = 0;
-  ForEachRecord(model, [&](const Record& r) {
-    top = std::max(top, HandleOf(r));
-    for (const Tag& t : r.tags) {
-      if (t.kind == ValueKind::kHandle && t.integer > 0) top = std::max(top, static_cast<uint64_t>(t.integer));
-    }
-  });
-  return top;
-}
-
-void ValidateModel(const TagModel& model, std::string_view file_name) {
+ModelHandles ValidateModel(const TagModel& model, std::string_view file_name) {
   // Each of the sections the drawing is built from may come once: a second
   // TABLES or BLOCKS would define everything again.
   std::unordered_map<int, const Section*> kinds;
@@ -68,12 +56,29 @@ void ValidateModel(const TagModel& model, std::string_view file_name) {
                           PlaceText(model, it->second->begin.head.position) + ")");
     }
   }
-  std::unordered_map<uint64_t, uint32_t> seen;
+  ModelHandles handles;
+  FlatMap<uint64_t, uint32_t>& seen = handles.positions;
+  // About one handle a record (followers aside): make room once.
+  size_t records = 0;
+  for (const Section& section : model.sections()) {
+    records += section.records.size();
+    for (const Table& table : section.tables) records += table.entries.size() + 1;
+    for (const Block& block : section.blocks) records += block.entities.size() + 2;
+  }
+  seen.reserve(records);
   ForEachRecord(model, [&](const Record& r) {
-    uint64_t h = HandleOf(r);
+    // Handles the file only mentions count toward the largest too (a
+    // dangling reference a repair drops): no new object may take one.
+    for (const Tag& t : r.tags) {
+      if (t.kind == ValueKind::kHandle && t.integer > 0) {
+        handles.max = std::max(handles.max, static_cast<uint64_t>(t.integer));
+      }
+    }
+    const Tag* tag = r.Find(5);
+    if (tag == nullptr) tag = r.Find(105);
+    uint64_t h = HandleValue(tag);
     if (h == 0) return;
-    const Tag* tag = r.Find(5) ? r.Find(5) : r.Find(105);
-    auto [it, fresh] = seen.emplace(h, tag->position);
+    auto [it, fresh] = seen.try_emplace(h, tag->position);
     if (!fresh) {
       char hex[24];
       std::snprintf(hex, sizeof hex, "%llX", static_cast<unsigned long long>(h));
@@ -81,11 +86,12 @@ void ValidateModel(const TagModel& model, std::string_view file_name) {
                       "duplicate handle " + std::string(hex) + " (also used at " +
                           PlaceText(model, it->second) + ")");
     }
+    handles.max = std::max(handles.max, h);
   });
 
   // Block nesting: name -> (inserted name, position of the INSERT).
   const Section* blocks = model.FindSection("BLOCKS");
-  if (blocks == nullptr) return;
+  if (blocks == nullptr) return handles;
   std::unordered_map<std::string, std::vector<std::pair<std::string, uint32_t>>> inserts;
   // Messages name blocks as the file spells them.
   std::unordered_map<std::string, std::string_view> spelled;
@@ -133,6 +139,7 @@ void ValidateModel(const TagModel& model, std::string_view file_name) {
       }
     }
   }
+  return handles;
 }
 
 }  // namespace tovik::host::dxf

@@ -6,17 +6,25 @@
 #include <cstdint>
 #include <string_view>
 
+#include "host/dxf/flat_map.h"
 #include "host/dxf/tag_model.h"
 
 namespace tovik::host::dxf {
 
+// The handles the records of a model carry, gathered while checking that
+// none is used twice; the loader asks them instead of walking the records
+// again.
+struct ModelHandles {
+  // Handle -> position (line or byte offset) of the record that carries it.
+  FlatMap<uint64_t, uint32_t> positions;
+  // The largest handle a record carries or a group names (0 when none).
+  uint64_t max = 0;
+};
+
 // Throws ReadError (file, line of the offending record, what) for a handle
 // used by two records or a block that inserts itself, directly or through
-// other blocks.
-void ValidateModel(const TagModel& model, std::string_view file_name);
-
-// The largest handle any record of `model` carries (0 when none).
-uint64_t MaxHandle(const TagModel& model);
+// other blocks. Returns the handles of the model's records.
+ModelHandles ValidateModel(const TagModel& model, std::string_view file_name);
 
 }  // namespace tovik::host::dxf
 

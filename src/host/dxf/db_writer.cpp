@@ -7,7 +7,6 @@
 // The header is written last, once every handle is given out.
 #include <algorithm>
 #include <cstdio>
-#include <fstream>
 
 #include "host/block.h"
 #include "host/dictionary.h"
@@ -41,8 +40,8 @@ constexpr std::string_view kStandardKeys[] = {"ACAD_GROUP", "ACAD_LAYOUT", "ACAD
 
 }  // namespace
 
-DbWriter::DbWriter(const Document& doc, DxfSource& source, std::string* out)
-    : doc_(const_cast<Document&>(doc)), source_(source), out_(out) {
+DbWriter::DbWriter(const Document& doc, DxfSource& source)
+    : doc_(const_cast<Document&>(doc)), source_(source) {
   // Every drawing is written in the host's version (older files are
   // upgraded on the way), unless it holds data that version has no form for.
   std::string_view original = source.model.version();
@@ -61,59 +60,6 @@ DbWriter::DbWriter(const Document& doc, DxfSource& source, std::string* out)
   upgrade_ = read && (original.empty() || original < "AC1015");
   all_new_ = read && (original < "AC1012" || !has_block_records);
   if (!IsUtf8Version(version_)) encoder_ = std::make_unique<TextEncoder>(source.model.code_page());
-}
-
-std::string_view DbWriter::Keep(std::string text) { return kept_.emplace_back(std::move(text)); }
-
-std::span<Tag> DbWriter::KeepTags(std::vector<Tag> tags) { return kept_tags_.emplace_back(std::move(tags)); }
-
-void DbWriter::Put(const Tag& tag) {
-  if (tag.kind == ValueKind::kString && encoder_ == nullptr) {
-    std::string_view escaped = source_.model.EscapedFormOf(tag.text);
-    if (!escaped.empty()) {
-      Tag copy = tag;
-      copy.text = escaped;
-      AppendTag(copy, nullptr, LineEnd::kLf, out_);
-      return;
-    }
-  }
-  AppendTag(tag, encoder_.get(), LineEnd::kLf, out_);
-}
-
-void DbWriter::PutString(int code, std::string_view text) {
-  if (spelling_ != nullptr && (code == 2 || code == 3 || code == 6 || code == 7 || code == 8)) {
-    const Tag* written = spelling_->Find(code);
-    if (written != nullptr && written->text != text && FoldName(written->text) == FoldName(text)) {
-      Put(*written);
-      return;
-    }
-  }
-  if (text.find_first_of("\r\n") == std::string_view::npos) {
-    Put(Tag::String(code, Keep(std::string(text))));
-    return;
-  }
-  std::string one_line;
-  for (char c : text) {
-    if (c == '\n') {
-      one_line += "^J";
-    } else if (c != '\r') {
-      one_line += c;
-    }
-  }
-  Put(Tag::String(code, Keep(std::move(one_line))));
-}
-
-void DbWriter::PutHandle(int code, uint64_t handle) { Put(Tag::String(code, Keep(HexOf(handle)))); }
-
-void DbWriter::PutPoint(int code, const geometry::Vec3& p) {
-  PutReal(code, p.x);
-  PutReal(code + 10, p.y);
-  PutReal(code + 20, p.z);
-}
-
-void DbWriter::PutRecordTags(const Record& record) {
-  Put(record.head);
-  for (const Tag& t : record.tags) Put(t);
 }
 
 bool DbWriter::Written(const DbObject* object) const {
@@ -147,11 +93,14 @@ const std::vector<const Group*>* DbWriter::GroupsOf(const Entity* entity) const 
 
 void DbWriter::Plan() {
   next_handle_ = doc_.handle_seed();
+  // About one entry per record each: make room once.
+  bound_by_handle_.reserve(source_.bindings.size());
+  emitted_.reserve(source_.bindings.size());
   for (const auto& [record, binding] : source_.bindings) {
     if (uint64_t h = HandleOf(*record)) bound_by_handle_[h] = binding.object;
   }
   auto note_raw = [&](const Record& r, auto& self) -> void {
-    if (uint64_t h = HandleOf(r); h != 0 && !bound_by_handle_.count(h)) raw_handles_.insert(h);
+    if (uint64_t h = HandleOf(r); h != 0 && !bound_by_handle_.count(h)) raw_handles_[h] = true;
     for (const Record& f : r.followers) self(f, self);
   };
   for (const Section& s : source_.model.sections()) {
@@ -227,11 +176,10 @@ void DbWriter::Plan() {
 
 // ---------------------------------------------------------------- run
 
-void DbWriter::Run() {
+void DbWriter::Run(const TextSink& sink) {
   Plan();
-  std::string* final_out = out_;
-  std::string body;
-  out_ = &body;
+  holding_body_ = true;
+  StartPiece();
   // The drawing's sections in their standard order (a file may list them
   // in another), each the file's own or generated; then the file's other
   // sections (THUMBNAILIMAGE, ACDSDATA...) as they came.
@@ -251,7 +199,9 @@ void DbWriter::Run() {
   PutString(0, "EOF");
 
   // The header last: $HANDSEED is known only now.
-  out_ = final_out;
+  holding_body_ = false;
+  std::string header;
+  out_ = &header;
   for (const Tag& t : source_.model.leading()) Put(t);
   kept_.clear();
   if (const Section* header = source_.model.FindSection("HEADER")) {
@@ -265,7 +215,12 @@ void DbWriter::Run() {
     EmitNewHeader();
     PutString(0, "ENDSEC");
   }
-  out_->append(body);
+  out_ = nullptr;
+  sink(header);
+  while (!pieces_.empty()) {
+    sink(pieces_.front());
+    pieces_.pop_front();
+  }
 }
 
 void DbWriter::EmitSectionOf(SectionKind kind, const Section* section) {
@@ -339,7 +294,7 @@ void DbWriter::EmitTable(std::string_view name, const Table* table) {
         EmitUpgradedRaw(entry, owner, name);
       } else if ((name == "DIMSTYLE" || name == "LTYPE") && Written(bound->second.object)) {
         // The host keeps little of these: the record is kept, upgraded.
-        emitted_.insert(bound->second.object);
+        emitted_[bound->second.object] = true;
         EmitPatched(UpgradedEntry(entry, *bound->second.object, owner, name), bound->second);
       }
     }
@@ -512,7 +467,7 @@ void DbWriter::EmitEntity(const Record& record) {
 }
 
 void DbWriter::EmitBound(const Record& record, const Binding& binding) {
-  emitted_.insert(binding.object);
+  emitted_[binding.object] = true;
   if (std::optional<Record> relinked = Relinked(record, binding.object)) {
     EmitPatched(*relinked, binding);
   } else {
@@ -545,7 +500,7 @@ void DbWriter::EmitObjects(const Section* section) {
   }
   // The named-object dictionary comes first in a file that had none.
   if (IsNew(root)) {
-    emitted_.insert(root);
+    emitted_[root] = true;
     EmitNew(*root, 0);
   }
   for (const StandardObject& s : standard_) {
@@ -558,7 +513,7 @@ void DbWriter::EmitObjects(const Section* section) {
     if (!Written(o) || !Written(o->xdict())) continue;
     Dictionary* xdict = o->xdict();
     if (!emitted_.count(xdict)) {
-      emitted_.insert(xdict);
+      emitted_[xdict] = true;
       EmitNew(*xdict, o->handle());
     }
     EmitObjectTree(*xdict);
@@ -579,7 +534,7 @@ void DbWriter::EmitObjectTree(const DbObject& container) {
       continue;
     }
     if (!emitted_.count(e.object)) {
-      emitted_.insert(e.object);
+      emitted_[e.object] = true;
       uint64_t owner = e.object->owner() != nullptr && Written(e.object->owner())
                            ? e.object->owner()->handle()
                            : dict->handle();
@@ -590,34 +545,6 @@ void DbWriter::EmitObjectTree(const DbObject& container) {
       if (IsNew(e.object)) EmitNew(*e.object, owner);
     }
     EmitObjectTree(*e.object);
-  }
-}
-
-// ---------------------------------------------------------------- entry points
-
-std::string WriteDrawing(const Document& document) {
-  std::shared_ptr<DxfSource> source = SourceOf(document);
-  if (source == nullptr) {
-    // A drawing not read from DXF walks an empty model: every section,
-    // table and record is generated from the database.
-    source = std::make_shared<DxfSource>(TagModel::Load(std::string("  0\nEOF\n"), "new"));
-  }
-  std::string out;
-  // About the size of the file read: the text does not have to move as it
-  // grows (pages reserved but never written cost nothing).
-  out.reserve(source->model.source_size() + source->model.source_size() / 8 + (1 << 16));
-  DbWriter writer(document, *source, &out);
-  writer.Run();
-  return out;
-}
-
-void WriteDrawingFile(const Document& document, const std::string& path) {
-  std::string text = WriteDrawing(document);
-  std::ofstream file(path, std::ios::binary | std::ios::trunc);
-  if (file) file.write(text.data(), static_cast<std::streamsize>(text.size()));
-  if (!file) {
-    throw AutomationError(kReadFailedNumber, path + ": cannot write the file",
-                          std::string(kHostErrorSource));
   }
 }
 

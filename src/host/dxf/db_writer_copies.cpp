@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <numbers>
+#include <typeinfo>
 
 #include "geometry/ocs.h"
 #include "host/block.h"
@@ -54,9 +55,21 @@ void AppendRecordTags(const Record& record, RawTags* out) {
 }  // namespace
 
 void RememberSourceRecords(DxfSource& source) {
+  // The answer for each dynamic type met: asking WrittenFromSource of every
+  // bound object took six dynamic_casts per record, each failed one
+  // comparing type names.
+  std::vector<std::pair<const std::type_info*, bool>> from_source;
+  auto written_from_source = [&](const Entity& entity) {
+    const std::type_info* type = &typeid(entity);
+    for (const auto& [known, answer] : from_source) {
+      if (known == type) return answer;
+    }
+    return from_source.emplace_back(type, WrittenFromSource(entity)).second;
+  };
   for (const auto& [record, binding] : source.bindings) {
+    if (!binding.object->IsEntity()) continue;
     const auto* entity = dynamic_cast<const Entity*>(binding.object);
-    if (entity == nullptr || !WrittenFromSource(*entity) || entity->extra() != nullptr) continue;
+    if (entity == nullptr || !written_from_source(*entity) || entity->extra() != nullptr) continue;
     RawTags tags;
     AppendRecordTags(*record, &tags);
     for (const Record& f : record->followers) AppendRecordTags(f, &tags);

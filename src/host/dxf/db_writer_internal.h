@@ -1,7 +1,8 @@
 // The writer's machinery shared by the structure pass (db_writer.cpp), the
-// records written back patched (db_writer_patch.cpp), the records written
-// from the live objects (db_writer_new*.cpp), the records no live object
-// stands for (db_writer_standard.cpp) and the links of records written back
+// text output and entry points (db_writer_output.cpp), the records written
+// back patched (db_writer_patch.cpp), the records written from the live
+// objects (db_writer_new*.cpp), the records no live object stands for
+// (db_writer_standard.cpp) and the links of records written back
 // (db_writer_links.cpp).
 //
 // One writer serves every drawing: a drawing read from DXF walks its model,
@@ -13,11 +14,14 @@
 
 #include <cstdio>
 #include <deque>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
+#include <typeinfo>
 #include <unordered_map>
 #include <unordered_set>
 #include <vector>
@@ -72,10 +76,16 @@ bool WrittenFromSource(const Entity& entity);
 
 class DbWriter {
  public:
-  DbWriter(const Document& doc, DxfSource& source, std::string* out);
+  DbWriter(const Document& doc, DxfSource& source);
 
-  // Writes the whole drawing.
-  void Run();
+  // Receives the written text piece by piece, in file order.
+  using TextSink = std::function<void(std::string_view piece)>;
+  // Writes the whole drawing to `sink`. The header comes first in the file
+  // but is written last ($HANDSEED is known only once every record has its
+  // handle), so the body is held until then in pieces of about a megabyte;
+  // `sink` receives nothing before the whole drawing is written, and each
+  // piece is freed as soon as `sink` has it.
+  void Run(const TextSink& sink);
 
   // A record bound to a live object, with the modelled groups patched from
   // the object and its extended data regenerated when it changed.
@@ -114,6 +124,11 @@ class DbWriter {
   void Modelled(const DbObject& object, std::vector<Tag>* want);
   // Extended data as tags.
   void XDataTags(const XData& xdata, std::vector<Tag>* out);
+  // Which of the kinds the patching code tells apart `object` is, one bit
+  // each (kIs... in db_writer_patch.cpp). Each answer is a dynamic_cast,
+  // and a failed one compares type names; a record is patched after a
+  // dozen or more of them, so the bits are remembered per dynamic type.
+  uint32_t KindsOf(const DbObject& object);
 
   Document& doc() const { return doc_; }
   // A handle for a record the host has no object for (BLOCK, ENDBLK, SEQEND).
@@ -221,9 +236,15 @@ class DbWriter {
   void EmitNewObject(const DbObject& object, uint64_t owner);
   void EmitSeqend(const Entity& owner_entity);
 
+  // Ends the body's current piece and starts the next one.
+  void StartPiece();
+
   Document& doc_;
   DxfSource& source_;
-  std::string* out_;
+  // Where Put appends: the current piece of the body, then the header.
+  std::string* out_ = nullptr;
+  std::deque<std::string> pieces_;
+  bool holding_body_ = false;
   std::unique_ptr<TextEncoder> encoder_;
   std::string version_;
   // A file before R2000 is upgraded: standard records it never named are
@@ -243,12 +264,15 @@ class DbWriter {
   std::vector<StandardObject> standard_;
   std::unordered_map<const Entity*, std::vector<const Group*>> groups_of_;
   // Live objects by the handle their record had in the file.
-  std::unordered_map<uint64_t, const DbObject*> bound_by_handle_;
-  // Handles of the model's records no live object stands for.
-  std::unordered_set<uint64_t> raw_handles_;
-  std::unordered_set<const DbObject*> emitted_;
+  FlatMap<uint64_t, const DbObject*> bound_by_handle_;
+  // Handles of the model's records no live object stands for (true).
+  FlatMap<uint64_t, bool> raw_handles_;
+  // Objects written so far (true), one per record.
+  ObjectMap<bool> emitted_;
   std::unordered_set<const DbObject*> walked_;
   uint64_t plot_style_normal_ = 0;
+  // KindsOf's answers by dynamic type (a handful of types per drawing).
+  std::vector<std::pair<const std::type_info*, uint32_t>> kinds_;
   // Classes of the objects written from scratch ("LAYOUT", "WIPEOUT"...).
   std::unordered_set<std::string> needed_classes_;
 };

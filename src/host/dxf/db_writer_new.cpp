@@ -64,8 +64,7 @@ void DbWriter::EmitNew(const DbObject& object, uint64_t owner_handle) {
   // An object read from a file (an upgraded drawing's) spells the names it
   // uses as the file did.
   const Record* outer = spelling_;
-  auto found = source_.records.find(&object);
-  spelling_ = found != source_.records.end() ? found->second : nullptr;
+  spelling_ = source_.records.ValueOr(&object, nullptr);
   struct Restore {
     const Record*& slot;
     const Record* value;
@@ -101,10 +100,10 @@ void DbWriter::PutObjectHead(std::string_view type, const DbObject& object, uint
 void DbWriter::PutXData(const DbObject& object) {
   if (object.xdata() == nullptr) return;
   // Extended data unchanged since the file was read is written as it came.
-  if (auto it = source_.records.find(&object); it != source_.records.end()) {
-    auto binding = source_.bindings.find(it->second);
+  if (const Record* source_record = source_.records.ValueOr(&object, nullptr)) {
+    auto binding = source_.bindings.find(source_record);
     if (binding != source_.bindings.end() && binding->second.loaded_xdata == object.xdata()) {
-      const Record& record = *it->second;
+      const Record& record = *source_record;
       for (size_t i = record.Body().size(); i < record.tags.size(); ++i) Put(record.tags[i]);
       return;
     }

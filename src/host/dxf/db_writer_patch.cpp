@@ -79,7 +79,61 @@ void DbWriter::XDataTags(const XData& xdata, std::vector<Tag>* out) {
   }
 }
 
+namespace {
+
+// The kinds KindsOf tells apart.
+enum KindBit : uint32_t {
+  kIsEntity = 1u << 0,
+  kIsLine = 1u << 1,
+  kIsCircle = 1u << 2,
+  kIsArc = 1u << 3,
+  kIsPoint = 1u << 4,
+  kIsEllipse = 1u << 5,
+  kIsText = 1u << 6,
+  kIsAttributeRef = 1u << 7,
+  kIsAttributeDef = 1u << 8,
+  kIsMText = 1u << 9,
+  kIsBlockRef = 1u << 10,
+  kIsLayer = 1u << 11,
+  kIsRegApp = 1u << 12,
+  kIsLwPolyline = 1u << 13,
+  kIsHatch = 1u << 14,
+};
+
+template <class Kind>
+uint32_t BitIf(const DbObject& object, uint32_t bit) {
+  return dynamic_cast<const Kind*>(&object) != nullptr ? bit : 0;
+}
+
+// `object` as `Kind` when `kinds` (its KindsOf) has `bit`, else nullptr.
+template <class Kind>
+const Kind* As(const DbObject& object, uint32_t kinds, uint32_t bit) {
+  return (kinds & bit) != 0 ? static_cast<const Kind*>(&object) : nullptr;
+}
+
+}  // namespace
+
+uint32_t DbWriter::KindsOf(const DbObject& object) {
+  const std::type_info* type = &typeid(object);
+  for (const auto& [known, bits] : kinds_) {
+    if (known == type) return bits;
+  }
+  uint32_t bits = BitIf<Entity>(object, kIsEntity) | BitIf<Line>(object, kIsLine) |
+                  BitIf<Circle>(object, kIsCircle) | BitIf<Arc>(object, kIsArc) |
+                  BitIf<PointEntity>(object, kIsPoint) | BitIf<Ellipse>(object, kIsEllipse) |
+                  BitIf<Text>(object, kIsText) | BitIf<AttributeRef>(object, kIsAttributeRef) |
+                  BitIf<AttributeDef>(object, kIsAttributeDef) | BitIf<MText>(object, kIsMText) |
+                  BitIf<BlockRef>(object, kIsBlockRef) | BitIf<LayerRecord>(object, kIsLayer) |
+                  BitIf<RegApp>(object, kIsRegApp) | BitIf<LwPolyline>(object, kIsLwPolyline) |
+                  BitIf<Hatch>(object, kIsHatch);
+  kinds_.emplace_back(type, bits);
+  return bits;
+}
+
 void DbWriter::Modelled(const DbObject& object, std::vector<Tag>* want) {
+  // The first kind in this order that the object is decides what is written.
+  const uint32_t kinds = KindsOf(object);
+
   auto real = [&](int code, double v) { want->push_back(Tag::Double(code, v)); };
   auto point = [&](int code, const Vec3& p) {
     real(code, p.x);
@@ -88,7 +142,7 @@ void DbWriter::Modelled(const DbObject& object, std::vector<Tag>* want) {
   };
   auto text = [&](int code, std::string_view s) { want->push_back(Tag::String(code, Keep(std::string(s)))); };
   auto integer = [&](int code, int64_t v) { want->push_back(Tag::Integer(code, v)); };
-  if (const auto* e = dynamic_cast<const Entity*>(&object)) {
+  if (const auto* e = As<Entity>(object, kinds, kIsEntity)) {
     const EntityProps& p = e->props();
     if (p.layer) text(8, p.layer->Name());
     if (p.linetype && p.linetype != doc_.bylayer_linetype()) text(6, p.linetype->Name());
@@ -102,28 +156,28 @@ void DbWriter::Modelled(const DbObject& object, std::vector<Tag>* want) {
     if (p.linetype_scale != 1) real(48, p.linetype_scale);
     if (!p.visible) integer(60, 1);
   }
-  if (const auto* o = dynamic_cast<const Line*>(&object)) {
+  if (const auto* o = As<Line>(object, kinds, kIsLine)) {
     point(10, o->data().start);
     point(11, o->data().end);
-  } else if (const auto* o = dynamic_cast<const Circle*>(&object)) {
+  } else if (const auto* o = As<Circle>(object, kinds, kIsCircle)) {
     point(10, Ocs(o->data().center, o->data().normal));
     real(40, o->data().radius);
-  } else if (const auto* o = dynamic_cast<const Arc*>(&object)) {
+  } else if (const auto* o = As<Arc>(object, kinds, kIsArc)) {
     point(10, Ocs(o->data().center, o->data().normal));
     real(40, o->data().radius);
     real(50, o->data().start_angle * kRadToDeg);
     real(51, o->data().end_angle * kRadToDeg);
-  } else if (const auto* o = dynamic_cast<const PointEntity*>(&object)) {
+  } else if (const auto* o = As<PointEntity>(object, kinds, kIsPoint)) {
     point(10, o->data().position);
-  } else if (const auto* o = dynamic_cast<const Ellipse*>(&object)) {
+  } else if (const auto* o = As<Ellipse>(object, kinds, kIsEllipse)) {
     point(10, o->data().center);
     point(11, o->data().major_axis);
     real(40, o->data().radius_ratio);
-  } else if (const TextData* t = dynamic_cast<const Text*>(&object)
+  } else if (const TextData* t = (kinds & kIsText) != 0
                                      ? &static_cast<const Text&>(object).data()
-                                 : dynamic_cast<const AttributeRef*>(&object)
+                                 : (kinds & kIsAttributeRef) != 0
                                      ? static_cast<const TextData*>(&static_cast<const AttributeRef&>(object).data())
-                                 : dynamic_cast<const AttributeDef*>(&object)
+                                 : (kinds & kIsAttributeDef) != 0
                                      ? static_cast<const TextData*>(&static_cast<const AttributeDef&>(object).data())
                                      : nullptr) {
     point(10, Ocs(t->insertion, t->normal));
@@ -131,24 +185,24 @@ void DbWriter::Modelled(const DbObject& object, std::vector<Tag>* want) {
     text(1, t->text);
     if (t->rotation != 0) real(50, t->rotation * kRadToDeg);
     if (t->alignment_mode != 0) point(11, Ocs(t->alignment, t->normal));
-    if (const auto* a = dynamic_cast<const AttributeRef*>(&object)) text(2, a->data().tag);
-    if (const auto* a = dynamic_cast<const AttributeDef*>(&object)) text(2, a->data().tag);
-  } else if (const auto* o = dynamic_cast<const MText*>(&object)) {
+    if (const auto* a = As<AttributeRef>(object, kinds, kIsAttributeRef)) text(2, a->data().tag);
+    if (const auto* a = As<AttributeDef>(object, kinds, kIsAttributeDef)) text(2, a->data().tag);
+  } else if (const auto* o = As<MText>(object, kinds, kIsMText)) {
     point(10, o->data().insertion);
     real(40, o->data().height);
-  } else if (const auto* o = dynamic_cast<const BlockRef*>(&object)) {
+  } else if (const auto* o = As<BlockRef>(object, kinds, kIsBlockRef)) {
     if (o->data().block) text(2, o->data().block->Name());
     point(10, Ocs(o->data().insertion, o->data().normal));
     if (o->data().scale.x != 1) real(41, o->data().scale.x);
     if (o->data().scale.y != 1) real(42, o->data().scale.y);
     if (o->data().scale.z != 1) real(43, o->data().scale.z);
     if (o->data().rotation != 0) real(50, o->data().rotation * kRadToDeg);
-  } else if (const auto* o = dynamic_cast<const LayerRecord*>(&object)) {
+  } else if (const auto* o = As<LayerRecord>(object, kinds, kIsLayer)) {
     const auto& d = o->data();
     text(2, d.name);
     integer(62, d.on ? d.color.index : -std::abs(d.color.index));
     if (d.linetype) text(6, d.linetype->Name());
-  } else if (const auto* o = dynamic_cast<const RegApp*>(&object)) {
+  } else if (const auto* o = As<RegApp>(object, kinds, kIsRegApp)) {
     text(2, o->data().name);
   }
 }
@@ -200,9 +254,10 @@ void DbWriter::EmitPatched(const Record& record, const Binding& binding) {
   std::vector<bool> used(want.size(), false);
   std::span<const Tag> body = record.Body();
   // Layer flags keep the bits the host does not model.
-  const auto* layer = dynamic_cast<const LayerRecord*>(&object);
-  const auto* lw = dynamic_cast<const LwPolyline*>(&object);
-  const auto* mtext = dynamic_cast<const MText*>(&object);
+  const uint32_t kinds = KindsOf(object);
+  const auto* layer = As<LayerRecord>(object, kinds, kIsLayer);
+  const auto* lw = As<LwPolyline>(object, kinds, kIsLwPolyline);
+  const auto* mtext = As<MText>(object, kinds, kIsMText);
   bool rewrite_vertices = false;
   if (lw != nullptr) {
     // Vertices are compared as a whole; a changed list is written anew.
@@ -229,7 +284,7 @@ void DbWriter::EmitPatched(const Record& record, const Binding& binding) {
   // while the host's loops are the ones read from them; rewritten as
   // polyline paths once the hatch was moved or its loops changed.
   size_t loops_begin = 0, loops_end = 0;
-  const auto* hatch = dynamic_cast<const Hatch*>(&object);
+  const auto* hatch = As<Hatch>(object, kinds, kIsHatch);
   if (hatch != nullptr) {
     for (size_t i = 0; i < body.size(); ++i) {
       if (loops_begin == 0 && body[i].code == 91) loops_begin = i;

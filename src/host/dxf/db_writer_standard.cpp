@@ -381,7 +381,7 @@ void DbWriter::EmitStandardObject(const StandardObject& s) {
     // What they hold follows, written from the objects.
     for (const DictEntry& e : entries) {
       if (!IsNew(e.object) || emitted_.count(e.object)) continue;
-      emitted_.insert(e.object);
+      emitted_[e.object] = true;
       EmitNew(*e.object, s.handle);
     }
   }

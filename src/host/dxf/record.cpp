@@ -149,12 +149,18 @@ std::vector<TagSegment> Record::AppDataGroups() const {
 }
 
 std::optional<std::span<const Tag>> Record::AppData(std::string_view name) const {
-  std::span<const Tag> body = Body();
-  for (std::size_t i = 0; i < body.size(); ++i) {
-    if (!OpensGroup(body[i])) continue;
+  // One pass, the end of the body (the first 1001) found on the way: the
+  // loader asks this of every record.
+  const std::size_t size = tags.size();
+  for (std::size_t i = 0; i < size && tags[i].code != kXdataMarker; ++i) {
+    if (!OpensGroup(tags[i])) continue;
     std::size_t end = i + 1;
-    while (end < body.size() && !ClosesGroup(body[end])) ++end;
-    if (TrimText(body[i].text.substr(1)) == name) return body.subspan(i + 1, end - i - 1);
+    while (end < size && tags[end].code != kXdataMarker && !ClosesGroup(tags[end])) ++end;
+    if (TrimText(tags[i].text.substr(1)) == name) {
+      return std::span<const Tag>(tags.data() + i + 1, end - i - 1);
+    }
+    // A group left open runs to the end of the body.
+    if (end == size || tags[end].code == kXdataMarker) break;
     i = end;
   }
   return std::nullopt;

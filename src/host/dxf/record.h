@@ -2,6 +2,7 @@
 #ifndef TOVIK_HOST_DXF_RECORD_H_
 #define TOVIK_HOST_DXF_RECORD_H_
 
+#include <cstdint>
 #include <optional>
 #include <span>
 #include <string_view>
@@ -31,6 +32,12 @@ struct Record {
   // VERTEX records of a POLYLINE, ATTRIB records of an INSERT, then their
   // SEQEND; empty for other records.
   std::vector<Record> followers;
+  // Where the drawing read from this record keeps the record's binding to
+  // its live object (RecordBindings in db_source.h), so that finding it
+  // needs no hashing; kNoSlot until bound. Not part of the record's content
+  // (hence mutable): the model is read-only once loaded.
+  static constexpr std::uint32_t kNoSlot = 0xFFFFFFFFu;
+  mutable std::uint32_t binding_slot = kNoSlot;
 
   // Returns the first tag with `code`, or nullptr.
   const Tag* Find(int code) const;

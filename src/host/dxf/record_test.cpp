@@ -92,6 +92,25 @@ TEST(Record, RecordsWithoutMarkersHaveOneUnnamedSegment) {
   EXPECT_TRUE(circle.AppDataGroups().empty());
 }
 
+TEST(Record, AppDataGroupsEndAtTheirCloseOrAtTheExtendedData) {
+  // The second group is never closed: it runs to the first 1001, and the
+  // xdata after it is no part of it, not even a 102 group written there.
+  TagModel model = TagModel::Load(
+      "0\nSECTION\n2\nENTITIES\n0\nLINE\n5\n2A\n"
+      "102\n{ACAD_REACTORS\n330\n1F\n102\n}\n"
+      "102\n{ACAD_XDICTIONARY\n360\n2B\n8\nWalls\n"
+      "1001\nAPP\n102\n{ACAD_FAKE\n1000\nx\n102\n}\n0\nENDSEC\n", "open.dxf");
+  const Record& line = model.FindSection("ENTITIES")->records.at(0);
+  auto reactors = line.AppData("ACAD_REACTORS");
+  ASSERT_TRUE(reactors.has_value());
+  EXPECT_EQ(Codes(*reactors), (std::vector<int>{330}));
+  auto xdict = line.AppData("ACAD_XDICTIONARY");
+  ASSERT_TRUE(xdict.has_value());
+  EXPECT_EQ(Codes(*xdict), (std::vector<int>{360, 8}));
+  EXPECT_FALSE(line.AppData("ACAD_FAKE").has_value());
+  EXPECT_FALSE(line.AppData("APP").has_value());
+}
+
 TEST(Record, DimstyleHandleIsCode105) {
   TagModel model = TagModel::Load(
       "0\nSECTION\n2\nTABLES\n0\nTABLE\n2\nDIMSTYLE\n5\nA\n0\nDIMSTYLE\n105\n27\n2\nStandard\n"
