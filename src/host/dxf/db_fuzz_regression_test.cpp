@@ -41,7 +41,7 @@ TEST(DxfFuzzRegressions, EveryDrawingThatReadsIsWrittenSoThatItReadsBack) {
       ADD_FAILURE() << "the copy does not read: " << e.Description();
     }
   }
-  EXPECT_EQ(cases, 7);
+  EXPECT_EQ(cases, 8);
 }
 
 }  // namespace

@@ -491,7 +491,10 @@ void DbWriter::EmitObjects(const Section* section) {
     for (const Record& r : section->records) {
       auto it = source_.bindings.find(&r);
       if (it == source_.bindings.end()) {
+        // A record the host keeps as it came, with its followers (an
+        // entity misplaced among the objects keeps its VERTEXes and SEQEND).
         EmitRaw(r);
+        for (const Record& f : r.followers) EmitRaw(f);
       } else if (!all_new_ && Written(it->second.object)) {
         EmitBound(r, it->second);
       }
