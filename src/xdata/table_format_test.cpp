@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/typed_value.h"
+
 #include <functional>
 #include <string>
 #include <vector>
@@ -43,27 +45,7 @@ std::vector<int> CodesOf(const Variant& codes) {
 }
 
 // Renders a decoded value with its type, so one string comparison checks
-// both: Double 1 -> "D1", Integer -> "I", String -> "S", Boolean -> "B",
-// Empty -> "E", Long -> "L", tables in parentheses.
-std::string Typed(const Variant& v) {
-  if (v.IsArray()) {
-    std::string out = "(";
-    for (const Variant& e : v.Array().Items()) {
-      if (out.size() > 1) out += ",";
-      out += Typed(e);
-    }
-    return out + ")";
-  }
-  switch (v.Type()) {
-    case VarType::kDouble: return "D" + CStr(v);
-    case VarType::kInteger: return "I" + CStr(v);
-    case VarType::kLong: return "L" + CStr(v);
-    case VarType::kString: return "S" + v.RawString();
-    case VarType::kBoolean: return v.RawBool() ? "BT" : "BF";
-    case VarType::kEmpty: return "E";
-    default: return "?" + TypeName(v);
-  }
-}
+using test_support::Typed;
 
 TEST(TableText, SampleTableWritesTabsQuotesAndKeywords) {
   EXPECT_EQ(TableToText(SampleTable()),

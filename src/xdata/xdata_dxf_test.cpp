@@ -2,6 +2,8 @@
 // reading it back with the headless host's DXF reader.
 #include <gtest/gtest.h>
 
+#include "tests/support/typed_value.h"
+
 #include <string>
 
 #include "frame/conversions.h"
@@ -14,26 +16,7 @@ namespace {
 
 using XdataDxf = HostTest;
 
-// A value with its type: I Integer, L Long, D Double, S String, tables in
-// parentheses, points as (x;y;z) of Doubles.
-std::string Typed(const Variant& v) {
-  if (v.IsArray()) {
-    std::string out = "(";
-    for (const Variant& e : v.Array().Items()) {
-      if (out.size() > 1) out += ",";
-      out += Typed(e);
-    }
-    return out + ")";
-  }
-  switch (v.Type()) {
-    case VarType::kInteger: return "I" + CStr(v);
-    case VarType::kLong: return "L" + CStr(v);
-    case VarType::kDouble: return "D" + CStr(v);
-    case VarType::kString: return "S" + v.RawString();
-    case VarType::kBoolean: return v.RawBool() ? "BT" : "BF";
-    default: return "?" + TypeName(v);
-  }
-}
+using test_support::Typed;
 
 // The object's "Tovik COM" run with value types.
 std::string TypedRun(const ObjectRef& object) {
