@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/support/typed_value.h"
-
 #include <functional>
 #include <string>
 #include <vector>
@@ -11,6 +9,7 @@
 #include "frame/automation_error.h"
 #include "frame/conversions.h"
 #include "frame/runtime_number.h"
+#include "tests/support/typed_value.h"
 
 namespace tovik {
 namespace {

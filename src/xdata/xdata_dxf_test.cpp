@@ -2,14 +2,13 @@
 // reading it back with the headless host's DXF reader.
 #include <gtest/gtest.h>
 
-#include "tests/support/typed_value.h"
-
 #include <string>
 
 #include "frame/conversions.h"
 #include "host/dxf/db_reader.h"
 #include "tests/support/host_test.h"
 #include "xdata/xdata.h"
+#include "tests/support/typed_value.h"
 
 namespace tovik {
 namespace {
