@@ -9,11 +9,11 @@
 #include <iterator>
 #include <string>
 
-#include "host/dxf/tag_model.h"
-#include "host/dxf/tokenizer.h"
-#include "host/dxf/writer.h"
+#include "dxf/tag_model.h"
+#include "dxf/tokenizer.h"
+#include "dxf/tag_writer.h"
 
-namespace tovik::host::dxf {
+namespace tovik::dxf {
 namespace {
 
 std::string SharedDir() {
@@ -161,6 +161,6 @@ BENCHMARK(BM_LoadLarge)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(2
 BENCHMARK(BM_WriteLarge)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(2.0);
 
 }  // namespace
-}  // namespace tovik::host::dxf
+}  // namespace tovik::dxf
 
 BENCHMARK_MAIN();

@@ -6,9 +6,9 @@
 
 #include "frame/conversions.h"
 #include "frame/dispatch.h"
-#include "host/application.h"
-#include "host/args.h"
-#include "host/document.h"
+#include "host/core/application.h"
+#include "host/surface/args.h"
+#include "host/core/document.h"
 
 namespace {
 

@@ -14,7 +14,7 @@
 #include "frame/library_state.h"
 #include "frame/value_helpers.h"
 #include "frame/zactivex_com.h"
-#include "host/application.h"
+#include "host/core/application.h"
 #include "xdata/table_format.h"
 #include "xdata/xdata.h"
 

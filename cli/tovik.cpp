@@ -14,13 +14,13 @@
 #include <string_view>
 
 #include "frame/automation_error.h"
-#include "host/application.h"
-#include "host/block.h"
-#include "host/document.h"
-#include "host/dxf/db_reader.h"
-#include "host/dxf/tag_model.h"
-#include "host/entities.h"
-#include "host/records.h"
+#include "host/core/application.h"
+#include "host/tables/block.h"
+#include "host/core/document.h"
+#include "host/dxf/dxf_file.h"
+#include "dxf/tag_model.h"
+#include "host/entities/kinds.h"
+#include "host/tables/records.h"
 #include "type_library.h"
 
 namespace {

@@ -1,34 +1,9 @@
-# Several developers work in the tree at once; a source listed before it is
-# written is skipped with a warning in development builds. CI configures with
-# TOVIK_STRICT_SOURCES=ON, where a missing source is an error.
-option(TOVIK_STRICT_SOURCES "A listed source file that does not exist is an error" OFF)
-
-function(_tovik_existing_sources out)
-  set(result "")
-  foreach(src ${ARGN})
-    if(IS_ABSOLUTE "${src}")
-      set(path "${src}")
-    else()
-      set(path "${CMAKE_CURRENT_SOURCE_DIR}/${src}")
-    endif()
-    if(EXISTS "${path}")
-      list(APPEND result "${src}")
-    elseif(TOVIK_STRICT_SOURCES)
-      message(FATAL_ERROR "missing source ${path}")
-    else()
-      message(WARNING "skipping missing source ${path}")
-    endif()
-  endforeach()
-  set(${out} "${result}" PARENT_SCOPE)
-endfunction()
-
 # tovik_add_library(NAME SOURCES a.cpp b.cpp DEPS dep1 dep2)
 # One static library per subsystem folder; include paths are rooted at src/
 # so headers are included as "frame/variant.h".
 function(tovik_add_library name)
   cmake_parse_arguments(ARG "" "" "SOURCES;DEPS" ${ARGN})
-  _tovik_existing_sources(sources ${ARG_SOURCES})
-  add_library(${name} STATIC ${sources})
+  add_library(${name} STATIC ${ARG_SOURCES})
   target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
   target_link_libraries(${name} PUBLIC ${ARG_DEPS})
 endfunction()
@@ -37,11 +12,7 @@ endfunction()
 # A GoogleTest executable whose cases are registered with CTest one by one.
 function(tovik_add_test name)
   cmake_parse_arguments(ARG "" "" "SOURCES;DEPS" ${ARGN})
-  _tovik_existing_sources(sources ${ARG_SOURCES})
-  if(NOT sources)
-    return()
-  endif()
-  add_executable(${name} ${sources})
+  add_executable(${name} ${ARG_SOURCES})
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR})
   target_link_libraries(${name} PRIVATE ${ARG_DEPS} GTest::gtest GTest::gtest_main)
   target_compile_definitions(${name} PRIVATE TOVIK_SHARED_DIR="${PROJECT_SOURCE_DIR}/../shared"

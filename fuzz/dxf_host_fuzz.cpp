@@ -9,9 +9,9 @@
 #include <string>
 
 #include "frame/automation_error.h"
-#include "host/application.h"
-#include "host/document.h"
-#include "host/dxf/db_reader.h"
+#include "host/core/application.h"
+#include "host/core/document.h"
+#include "host/dxf/dxf_file.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace tovik::host;

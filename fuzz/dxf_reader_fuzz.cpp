@@ -7,14 +7,14 @@
 #include <cstdlib>
 #include <string>
 
-#include "host/dxf/tag_model.h"
-#include "host/dxf/writer.h"
+#include "dxf/tag_model.h"
+#include "dxf/tag_writer.h"
 
 namespace {
 
-using tovik::host::dxf::ReadError;
-using tovik::host::dxf::Record;
-using tovik::host::dxf::TagModel;
+using tovik::dxf::ReadError;
+using tovik::dxf::Record;
+using tovik::dxf::TagModel;
 
 // Touches every accessor a database would use, so they run on odd records.
 std::size_t Walk(const Record& record) {
@@ -42,12 +42,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
       }
     }
     (void)seen;
-    written = tovik::host::dxf::WriteDxf(model);
+    written = tovik::dxf::WriteDxf(model);
   } catch (const ReadError&) {
     return 0;
   }
   // The writer's output is always readable and is a fixed point.
   TagModel again = TagModel::Load(written, "written.dxf");
-  if (tovik::host::dxf::WriteDxf(again) != written) std::abort();
+  if (tovik::dxf::WriteDxf(again) != written) std::abort();
   return 0;
 }

@@ -11,13 +11,9 @@
 #include "selection/dynamic_ss.h"
 #include "selection/ss_companions.h"
 #include "toolkit/acad_space.h"
-#ifdef TOVIK_HAVE_XDATA
-#include "xdata/xdata.h"
-#endif
-#ifdef TOVIK_HAVE_DOCUMENT
 #include "document/acad_doc_space.h"
 #include "document/acad_transaction.h"
-#endif
+#include "xdata/xdata.h"
 
 namespace tovik {
 namespace {
@@ -36,23 +32,9 @@ ObjectRef MakeSSAnimation() {
   return std::make_shared<SSAnimation>(std::weak_ptr<DynamicSS>());
 }
 
-// Xdata, AcadDocSpace and AcadTransaction live in the xdata and document
-// subsystems; a build without them lists the classes but cannot make them.
-#ifdef TOVIK_HAVE_XDATA
 ObjectRef MakeXdata() { return Xdata::Make(); }
-constexpr ObjectRef (*kMakeXdata)() = MakeXdata;
-#else
-constexpr ObjectRef (*kMakeXdata)() = nullptr;
-#endif
-#ifdef TOVIK_HAVE_DOCUMENT
 ObjectRef MakeAcadDocSpace() { return AcadDocSpace::Make(); }
 ObjectRef MakeAcadTransaction() { return AcadTransaction::Make(); }
-constexpr ObjectRef (*kMakeAcadDocSpace)() = MakeAcadDocSpace;
-constexpr ObjectRef (*kMakeAcadTransaction)() = MakeAcadTransaction;
-#else
-constexpr ObjectRef (*kMakeAcadDocSpace)() = nullptr;
-constexpr ObjectRef (*kMakeAcadTransaction)() = nullptr;
-#endif
 
 const ClassInfo kClasses[] = {
     {"AcadSpace", Instancing::kGlobalMultiUse, "", MakeAcadSpace},
@@ -63,9 +45,9 @@ const ClassInfo kClasses[] = {
      MakeSSAnimation},
     {"AutoCAD_Enum", Instancing::kGlobalMultiUse, "", MakeAutoCADEnum},
     {"AcadTransaction", Instancing::kPublicNotCreatable,
-     "AcadDocSpace.GetAcadTransaction", kMakeAcadTransaction},
-    {"AcadDocSpace", Instancing::kGlobalMultiUse, "", kMakeAcadDocSpace},
-    {"Xdata", Instancing::kGlobalMultiUse, "", kMakeXdata},
+     "AcadDocSpace.GetAcadTransaction", MakeAcadTransaction},
+    {"AcadDocSpace", Instancing::kGlobalMultiUse, "", MakeAcadDocSpace},
+    {"Xdata", Instancing::kGlobalMultiUse, "", MakeXdata},
     {"DwgPicture", Instancing::kPublicNotCreatable, "AcadSpace.NewDwgPicture",
      MakeDwgPicture},
     {"ZActiveXCOM", Instancing::kGlobalMultiUse, "", MakeZActiveXCOM},

@@ -10,10 +10,10 @@
 
 #include "frame/conversions.h"
 #include "frame/dispatch.h"
-#include "host/application.h"
-#include "host/args.h"
-#include "host/document.h"
-#include "host/dxf/db_reader.h"
+#include "host/core/application.h"
+#include "host/surface/args.h"
+#include "host/core/document.h"
+#include "host/dxf/dxf_file.h"
 
 namespace tovik::host {
 namespace {
@@ -37,15 +37,13 @@ constexpr const char* kDxf =
 class HostImport : public ::testing::Test {
  protected:
   void SetUp() override {
-    saved_ = GetDrawingFileIo();
-    dxf::InstallDxfFileIo();
     app_ = Application::Create();
+    dxf::InstallDxfFileIo(*app_);
     doc_ = app_->ActiveDocumentRef();
     ms_ = GetProperty(doc_, "ModelSpace").Object();
   }
   void TearDown() override {
     for (const auto& path : written_) std::filesystem::remove(path);
-    SetDrawingFileIo(saved_);
   }
   std::string Write(const char* name, const char* text) {
     std::filesystem::path path = std::filesystem::temp_directory_path() /
@@ -58,7 +56,6 @@ class HostImport : public ::testing::Test {
     return CallMethod(GetProperty(doc_, collection).Object(), "Item", {Variant(name)}).Object();
   }
 
-  DrawingFileIo saved_;
   std::shared_ptr<Application> app_;
   ObjectRef doc_, ms_;
   std::vector<std::filesystem::path> written_;

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "frame/conversions.h"
-#include "host/dxf/db_reader.h"
+#include "host/dxf/dxf_file.h"
 #include "tests/support/host_test.h"
 #include "xdata/xdata.h"
 #include "tests/support/typed_value.h"

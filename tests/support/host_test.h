@@ -17,8 +17,8 @@
 #include "frame/platform.h"
 #include "frame/value_helpers.h"
 #include "frame/zactivex_com.h"
-#include "host/application.h"
-#include "host/document.h"
+#include "host/core/application.h"
+#include "host/core/document.h"
 
 namespace tovik {
 

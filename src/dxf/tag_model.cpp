@@ -1,0 +1,331 @@
+#include "dxf/tag_model.h"
+
+#include <cstring>
+#include <fstream>
+#include <iterator>
+
+#include "dxf/encoding.h"
+
+namespace tovik::dxf {
+
+// Bump allocator for decoded and new text; blocks never move.
+class TagModel::Arena {
+ public:
+  std::string_view Copy(std::string_view text) {
+    constexpr std::size_t kBlockSize = 64 * 1024;
+    if (text.empty()) return {};
+    if (text.size() > left_) {
+      std::size_t size = text.size() > kBlockSize / 4 ? text.size() : kBlockSize;
+      blocks_.push_back(std::make_unique<char[]>(size));
+      next_ = blocks_.back().get();
+      left_ = size;
+    }
+    std::memcpy(next_, text.data(), text.size());
+    std::string_view copy(next_, text.size());
+    next_ += text.size();
+    left_ -= text.size();
+    return copy;
+  }
+
+ private:
+  std::vector<std::unique_ptr<char[]>> blocks_;
+  char* next_ = nullptr;
+  std::size_t left_ = 0;
+};
+
+namespace {
+
+std::string_view Trim(std::string_view text) {
+  while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.remove_prefix(1);
+  while (!text.empty() && (text.back() == ' ' || text.back() == '\t')) text.remove_suffix(1);
+  return text;
+}
+
+const Tag* FindCode(const Record& record, int code) { return record.Find(code); }
+
+bool HasControlCharacter(std::string_view text) {
+  for (char c : text) {
+    if (static_cast<unsigned char>(c) < 0x20 && c != '\t') return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+// Turns the token stream into sections, one record at a time.
+class ModelBuilder {
+ public:
+  ModelBuilder(TagModel* model, std::vector<Tag>* tags, std::string_view file_name)
+      : model_(model), tags_(*tags), file_name_(file_name) {}
+
+  void Run() {
+    while (at_ < tags_.size() && tags_[at_].code != 0) model_->leading_.push_back(tags_[at_++]);
+    while (HasRecord()) {
+      Record record = NextRecord();
+      if (record.type == "EOF") return;
+      if (record.type != "SECTION") Fail(record.head, "expected SECTION, got " + Quote(record));
+      ReadSection(std::move(record));
+    }
+  }
+
+ private:
+  bool HasRecord() const { return at_ < tags_.size(); }
+
+  std::string_view PeekType() const { return Trim(tags_[at_].text); }
+
+  Record NextRecord() {
+    Record record;
+    record.head = tags_[at_++];
+    record.type = Trim(record.head.text);
+    std::size_t start = at_;
+    while (at_ < tags_.size() && tags_[at_].code != 0) ++at_;
+    record.tags = std::span<Tag>(tags_.data() + start, at_ - start);
+    return record;
+  }
+
+  void ReadSection(Record begin) {
+    Section section;
+    const Tag* name = FindCode(begin, 2);
+    if (name == nullptr || begin.tags.front().code != 2) {
+      Fail(begin.head, "SECTION without a name (group code 2)");
+    }
+    section.name = Trim(name->text);
+    section.kind = SectionKindOf(section.name);
+    if (section.kind == SectionKind::kHeader) SplitHeader(&begin, &section);
+    section.begin = std::move(begin);
+    bool closed = false;
+    while (HasRecord()) {
+      std::string_view type = PeekType();
+      if (type == "ENDSEC") {
+        section.end = NextRecord();
+        closed = true;
+        break;
+      }
+      if (type == "SECTION" || type == "EOF") break;
+      switch (section.kind) {
+        case SectionKind::kTables: ReadTable(&section); break;
+        case SectionKind::kBlocks: ReadBlock(&section); break;
+        default: section.records.push_back(ReadGrouped()); break;
+      }
+    }
+    if (!closed) {
+      Fail(section.begin.head, "section " + std::string(section.name) + " has no ENDSEC");
+    }
+    model_->sections_.push_back(std::move(section));
+  }
+
+  // Moves the "9 $NAME" runs out of the HEADER's SECTION record.
+  static void SplitHeader(Record* begin, Section* section) {
+    std::span<Tag> tags = begin->tags;
+    std::size_t first = 0;
+    while (first < tags.size() && tags[first].code != 9) ++first;
+    for (std::size_t i = first; i < tags.size();) {
+      HeaderVariable variable;
+      variable.name_tag = tags[i];
+      variable.name = Trim(tags[i].text);
+      std::size_t j = i + 1;
+      while (j < tags.size() && tags[j].code != 9) ++j;
+      variable.tags.assign(tags.begin() + static_cast<std::ptrdiff_t>(i + 1),
+                           tags.begin() + static_cast<std::ptrdiff_t>(j));
+      section->variables.push_back(std::move(variable));
+      i = j;
+    }
+    begin->tags = tags.first(first);
+  }
+
+  void ReadTable(Section* section) {
+    Record head = NextRecord();
+    if (head.type != "TABLE") Fail(head.head, "expected TABLE, got " + Quote(head));
+    Table table;
+    table.head = std::move(head);
+    while (true) {
+      if (!HasRecord() || PeekType() == "ENDSEC" || PeekType() == "SECTION") {
+        Fail(table.head.head, "table " + Quote(table.Name()) + " has no ENDTAB");
+      }
+      if (PeekType() == "ENDTAB") break;
+      if (PeekType() == "TABLE") Fail(tags_[at_], "TABLE inside table " + Quote(table.Name()));
+      table.entries.push_back(NextRecord());
+    }
+    table.end = NextRecord();
+    section->tables.push_back(std::move(table));
+  }
+
+  void ReadBlock(Section* section) {
+    Record begin = NextRecord();
+    if (begin.type != "BLOCK") Fail(begin.head, "expected BLOCK, got " + Quote(begin));
+    Block block;
+    block.begin = std::move(begin);
+    while (true) {
+      if (!HasRecord() || PeekType() == "ENDSEC" || PeekType() == "SECTION") {
+        Fail(block.begin.head, "block " + Quote(block.Name()) + " has no ENDBLK");
+      }
+      if (PeekType() == "ENDBLK") break;
+      if (PeekType() == "BLOCK") Fail(tags_[at_], "BLOCK inside block " + Quote(block.Name()));
+      block.entities.push_back(ReadGrouped());
+    }
+    block.end = NextRecord();
+    section->blocks.push_back(std::move(block));
+  }
+
+  // Reads one record; a POLYLINE takes its VERTEXes, an INSERT its ATTRIBs,
+  // and either takes the SEQEND that closes them.
+  Record ReadGrouped() {
+    Record record = NextRecord();
+    std::string_view follower;
+    if (record.type == "POLYLINE") follower = "VERTEX";
+    if (record.type == "INSERT") follower = "ATTRIB";
+    if (follower.empty()) return record;
+    while (HasRecord() && PeekType() == follower) record.followers.push_back(NextRecord());
+    if (HasRecord() && PeekType() == "SEQEND") {
+      record.followers.push_back(NextRecord());
+    } else if (!record.followers.empty()) {
+      Fail(record.head, std::string(follower) + " records of " + std::string(record.type) +
+                            " are not closed by SEQEND");
+    }
+    return record;
+  }
+
+  static std::string Quote(const Record& record) { return QuoteForMessage(record.type); }
+  static std::string Quote(std::string_view text) { return QuoteForMessage(text); }
+
+  [[noreturn]] void Fail(const Tag& at, const std::string& what) const {
+    PositionKind kind = model_->format_ == FileFormat::kBinary ? PositionKind::kByteOffset
+                                                               : PositionKind::kLine;
+    throw ReadError(file_name_, kind, at.position, at.code, what);
+  }
+
+  TagModel* model_;
+  std::vector<Tag>& tags_;
+  std::string_view file_name_;
+  std::size_t at_ = 0;
+};
+
+std::string_view Table::Name() const { return Trim(head.StringOr(2)); }
+
+std::string_view Block::Name() const { return Trim(begin.StringOr(2)); }
+
+SectionKind SectionKindOf(std::string_view name) {
+  constexpr std::pair<std::string_view, SectionKind> kNames[] = {
+      {"HEADER", SectionKind::kHeader},     {"CLASSES", SectionKind::kClasses},
+      {"TABLES", SectionKind::kTables},     {"BLOCKS", SectionKind::kBlocks},
+      {"ENTITIES", SectionKind::kEntities}, {"OBJECTS", SectionKind::kObjects},
+      {"THUMBNAILIMAGE", SectionKind::kThumbnailImage}, {"ACDSDATA", SectionKind::kAcdsData},
+  };
+  for (const auto& [known, kind] : kNames) {
+    if (name == known) return kind;
+  }
+  return SectionKind::kOther;
+}
+
+TagModel::TagModel() : arena_(std::make_unique<Arena>()) {}
+TagModel::TagModel(TagModel&&) noexcept = default;
+TagModel& TagModel::operator=(TagModel&&) noexcept = default;
+TagModel::~TagModel() = default;
+
+namespace {
+
+// Returns the raw value of header variable `name` from the token stream,
+// found exactly where version() and code_page() will look after loading:
+// the first section named HEADER, the first tag after "9 `name`".
+std::string_view RawHeaderValue(const std::vector<Tag>& tags, std::string_view name) {
+  std::size_t i = 0;
+  while (i + 1 < tags.size() && !(tags[i].code == 0 && Trim(tags[i].text) == "SECTION" &&
+                                  tags[i + 1].code == 2 && Trim(tags[i + 1].text) == "HEADER")) {
+    ++i;
+  }
+  for (i += 2; i + 1 < tags.size() && tags[i].code != 0; ++i) {
+    if (tags[i].code == 9 && Trim(tags[i].text) == name) {
+      const Tag& value = tags[i + 1];
+      return value.code == 0 || value.code == 9 ? std::string_view() : Trim(value.text);
+    }
+  }
+  return {};
+}
+
+}  // namespace
+
+TagModel TagModel::Load(std::string buffer, std::string_view file_name) {
+  TagModel model;
+  model.buffer_ = std::make_unique<std::string>(std::move(buffer));
+  TokenStream stream = Tokenize(*model.buffer_, file_name);
+  model.format_ = stream.format;
+  std::vector<Tag>& tags = stream.tags;
+  std::string_view version = RawHeaderValue(tags, "$ACADVER");
+  TextDecoder decoder(RawHeaderValue(tags, "$DWGCODEPAGE"), IsUtf8Version(version));
+  std::string decoded;
+  std::string escaped;
+  std::string carets;
+  bool binary = stream.format == FileFormat::kBinary;
+  for (Tag& tag : tags) {
+    if (tag.kind != ValueKind::kString) continue;
+    if (!decoder.Decode(tag.text, &decoded, &escaped)) tag.text = model.arena_->Copy(decoded);
+    // Binary DXF stores a line break inside text as the byte itself, ASCII
+    // DXF as ^J; the model holds the ASCII form whatever the source.
+    if (binary && HasControlCharacter(tag.text)) {
+      carets.clear();
+      EncodeForDxf(tag.text, false, &carets);
+      tag.text = model.arena_->Copy(carets);
+      if (!escaped.empty()) {
+        carets.clear();
+        EncodeForDxf(escaped, false, &carets);
+        escaped.swap(carets);
+      }
+    }
+    if (!escaped.empty()) model.escaped_forms_.emplace(tag.text.data(), model.arena_->Copy(escaped));
+  }
+  // The records view slices of the tag array: it moves into the model
+  // (its storage stays where it is) before they are built.
+  model.tags_ = std::move(tags);
+  ModelBuilder(&model, &model.tags_, file_name).Run();
+  return model;
+}
+
+TagModel TagModel::LoadFile(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  if (!file) throw ReadError(path, PositionKind::kNone, 0, -1, "cannot open the file");
+  std::string buffer((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+  if (file.bad()) throw ReadError(path, PositionKind::kNone, 0, -1, "cannot read the file");
+  return Load(std::move(buffer), path);
+}
+
+std::string_view TagModel::version() const {
+  const HeaderVariable* variable = FindVariable("$ACADVER");
+  return variable != nullptr && !variable->tags.empty() ? Trim(variable->tags[0].text)
+                                                        : std::string_view();
+}
+
+std::string_view TagModel::code_page() const {
+  const HeaderVariable* variable = FindVariable("$DWGCODEPAGE");
+  return variable != nullptr && !variable->tags.empty() ? Trim(variable->tags[0].text)
+                                                        : std::string_view();
+}
+
+Section* TagModel::FindSection(std::string_view name) {
+  for (Section& section : sections_) {
+    if (section.name == name) return &section;
+  }
+  return nullptr;
+}
+
+const Section* TagModel::FindSection(std::string_view name) const {
+  return const_cast<TagModel*>(this)->FindSection(name);
+}
+
+const HeaderVariable* TagModel::FindVariable(std::string_view name) const {
+  const Section* header = FindSection("HEADER");
+  if (header == nullptr) return nullptr;
+  for (const HeaderVariable& variable : header->variables) {
+    if (variable.name == name) return &variable;
+  }
+  return nullptr;
+}
+
+std::string_view TagModel::Intern(std::string_view text) { return arena_->Copy(text); }
+
+std::string_view TagModel::EscapedFormOf(std::string_view text) const {
+  if (escaped_forms_.empty() || text.empty()) return {};
+  auto found = escaped_forms_.find(text.data());
+  return found != escaped_forms_.end() ? found->second : std::string_view();
+}
+
+}  // namespace tovik::dxf

@@ -1,0 +1,205 @@
+#include "dxf/tag_model.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace tovik::dxf {
+namespace {
+
+constexpr const char* kDrawing =
+    "999\nwritten by hand\n"
+    "0\nSECTION\n2\nHEADER\n9\n$ACADVER\n1\nAC1015\n9\n$DWGCODEPAGE\n3\nANSI_1251\n"
+    "9\n$INSBASE\n10\n0.0\n20\n0.0\n30\n0.0\n0\nENDSEC\n"
+    "0\nSECTION\n2\nTABLES\n"
+    "0\nTABLE\n2\nLAYER\n70\n2\n0\nLAYER\n2\n0\n70\n0\n0\nLAYER\n2\n\xD1\xF2\xE5\xED\xFB\n70\n0\n"
+    "0\nENDTAB\n0\nENDSEC\n"
+    "0\nSECTION\n2\nBLOCKS\n"
+    "0\nBLOCK\n2\nB1\n0\nPOLYLINE\n66\n1\n0\nVERTEX\n10\n0.0\n0\nVERTEX\n10\n1.0\n0\nSEQEND\n"
+    "0\nLINE\n8\n0\n0\nENDBLK\n"
+    "0\nENDSEC\n"
+    "0\nSECTION\n2\nENTITIES\n"
+    "0\nINSERT\n2\nB1\n66\n1\n0\nATTRIB\n1\nv1\n0\nATTRIB\n1\nv2\n0\nSEQEND\n"
+    "0\nINSERT\n2\nB1\n0\nCIRCLE\n40\n1.0\n"
+    "0\nENDSEC\n"
+    "0\nSECTION\n2\nTHUMBNAILIMAGE\n90\n2\n310\nABCD\n0\nENDSEC\n"
+    "0\nSECTION\n2\nVENDOR_STUFF\n0\nTHING\n1\nkept\n0\nENDSEC\n"
+    "0\nEOF\n";
+
+TEST(TagModel, GroupsTheFileIntoSectionsTablesBlocksAndRecords) {
+  TagModel model = TagModel::Load(kDrawing, "d.dxf");
+  ASSERT_EQ(model.leading().size(), 1u);
+  EXPECT_EQ(model.leading()[0].code, 999);
+  ASSERT_EQ(model.sections().size(), 6u);
+  EXPECT_EQ(model.version(), "AC1015");
+  EXPECT_EQ(model.code_page(), "ANSI_1251");
+
+  const Section& header = model.sections()[0];
+  EXPECT_EQ(header.kind, SectionKind::kHeader);
+  ASSERT_EQ(header.variables.size(), 3u);
+  EXPECT_EQ(header.begin.tags.size(), 1u);  // only "2 HEADER"
+  const HeaderVariable* insbase = model.FindVariable("$INSBASE");
+  ASSERT_NE(insbase, nullptr);
+  EXPECT_EQ(insbase->tags.size(), 3u);
+  EXPECT_EQ(model.FindVariable("$MISSING"), nullptr);
+
+  const Section& tables = model.sections()[1];
+  ASSERT_EQ(tables.tables.size(), 1u);
+  EXPECT_EQ(tables.tables[0].Name(), "LAYER");
+  ASSERT_EQ(tables.tables[0].entries.size(), 2u);
+  // "Сеть" written in code page 1251 arrives as UTF-8.
+  EXPECT_EQ(tables.tables[0].entries[1].StringOr(2), "\xD0\xA1\xD1\x82\xD0\xB5\xD0\xBD\xD1\x8B");
+  EXPECT_EQ(tables.tables[0].end.type, "ENDTAB");
+
+  const Section& blocks = model.sections()[2];
+  ASSERT_EQ(blocks.blocks.size(), 1u);
+  const Block& block = blocks.blocks[0];
+  EXPECT_EQ(block.Name(), "B1");
+  ASSERT_EQ(block.entities.size(), 2u);  // POLYLINE (with followers) and LINE
+  ASSERT_EQ(block.entities[0].followers.size(), 3u);
+  EXPECT_EQ(block.entities[0].followers[2].type, "SEQEND");
+  EXPECT_EQ(block.end.type, "ENDBLK");
+
+  const Section& entities = model.sections()[3];
+  ASSERT_EQ(entities.records.size(), 3u);
+  EXPECT_EQ(entities.records[0].followers.size(), 3u);  // two ATTRIBs and SEQEND
+  EXPECT_TRUE(entities.records[1].followers.empty());   // INSERT without attributes
+  EXPECT_EQ(entities.records[2].type, "CIRCLE");
+
+  const Section& thumbnail = model.sections()[4];
+  EXPECT_EQ(thumbnail.kind, SectionKind::kThumbnailImage);
+  EXPECT_EQ(thumbnail.begin.tags.size(), 3u);  // 2, 90, 310
+  const Section& vendor = model.sections()[5];
+  EXPECT_EQ(vendor.kind, SectionKind::kOther);
+  ASSERT_EQ(vendor.records.size(), 1u);
+  EXPECT_EQ(vendor.records[0].StringOr(1), "kept");
+}
+
+TEST(TagModel, StructureErrorsNameTheRecord) {
+  struct Case {
+    const char* name;
+    std::string text;
+    std::string message;
+  };
+  const Case cases[] = {
+      {"no ENDSEC", "0\nSECTION\n2\nENTITIES\n0\nLINE\n0\nEOF\n",
+       "d.dxf: line 1: group code 0: section ENTITIES has no ENDSEC"},
+      {"no ENDSEC, no EOF", "0\nSECTION\n2\nENTITIES\n0\nLINE\n",
+       "d.dxf: line 1: group code 0: section ENTITIES has no ENDSEC"},
+      {"SECTION without name", "0\nSECTION\n70\n1\n0\nENDSEC\n",
+       "d.dxf: line 1: group code 0: SECTION without a name (group code 2)"},
+      {"record outside a section", "0\nLINE\n8\n0\n",
+       "d.dxf: line 1: group code 0: expected SECTION, got \"LINE\""},
+      {"entity between blocks", "0\nSECTION\n2\nBLOCKS\n0\nLINE\n0\nENDSEC\n",
+       "d.dxf: line 5: group code 0: expected BLOCK, got \"LINE\""},
+      {"block without ENDBLK", "0\nSECTION\n2\nBLOCKS\n0\nBLOCK\n2\nB\n0\nLINE\n0\nENDSEC\n",
+       "d.dxf: line 5: group code 0: block \"B\" has no ENDBLK"},
+      {"table entry outside TABLE", "0\nSECTION\n2\nTABLES\n0\nLAYER\n0\nENDSEC\n",
+       "d.dxf: line 5: group code 0: expected TABLE, got \"LAYER\""},
+      {"table without ENDTAB", "0\nSECTION\n2\nTABLES\n0\nTABLE\n2\nLTYPE\n0\nENDSEC\n",
+       "d.dxf: line 5: group code 0: table \"LTYPE\" has no ENDTAB"},
+      {"VERTEX without SEQEND",
+       "0\nSECTION\n2\nENTITIES\n0\nPOLYLINE\n0\nVERTEX\n0\nLINE\n0\nENDSEC\n",
+       "d.dxf: line 5: group code 0: VERTEX records of POLYLINE are not closed by SEQEND"},
+      {"value error passes through", "0\nSECTION\n2\nENTITIES\n0\nLINE\n10\nx\n0\nENDSEC\n",
+       "d.dxf: line 8: group code 10: expected a number, got \"x\""},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    try {
+      TagModel::Load(c.text, "d.dxf");
+      ADD_FAILURE() << "no error";
+    } catch (const ReadError& error) {
+      EXPECT_EQ(std::string(error.what()), c.message);
+    }
+  }
+}
+
+TEST(TagModel, AcceptsFilesAutoCadAccepts) {
+  struct Case {
+    const char* name;
+    std::string text;
+    std::size_t sections;
+  };
+  const Case cases[] = {
+      {"only an empty ENTITIES section", "0\nSECTION\n2\nENTITIES\n0\nENDSEC\n0\nEOF\n", 1},
+      {"no EOF after the last ENDSEC", "0\nSECTION\n2\nENTITIES\n0\nENDSEC\n", 1},
+      {"spaces around structure names", "  0\nSECTION  \n  2\nENTITIES \n  0\n ENDSEC\n0\nEOF\n",
+       1},
+      {"empty file", "", 0},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    TagModel model = TagModel::Load(c.text, "ok.dxf");
+    EXPECT_EQ(model.sections().size(), c.sections);
+  }
+}
+
+TEST(TagModel, DecodesTextByVersionAndCodePage) {
+  auto layer_name = [](const std::string& version, const std::string& code_page,
+                       const std::string& raw) {
+    std::string text = "0\nSECTION\n2\nHEADER\n9\n$ACADVER\n1\n" + version +
+                       "\n9\n$DWGCODEPAGE\n3\n" + code_page + "\n0\nENDSEC\n" +
+                       "0\nSECTION\n2\nENTITIES\n0\nTEXT\n1\n" + raw + "\n0\nENDSEC\n";
+    TagModel model = TagModel::Load(text, "t.dxf");
+    return std::string(model.FindSection("ENTITIES")->records[0].StringOr(1));
+  };
+  // R2004 (AC1018) is the last code-page version; R2007 (AC1021) is UTF-8.
+  EXPECT_EQ(layer_name("AC1018", "ANSI_1252", "\xC3\xA4"), "\xC3\x83\xC2\xA4");
+  EXPECT_EQ(layer_name("AC1021", "ANSI_1252", "\xC3\xA4"), "\xC3\xA4");
+  EXPECT_EQ(layer_name("AC1009", "ANSI_1252", "\\U+00E4"), "\xC3\xA4");
+  EXPECT_EQ(layer_name("AC1032", "ANSI_1252", "\\U+00E4"), "\\U+00E4");
+}
+
+TEST(TagModel, OnlyTheHeaderSectionDecidesTheEncoding) {
+  // Found by fuzzing: a section named "-HEADER" holding $ACADVER AC1024 made
+  // the reader decode UTF-8 while the writer, seeing no HEADER, wrote
+  // code page 1252, so the copy read back differently.
+  const std::string text =
+      "0\nSECTION\n2\n-HEADER\n9\n$ACADVER\n1\nAC1024\n0\nENDSEC\n"
+      "0\nSECTION\n2\nENTITIES\n0\nTEXT\n1\n\xC3\xA4\n0\nENDSEC\n";
+  TagModel model = TagModel::Load(text, "t.dxf");
+  EXPECT_EQ(model.version(), "");
+  // Read as code page 1252: two characters, not one.
+  EXPECT_EQ(model.FindSection("ENTITIES")->records[0].StringOr(1), "\xC3\x83\xC2\xA4");
+}
+
+TEST(TagModel, InternedTextOutlivesMoves) {
+  TagModel model = TagModel::Load("0\nSECTION\n2\nENTITIES\n0\nTEXT\n1\nold\n0\nENDSEC\n", "m");
+  std::string_view copy = model.Intern(std::string("new text"));
+  Record& text = model.FindSection("ENTITIES")->records[0];
+  text.tags[0] = Tag::String(1, copy);
+  TagModel moved = std::move(model);
+  EXPECT_EQ(moved.FindSection("ENTITIES")->records[0].StringOr(1), "new text");
+  EXPECT_EQ(moved.FindSection("ENTITIES")->begin.StringOr(2), "ENTITIES");
+}
+
+TEST(TagModel, MissingFileIsAReadError) {
+  try {
+    TagModel::LoadFile("/nonexistent/x.dxf");
+    FAIL() << "no error";
+  } catch (const ReadError& error) {
+    EXPECT_EQ(std::string(error.what()), "/nonexistent/x.dxf: cannot open the file");
+  }
+}
+
+TEST(TagModel, BinaryTextWithLineBreaksTakesTheAsciiForm) {
+  std::string bytes(kBinarySentinel);
+  auto add = [&bytes](int code, std::string_view text) {
+    bytes += static_cast<char>(code & 0xFF);
+    bytes += static_cast<char>(code >> 8);
+    bytes.append(text);
+    bytes += '\0';
+  };
+  add(0, "SECTION");
+  add(2, "ENTITIES");
+  add(0, "MTEXT");
+  add(1, "two\nlines");
+  add(0, "ENDSEC");
+  TagModel model = TagModel::Load(bytes, "b.dxf");
+  EXPECT_EQ(model.format(), FileFormat::kBinary);
+  EXPECT_EQ(model.FindSection("ENTITIES")->records[0].StringOr(1), "two^Jlines");
+}
+
+}  // namespace
+}  // namespace tovik::dxf

@@ -1,0 +1,60 @@
+#include "host/core/journal.h"
+
+#include <utility>
+
+namespace tovik::host {
+
+void Journal::BeginCall() {
+  if (depth_++ == 0 && !group_open_) new_step_due_ = true;
+}
+
+void Journal::EndCall() {
+  if (depth_ > 0) --depth_;
+}
+
+void Journal::StartGroup() {
+  group_open_ = true;
+  new_step_due_ = true;
+}
+
+void Journal::EndGroup() {
+  if (!group_open_) return;
+  group_open_ = false;
+  new_step_due_ = true;
+}
+
+Journal::Step& Journal::Current() {
+  if (new_step_due_ || steps_.empty()) {
+    steps_.emplace_back();
+    new_step_due_ = false;
+    if (steps_.size() > kMaxSteps) steps_.pop_front();
+  }
+  return steps_.back();
+}
+
+void Journal::Record(std::function<void()> undo) {
+  if (undoing_) return;
+  Current().undo.push_back(std::move(undo));
+}
+
+bool Journal::FirstTouch(const void* object) {
+  if (undoing_) return false;
+  return Current().touched.insert(object).second;
+}
+
+int Journal::Undo(int count) {
+  EndGroup();
+  int done = 0;
+  undoing_ = true;
+  while (done < count && !steps_.empty()) {
+    Step step = std::move(steps_.back());
+    steps_.pop_back();
+    for (auto it = step.undo.rbegin(); it != step.undo.rend(); ++it) (*it)();
+    ++done;
+  }
+  undoing_ = false;
+  new_step_due_ = true;
+  return done;
+}
+
+}  // namespace tovik::host

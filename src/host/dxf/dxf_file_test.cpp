@@ -1,0 +1,180 @@
+// Reading drawings into the host and writing them back: error texts, audit
+// repairs, and an edit made through the automation surface that survives a
+// save and a reload while everything else stays as it was.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+
+#include "frame/automation_error.h"
+#include "frame/conversions.h"
+#include "frame/dispatch.h"
+#include "host/core/application.h"
+#include "host/surface/args.h"
+#include "host/tables/block.h"
+#include "host/tables/dictionary.h"
+#include "host/core/document.h"
+#include "host/dxf/dxf_file.h"
+#include "host/entities/kinds.h"
+#include "host/tables/records.h"
+
+namespace tovik::host::dxf {
+namespace {
+
+std::string ErrorText(Application& app, std::string text, const std::string& name) {
+  try {
+    ReadDrawingBuffer(app, std::move(text), name);
+  } catch (const AutomationError& e) {
+    return e.Description();
+  }
+  return "";
+}
+
+TEST(DxfDrawingRead, RefusesUnreadableInputNamingFileLineAndFault) {
+  auto app = Application::Create({.open_drawing = false});
+  struct Case {
+    const char* what;
+    std::string dxf;
+    std::string message;
+  };
+  const Case cases[] = {
+      {"two records with one handle",
+       "0\nSECTION\n2\nENTITIES\n0\nLINE\n5\n2A\n8\n0\n0\nPOINT\n5\n2A\n8\n0\n0\nENDSEC\n0\nEOF\n",
+       "d.dxf: line 13: group code 5: duplicate handle 2A (also used at line 7)"},
+      {"a block inserting itself through another",
+       "0\nSECTION\n2\nBLOCKS\n0\nBLOCK\n2\nA\n0\nINSERT\n2\nB\n0\nENDBLK\n0\nBLOCK\n2\nB\n0\nINSERT\n2\nA\n"
+       "0\nENDBLK\n0\nENDSEC\n0\nEOF\n",
+       "d.dxf: line 21: group code 2: block \"A\" contains itself (A -> B -> A)"},
+      {"a section twice (found by fuzzing)",
+       "0\nSECTION\n2\nENTITIES\n0\nENDSEC\n0\nSECTION\n2\nENTITIES\n0\nENDSEC\n0\nEOF\n",
+       "d.dxf: line 9: group code 2: a second ENTITIES section (the first begins at line 1)"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.what);
+    EXPECT_EQ(ErrorText(*app, c.dxf, "d.dxf"), c.message);
+  }
+  EXPECT_TRUE(app->documents().empty());
+}
+
+TEST(DxfDrawingRead, RepairsWhatAnAuditRepairsAndListsIt) {
+  auto app = Application::Create({.open_drawing = false});
+  // The LINE names layer "WALLS", which no LAYER entry defines.
+  auto doc = ReadDrawingBuffer(*app,
+                               "0\nSECTION\n2\nENTITIES\n0\nLINE\n5\n30\n8\nWALLS\n"
+                               "10\n1\n20\n2\n30\n0\n11\n4\n21\n6\n31\n0\n0\nENDSEC\n0\nEOF\n",
+                               "r.dxf");
+  ASSERT_EQ(Repairs(*doc).size(), 1u);
+  EXPECT_EQ(Repairs(*doc)[0], "layer \"WALLS\" used but not in the LAYER table: added");
+  auto* line = dynamic_cast<Line*>(doc->FindByHandle(0x30));
+  ASSERT_NE(line, nullptr);
+  EXPECT_EQ(line->props().layer->Name(), "WALLS");
+  EXPECT_EQ(line->data().end.y, 6.0);
+}
+
+TEST(DxfDrawingRead, RemovesDictionaryEntriesNamingNothingButKeepsThoseNamingRawRecords) {
+  auto app = Application::Create({.open_drawing = false});
+  // Dictionary D holds three entries: a VISUALSTYLE record (no live object:
+  // kept as the file wrote it), handle 99 that no record carries, and an
+  // XRECORD. Only the entry naming nothing is a repair.
+  auto doc = ReadDrawingBuffer(*app,
+                               "0\nSECTION\n2\nOBJECTS\n"
+                               "0\nDICTIONARY\n5\nC\n330\n0\n100\nAcDbDictionary\n3\nMINE\n350\nD\n"
+                               "0\nDICTIONARY\n5\nD\n330\nC\n100\nAcDbDictionary\n"
+                               "3\nSTYLE\n350\n20\n3\nGONE\n350\n99\n3\nDATA\n350\n21\n"
+                               "0\nVISUALSTYLE\n5\n20\n330\nD\n100\nAcDbVisualStyle\n2\nFlat\n"
+                               "0\nXRECORD\n5\n21\n330\nD\n100\nAcDbXrecord\n1\nvalue\n"
+                               "0\nENDSEC\n0\nEOF\n",
+                               "d.dxf");
+  ASSERT_EQ(Repairs(*doc).size(), 1u);
+  EXPECT_EQ(Repairs(*doc)[0], "dictionary D entry \"GONE\" points to missing object 99: removed");
+  auto* dict = dynamic_cast<Dictionary*>(doc->FindByHandle(0xD));
+  ASSERT_NE(dict, nullptr);
+  // The live entries: the XRECORD only (the raw record has no live object).
+  ASSERT_EQ(dict->data().entries.size(), 1u);
+  EXPECT_EQ(dict->data().entries[0].first, "DATA");
+  EXPECT_EQ(dict->data().entries[0].second, doc->FindByHandle(0x21));
+}
+
+TEST(DxfDrawingRead, NamesMatchTheirTableEntriesWhateverTheCaseOfNonAsciiLetters) {
+  auto app = Application::Create({.open_drawing = false});
+  // An R2018 (UTF-8) file whose tables spell the layer and the block in
+  // lower case, the entity in upper case (Cyrillic and Greek): the same
+  // names to the host.
+  auto doc = ReadDrawingBuffer(*app,
+                               "0\nSECTION\n2\nHEADER\n9\n$ACADVER\n1\nAC1032\n0\nENDSEC\n"
+                               "0\nSECTION\n2\nTABLES\n0\nTABLE\n2\nLAYER\n0\nLAYER\n2\n\xD1\x81\xD1\x82\xD0\xB5\xD0\xBD\xD1\x8B\n"
+                               "70\n0\n62\n7\n6\nCONTINUOUS\n0\nENDTAB\n0\nENDSEC\n"
+                               "0\nSECTION\n2\nBLOCKS\n0\nBLOCK\n2\n\xCE\xB1\xCE\xB2\n70\n0\n10\n0\n20\n0\n30\n0\n0\nENDBLK\n0\nENDSEC\n"
+                               "0\nSECTION\n2\nENTITIES\n0\nINSERT\n5\n40\n8\n\xD0\xA1\xD0\xA2\xD0\x95\xD0\x9D\xD0\xAB\n"
+                               "2\n\xCE\x91\xCE\x92\n10\n0\n20\n0\n30\n0\n0\nENDSEC\n0\nEOF\n",
+                               "n.dxf");
+  EXPECT_TRUE(Repairs(*doc).empty());
+  auto* insert = dynamic_cast<BlockRef*>(doc->FindByHandle(0x40));
+  ASSERT_NE(insert, nullptr);
+  EXPECT_EQ(insert->props().layer->Name(), "\xD1\x81\xD1\x82\xD0\xB5\xD0\xBD\xD1\x8B");  // "стены"
+  ASSERT_NE(insert->data().block, nullptr);
+  EXPECT_EQ(insert->data().block->Name(), "\xCE\xB1\xCE\xB2");  // "αβ"
+}
+
+TEST(DxfDrawingRead, MapsOcsGeometryAndDegreesToTheLiveObject) {
+  auto app = Application::Create({.open_drawing = false});
+  // An ARC with normal (0,0,-1): OCS x is WCS -x; angles are degrees.
+  auto doc = ReadDrawingBuffer(*app,
+                               "0\nSECTION\n2\nENTITIES\n0\nARC\n5\n31\n8\n0\n10\n3\n20\n4\n30\n0\n"
+                               "40\n2\n50\n90\n51\n180\n210\n0\n220\n0\n230\n-1\n0\nENDSEC\n0\nEOF\n",
+                               "a.dxf");
+  auto* arc = dynamic_cast<Arc*>(doc->FindByHandle(0x31));
+  ASSERT_NE(arc, nullptr);
+  EXPECT_DOUBLE_EQ(arc->data().center.x, -3.0);
+  EXPECT_DOUBLE_EQ(arc->data().center.y, 4.0);
+  EXPECT_DOUBLE_EQ(arc->data().start_angle, 3.141592653589793 / 2);
+  EXPECT_DOUBLE_EQ(arc->data().end_angle, 3.141592653589793);
+}
+
+constexpr const char* kAttribDrawing = "/work/shared/dxf/ezdxf/multi_insert_with_attribs.dxf";
+
+TEST(DxfDrawingWrite, AutomationEditsSurviveSaveAndReloadAndNothingElseChanges) {
+  if (!std::filesystem::exists(kAttribDrawing)) GTEST_SKIP() << "corpus drawing not present";
+  auto app = Application::Create({.open_drawing = false});
+  InstallDxfFileIo(*app);
+  ObjectRef docs = GetProperty(ObjectRef(app), "Documents").Object();
+  ObjectRef doc = CallMethod(docs, "Open", {Variant(std::string(kAttribDrawing))}).Object();
+  ObjectRef ms = GetProperty(doc, "ModelSpace").Object();
+  ObjectRef insert = CallMethod(ms, "Item", {Variant(int32_t{0})}).Object();
+  std::string handle = GetProperty(insert, "Handle").RawString();
+  // Move by (10, 5), change the layer, an attribute's text, the xdata.
+  CallMethod(insert, "Move", {PointValue({0, 0, 0}), PointValue({10, 5, 0})});
+  CallMethod(GetProperty(doc, "Layers").Object(), "Add", {Variant(std::string("EDITED"))});
+  LetProperty(insert, "Layer", Variant(std::string("EDITED")));
+  Variant attributes = CallMethod(insert, "GetAttributes", {});
+  ObjectRef first = attributes.Array().Items()[0].Object();
+  LetProperty(first, "TextString", Variant(std::string("changed")));
+  SafeArray types(VarType::kInteger, 0, 2), values(VarType::kVariant, 0, 2);
+  types.Set(0, Variant(int16_t{1001}));
+  types.Set(1, Variant(int16_t{1000}));
+  values.Set(0, Variant(std::string("TOVIK_TEST")));
+  values.Set(1, Variant(std::string("note")));
+  CallMethod(insert, "SetXData", {Variant(types), Variant(values)});
+  ObjectRef added = CallMethod(ms, "AddLine", {PointValue({0, 0, 0}), PointValue({3, 4, 0})}).Object();
+  std::string added_handle = GetProperty(added, "Handle").RawString();
+  Variant old_point = GetProperty(insert, "InsertionPoint");
+
+  std::string out = ::testing::TempDir() + "/edited.dxf";
+  CallMethod(doc, "SaveAs", {Variant(out)});
+  ObjectRef again = CallMethod(docs, "Open", {Variant(out)}).Object();
+  ObjectRef reloaded = CallMethod(again, "HandleToObject", {Variant(handle)}).Object();
+  EXPECT_EQ(GetProperty(reloaded, "Layer").RawString(), "EDITED");
+  Variant point = GetProperty(reloaded, "InsertionPoint");
+  for (int32_t k = 0; k < 3; ++k) {
+    EXPECT_NEAR(point.Array().Items()[static_cast<size_t>(k)].RawDouble(),
+                old_point.Array().Items()[static_cast<size_t>(k)].RawDouble(), 1e-9);
+  }
+  ObjectRef att = CallMethod(reloaded, "GetAttributes", {}).Array().Items()[0].Object();
+  EXPECT_EQ(GetProperty(att, "TextString").RawString(), "changed");
+  ObjectRef line = CallMethod(again, "HandleToObject", {Variant(added_handle)}).Object();
+  EXPECT_EQ(GetProperty(line, "Length").RawDouble(), 5.0);
+}
+
+}  // namespace
+}  // namespace tovik::host::dxf

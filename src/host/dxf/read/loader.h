@@ -1,0 +1,92 @@
+// The loader's working state: the document being built, the file's model
+// and name lookups. Shared by the structure pass (db_reader.cpp) and the
+// entity mapping (db_reader_entities.cpp).
+#ifndef TOVIK_HOST_DXF_READ_LOADER_H_
+#define TOVIK_HOST_DXF_READ_LOADER_H_
+
+#include <memory>
+#include <string>
+#include <unordered_map>
+
+#include "host/tables/block.h"
+#include "host/core/document.h"
+#include "host/dxf/source.h"
+#include "host/dxf/read/validate.h"
+#include "dxf/record_fields.h"
+#include "host/entities/kinds.h"
+#include "host/tables/records.h"
+
+namespace tovik::host::dxf {
+
+using namespace ::tovik::dxf;
+
+class Loader {
+ public:
+  // `handles` are those of `source`'s records (as ValidateModel returns them).
+  Loader(Document& doc, DxfSource& source, const ModelHandles& handles)
+      : doc_(doc), source_(source), handles_(handles) {}
+
+  // Maps the whole model into the document.
+  void Run();
+
+  // Registers `object` under the record's handle (a new one when it has
+  // none) and remembers the binding.
+  void Bind(const Record& record, std::shared_ptr<DbObject> object);
+  // Binds an object that already exists (a standard record).
+  void BindExisting(const Record& record, DbObject* object);
+
+  // Entity mapping (db_reader_entities.cpp): a live entity for `record`,
+  // appended to `block`; attributes of an INSERT follow it.
+  void LoadEntity(const Record& record, BlockRecord* block);
+
+  LayerRecord* LayerNamed(std::string_view name);
+  LinetypeRecord* LinetypeNamed(std::string_view name);
+  TextStyleRecord* StyleNamed(std::string_view name);
+  BlockRecord* BlockNamed(std::string_view name) const;
+  DimStyleRecord* DimStyleNamed(std::string_view name) const;
+
+  Document& doc() { return doc_; }
+  DxfSource& source() { return source_; }
+  void Repair(std::string text) { source_.repairs.push_back(std::move(text)); }
+
+ private:
+  void MoveStandardHandles();
+  void LoadHeader();
+  void LoadTables();
+  void LoadTableEntry(std::string_view table, const Record& record);
+  void FillTableEntry(std::string_view table, const Record& record);
+  void LoadBlocks();
+  void LoadEntities();
+  void LoadObjects();
+  void FillObject(const Record& record, DbObject* object);
+  void LoadXData(const Record& record, DbObject* object);
+  void LinkExtensionDictionaries();
+  // The draw order a SORTENTSTABLE's tags give its block (every entity of
+  // the block, in drawing order); `block` receives the block it names.
+  std::vector<Entity*> DrawOrderOf(std::span<const Tag> table, BlockRecord** block);
+  void LinkDynamicBlocks();
+  void LoadDynamicProperties();
+  void DropUnusedStandardLayouts();
+  void ApplyCommon(const RecordFields& record, Entity* entity);
+  void Pace();
+
+  Document& doc_;
+  DxfSource& source_;
+  const ModelHandles& handles_;
+  std::unordered_map<std::string, LayerRecord*> layers_;
+  std::unordered_map<std::string, LinetypeRecord*> linetypes_;
+  std::unordered_map<std::string, TextStyleRecord*> styles_;
+  std::unordered_map<std::string, BlockRecord*> blocks_;
+  std::unordered_map<std::string, DimStyleRecord*> dim_styles_;
+  std::unordered_map<std::string, RegApp*> regapps_;
+  std::unordered_map<const BlockRecord*, bool> layout_blocks_used_;
+  size_t since_pace_ = 0;
+  // Where the entity loader indexes one record's groups at a time.
+  FieldTable fields_;
+
+  friend class EntityMapper;
+};
+
+}  // namespace tovik::host::dxf
+
+#endif  // TOVIK_HOST_DXF_READ_LOADER_H_

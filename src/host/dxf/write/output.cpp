@@ -1,0 +1,135 @@
+// Where the DXF writer's text goes: the tags of the records written, the
+// text kept alive while a record is written, and the entry points that
+// hand the drawing to a string or a file. The body is held in pieces until
+// the header, written last, has gone out first.
+#include <fstream>
+
+#include "host/dxf/binding.h"
+#include "host/dxf/dxf_file.h"
+#include "host/dxf/write/writer.h"
+#include "host/core/host_error.h"
+
+namespace tovik::host::dxf {
+namespace {
+
+// The size of the pieces the body is held in until the header is written:
+// large enough that handing one over costs little, small enough that the
+// body never needs one buffer as large as the file.
+constexpr size_t kPieceSize = size_t{1} << 20;
+
+}  // namespace
+
+std::string_view DbWriter::Keep(std::string text) { return kept_.emplace_back(std::move(text)); }
+
+std::span<Tag> DbWriter::KeepTags(std::vector<Tag> tags) { return kept_tags_.emplace_back(std::move(tags)); }
+
+void DbWriter::Put(const Tag& tag) {
+  if (tag.kind == ValueKind::kString && encoder_ == nullptr) {
+    std::string_view escaped = source_.model.EscapedFormOf(tag.text);
+    if (!escaped.empty()) {
+      Tag copy = tag;
+      copy.text = escaped;
+      AppendTag(copy, nullptr, LineEnd::kLf, out_);
+    } else {
+      AppendTag(tag, nullptr, LineEnd::kLf, out_);
+    }
+  } else {
+    AppendTag(tag, encoder_.get(), LineEnd::kLf, out_);
+  }
+  if (holding_body_ && out_->size() >= kPieceSize) StartPiece();
+}
+
+void DbWriter::StartPiece() {
+  // A deque: the pieces already written stay where they are, so out_ never
+  // dangles and no piece is copied as the body grows.
+  out_ = &pieces_.emplace_back();
+  // Room for the piece and the tag that overflows it, usually one line.
+  out_->reserve(kPieceSize + 4096);
+}
+
+void DbWriter::PutString(int code, std::string_view text) {
+  if (spelling_ != nullptr && (code == 2 || code == 3 || code == 6 || code == 7 || code == 8)) {
+    const Tag* written = spelling_->Find(code);
+    if (written != nullptr && written->text != text && FoldName(written->text) == FoldName(text)) {
+      Put(*written);
+      return;
+    }
+  }
+  if (text.find_first_of("\r\n") == std::string_view::npos) {
+    Put(Tag::String(code, Keep(std::string(text))));
+    return;
+  }
+  std::string one_line;
+  for (char c : text) {
+    if (c == '\n') {
+      one_line += "^J";
+    } else if (c != '\r') {
+      one_line += c;
+    }
+  }
+  Put(Tag::String(code, Keep(std::move(one_line))));
+}
+
+void DbWriter::PutHandle(int code, uint64_t handle) { Put(Tag::String(code, Keep(HexOf(handle)))); }
+
+void DbWriter::PutPoint(int code, const geometry::Vec3& p) {
+  PutReal(code, p.x);
+  PutReal(code + 10, p.y);
+  PutReal(code + 20, p.z);
+}
+
+void DbWriter::PutRecordTags(const Record& record) {
+  Put(record.head);
+  for (const Tag& t : record.tags) Put(t);
+}
+
+// ---------------------------------------------------------------- entry points
+
+namespace {
+
+// The source `document` was read from, or an empty model for a drawing not
+// read from DXF: every section, table and record is then generated from
+// the database.
+std::shared_ptr<DxfSource> SourceOrEmpty(const Document& document) {
+  std::shared_ptr<DxfSource> source = SourceOf(document);
+  if (source == nullptr) {
+    source = std::make_shared<DxfSource>(TagModel::Load(std::string("  0\nEOF\n"), "new"));
+  }
+  return source;
+}
+
+}  // namespace
+
+std::string WriteDrawing(const Document& document) {
+  std::shared_ptr<DxfSource> source = SourceOrEmpty(document);
+  std::string out;
+  // About the size of the file read: the text does not have to move as it
+  // grows (pages reserved but never written cost nothing).
+  out.reserve(source->model.source_size() + source->model.source_size() / 8 + (1 << 16));
+  DbWriter writer(document, *source);
+  writer.Run([&out](std::string_view piece) { out.append(piece); });
+  return out;
+}
+
+void WriteDrawingFile(const Document& document, const std::string& path) {
+  std::shared_ptr<DxfSource> source = SourceOrEmpty(document);
+  DbWriter writer(document, *source);
+  // The file is opened with the first piece, once the whole drawing is
+  // written: a drawing that cannot be written leaves an existing file alone.
+  std::ofstream file;
+  bool opened = false;
+  writer.Run([&](std::string_view piece) {
+    if (!opened) {
+      file.open(path, std::ios::binary | std::ios::trunc);
+      opened = true;
+    }
+    if (file) file.write(piece.data(), static_cast<std::streamsize>(piece.size()));
+  });
+  if (opened && file) file.close();
+  if (!opened || !file) {
+    throw AutomationError(kReadFailedNumber, path + ": cannot write the file",
+                          std::string(kHostErrorSource));
+  }
+}
+
+}  // namespace tovik::host::dxf

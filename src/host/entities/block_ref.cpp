@@ -1,0 +1,279 @@
+// Block references: placement, attributes, dynamic properties, conversion
+// to an anonymous block.
+#include <algorithm>
+
+#include "frame/conversions.h"
+#include "host/tables/block.h"
+#include "host/core/document.h"
+#include "host/entities/kinds.h"
+#include "host/surface/member_helpers.h"
+
+namespace tovik::host {
+namespace {
+
+using geometry::Vec3;
+
+// IAcadDynamicBlockReferenceProperty: one property of one reference, by
+// position (the list of a reference never changes length).
+class DynamicPropertyObject : public DispatchObject<DynamicPropertyObject> {
+ public:
+  DynamicPropertyObject(std::shared_ptr<BlockRef> ref, size_t index)
+      : ref_(std::move(ref)), index_(index) {}
+  std::string_view TypeName() const override {
+    return "IAcadDynamicBlockReferenceProperty";
+  }
+  static const MemberTable<DynamicPropertyObject>& Members();
+
+ private:
+  const DynamicProperty& prop() const {
+    if (ref_->erased()) throw HostError(HostFailure::kObjectErased);
+    return ref_->data().dynamic_properties.at(index_);
+  }
+  std::shared_ptr<BlockRef> ref_;
+  size_t index_;
+};
+
+void LetDynamicValue(DynamicPropertyObject& s, const DynamicProperty& p, BlockRef& ref,
+                     size_t index, const Variant& v) {
+  if (p.read_only) throw HostError(HostFailure::kNotApplicable);
+  Variant value = v;
+  if (p.value.IsArray()) {
+    value = PointValue(PointArg(v, {"Value", "Value"}));
+  } else if (p.value.Type() == VarType::kDouble) {
+    value = Variant(DoubleArg(v, {"Value", "Value"}));
+  }
+  if (!p.allowed_values.empty()) {
+    bool allowed = std::any_of(p.allowed_values.begin(), p.allowed_values.end(),
+                               [&](const Variant& a) {
+                                 if (a.IsNumber() && value.IsNumber()) {
+                                   return NumberOf(a) == NumberOf(value);
+                                 }
+                                 return a.SameAs(value);
+                               });
+    if (!allowed) throw HostError(HostFailure::kInvalidInput);
+  }
+  ref.Touch();
+  ref.mutable_data().dynamic_properties[index].value = value;
+}
+
+}  // namespace
+
+const MemberTable<DynamicPropertyObject>& DynamicPropertyObject::Members() {
+  static const MemberTable<DynamicPropertyObject> table = [] {
+    MemberTable<DynamicPropertyObject> t;
+    using K = DynamicPropertyObject;
+    t.Property("PropertyName", [](K& s, CallArgs&) { return Variant(s.prop().name); });
+    t.Property(
+        "Value", [](K& s, CallArgs&) { return s.prop().value; },
+        [](K& s, CallArgs&, Variant& v) { LetDynamicValue(s, s.prop(), *s.ref_, s.index_, v); });
+    t.Property("UnitsType", [](K& s, CallArgs&) { return Variant(s.prop().units_type); });
+    t.Property("ReadOnly", [](K& s, CallArgs&) { return Variant(s.prop().read_only); });
+    t.Property("Show", [](K& s, CallArgs&) { return Variant(s.prop().show); });
+    t.Property("Description", [](K& s, CallArgs&) { return Variant(s.prop().description); });
+    t.Property("AllowedValues", [](K& s, CallArgs&) {
+      if (s.prop().allowed_values.empty()) return Variant();
+      return Variant(SafeArray::OfVariants(s.prop().allowed_values));
+    });
+    return t;
+  }();
+  return table;
+}
+
+std::string_view BlockRef::TypeName() const {
+  if (data_.columns > 1 || data_.rows > 1) return "IAcadMInsertBlock";
+  if (data_.block && data_.block->data().is_xref) return "IAcadExternalReference";
+  return "IAcadBlockReference";
+}
+
+std::string_view BlockRef::ObjectName() const {
+  if (data_.columns > 1 || data_.rows > 1) return "AcDbMInsertBlock";
+  return "AcDbBlockReference";
+}
+
+const std::string& BlockRef::EffectiveName() const {
+  if (data_.dynamic_source) return data_.dynamic_source->Name();
+  if (data_.block->data().dynamic_source) return data_.block->data().dynamic_source->Name();
+  return data_.block->Name();
+}
+
+void BlockRef::AppendAttribute(AttributeRef* attribute) {
+  attribute->set_owner(this);
+  attributes_.push_back(attribute);
+  if (Journal* j = journal()) j->Record([this] { attributes_.pop_back(); });
+}
+
+void BlockRef::CheckWritable() const { Entity::CheckWritable(); }
+
+void BlockRef::Erase() {
+  Touch();
+  for (AttributeRef* att : attributes_) {
+    if (!att->erased()) att->DbObject::Erase();
+  }
+  if (BlockRecord* b = block()) b->Detach(this);
+  DbObject::Erase();
+}
+
+void BlockRef::Unerase() { DbObject::Unerase(); }
+
+Entity* BlockRef::CloneInto(BlockRecord* target) const {
+  auto* copy = static_cast<BlockRef*>(CloneEntity(*this, target));
+  for (const AttributeRef* att : attributes_) {
+    if (att->erased()) continue;
+    auto* att_copy = target->document()->Create<AttributeRef>();
+    att_copy->mutable_data() = att->data();
+    CopyEntityBase(*att, att_copy);
+    copy->AppendAttribute(att_copy);
+  }
+  return copy;
+}
+
+namespace {
+
+void MoveAttributes(BlockRef& s, const Vec3& delta) {
+  for (AttributeRef* att : s.attributes()) {
+    if (att->erased()) continue;
+    att->Touch();
+    att->mutable_data().insertion += delta;
+    att->mutable_data().alignment += delta;
+  }
+}
+
+template <int Axis>
+void LetScale(BlockRef& s, CallArgs&, Variant& v) {
+  double f = DoubleArg(v, {"ScaleFactor", "ScaleFactor"});
+  CheckDouble(f, Check::kNonZero);
+  s.Touch();
+  s.mutable_data().scale[Axis] = f;
+}
+template <int Axis>
+Variant GetScale(BlockRef& s, CallArgs&) {
+  return Variant(s.data().scale[Axis]);
+}
+template <int Axis>
+Variant GetEffectiveScale(BlockRef& s, CallArgs&) {
+  return Variant(s.data().scale[Axis] * s.data().dynamic_scale[Axis]);
+}
+// The effective factor includes what dynamic parameters scale by: the
+// reference's own factor takes the rest.
+template <int Axis>
+void LetEffectiveScale(BlockRef& s, CallArgs&, Variant& v) {
+  double f = DoubleArg(v, {"ScaleFactor", "ScaleFactor"});
+  CheckDouble(f, Check::kNonZero);
+  const double dynamic = s.data().dynamic_scale[Axis];
+  s.Touch();
+  s.mutable_data().scale[Axis] = dynamic != 0 ? f / dynamic : f;
+}
+
+Variant ConvertToAnonymousBlock(BlockRef& s, CallArgs&) {
+  Document* doc = s.document();
+  BlockRecord* source = s.data().block;
+  s.Touch();
+  BlockRecord* anon = doc->AddAnonymousBlock(source->data().origin);
+  anon->mutable_data().units = source->data().units;
+  for (Entity* e : source->entities()) {
+    if (!e->erased()) e->CloneInto(anon);
+  }
+  s.mutable_data().block = anon;
+  s.mutable_data().dynamic_source = nullptr;
+  s.mutable_data().dynamic_properties.clear();
+  return Variant();
+}
+
+}  // namespace
+
+const MemberTable<BlockRef>& BlockRef::Members() {
+  static const MemberTable<BlockRef> table = [] {
+    MemberTable<BlockRef> t;
+    using K = BlockRef;
+    t.Property(
+        "Name", [](K& s, CallArgs&) { return Variant(s.data().block->Name()); },
+        [](K& s, CallArgs&, Variant& v) {
+          std::string name = StringArg(v, {"Name", "Name"});
+          BlockRecord* block = s.document()->blocks().Find(name);
+          if (!block) throw HostError(HostFailure::kKeyNotFound);
+          if (block->IsLayout()) throw HostError(HostFailure::kInvalidInput);
+          s.Touch();
+          s.mutable_data().block = block;
+        });
+    t.Property("EffectiveName", [](K& s, CallArgs&) { return Variant(s.EffectiveName()); });
+    t.Property("InsertionPoint", GetPointField<K, &K::Data::insertion>,
+               [](K& s, CallArgs&, Variant& v) {
+                 Vec3 p = PointArg(v, {"InsertionPoint", "InsertionPoint"});
+                 Vec3 delta = p - s.data().insertion;
+                 s.Touch();
+                 MoveAttributes(s, delta);
+                 s.mutable_data().insertion = p;
+               });
+    t.Property("Rotation", GetDoubleField<K, &K::Data::rotation>,
+               LetDoubleField<K, &K::Data::rotation, "Rotation">);
+    t.Property("XScaleFactor", GetScale<0>, LetScale<0>);
+    t.Property("YScaleFactor", GetScale<1>, LetScale<1>);
+    t.Property("ZScaleFactor", GetScale<2>, LetScale<2>);
+    t.Property("XEffectiveScaleFactor", GetEffectiveScale<0>, LetEffectiveScale<0>);
+    t.Property("YEffectiveScaleFactor", GetEffectiveScale<1>, LetEffectiveScale<1>);
+    t.Property("ZEffectiveScaleFactor", GetEffectiveScale<2>, LetEffectiveScale<2>);
+    AddNormalMember(t);
+    t.Property("IsDynamicBlock", [](K& s, CallArgs&) { return Variant(s.IsDynamic()); });
+    t.Property("HasAttributes", [](K& s, CallArgs&) {
+      for (const Entity* e : s.data().block->entities()) {
+        if (!e->erased() && dynamic_cast<const AttributeDef*>(e)) return Variant(true);
+      }
+      return Variant(false);
+    });
+    t.Method("GetAttributes", [](K& s, CallArgs&) {
+      std::vector<ObjectRef> out;
+      for (AttributeRef* att : s.attributes()) {
+        if (!att->erased()) out.push_back(s.document()->Ref(att));
+      }
+      return ObjectsValue(out);
+    });
+    t.Method("GetConstantAttributes", [](K& s, CallArgs&) {
+      std::vector<ObjectRef> out;
+      for (Entity* e : s.data().block->entities()) {
+        auto* def = dynamic_cast<AttributeDef*>(e);
+        if (def && !def->erased() && (def->data().mode & kAttConstant)) {
+          out.push_back(s.document()->Ref(def));
+        }
+      }
+      return ObjectsValue(out);
+    });
+    t.Method("GetDynamicBlockProperties", [](K& s, CallArgs&) {
+      std::vector<ObjectRef> out;
+      auto self = s.document()->RefAs(&s);
+      for (size_t i = 0; i < s.data().dynamic_properties.size(); ++i) {
+        out.push_back(std::make_shared<DynamicPropertyObject>(self, i));
+      }
+      return ObjectsValue(out);
+    });
+    t.Method("ConvertToAnonymousBlock", ConvertToAnonymousBlock);
+    t.Method(
+        "ConvertToStaticBlock",
+        [](K& s, CallArgs& a) {
+          std::string name = StringArg(a[0], {"newBlockName", "ConvertToStaticBlock"});
+          Document* doc = s.document();
+          if (!IsValidSymbolName(name)) throw HostError(HostFailure::kInvalidInput);
+          if (doc->blocks().Find(name)) throw HostError(HostFailure::kDuplicateRecordName);
+          s.Touch();
+          BlockRecord* source = s.data().block;
+          BlockRecord* fresh = doc->AddBlock(name, source->data().origin);
+          for (Entity* e : source->entities()) {
+            if (!e->erased()) e->CloneInto(fresh);
+          }
+          s.mutable_data().block = fresh;
+          s.mutable_data().dynamic_source = nullptr;
+          s.mutable_data().dynamic_properties.clear();
+          return Variant();
+        },
+        1, 1);
+    t.Method("ResetBlock", [](K& s, CallArgs&) {
+      if (!s.IsDynamic()) return Variant();
+      s.Touch();
+      s.mutable_data().dynamic_properties = s.data().dynamic_source->data().dynamic_properties;
+      return Variant();
+    });
+    return t;
+  }();
+  return table;
+}
+
+}  // namespace tovik::host

@@ -1,0 +1,187 @@
+#include "host/selection/entity_filter.h"
+
+#include <numbers>
+
+#include "host/tables/block.h"
+#include "host/core/document.h"
+#include "host/entities/kinds.h"
+#include "host/tables/records.h"
+
+namespace tovik::host {
+
+using geometry::Vec3;
+
+namespace {
+
+constexpr double kDegrees = 180.0 / std::numbers::pi;
+
+std::string_view GenericDxfName(const GenericEntity::Data& d) {
+  if (!d.dxf_name.empty()) return d.dxf_name;
+  switch (d.kind) {
+    case GenericKind::kPolyline2d:
+    case GenericKind::kPolyline3d:
+    case GenericKind::kPolyfaceMesh:
+    case GenericKind::kPolygonMesh: return "POLYLINE";
+    case GenericKind::kSpline: return "SPLINE";
+    case GenericKind::kRay: return "RAY";
+    case GenericKind::kXLine: return "XLINE";
+    case GenericKind::kViewport: return "VIEWPORT";
+    case GenericKind::kRegion: return "REGION";
+    case GenericKind::kSolid2d: return "SOLID";
+    case GenericKind::kSolid3d: return "3DSOLID";
+    case GenericKind::kTrace: return "TRACE";
+    case GenericKind::kFace3d: return "3DFACE";
+    case GenericKind::kLeader: return "LEADER";
+    case GenericKind::kMLeader: return "MULTILEADER";
+    case GenericKind::kTable: return "ACAD_TABLE";
+    case GenericKind::kBody: return "BODY";
+    case GenericKind::kMLine: return "MLINE";
+    case GenericKind::kTolerance: return "TOLERANCE";
+    case GenericKind::kShape: return "SHAPE";
+    case GenericKind::kOle: return "OLE2FRAME";
+    default: return "";
+  }
+}
+
+const TextData* TextOf(const Entity& e) {
+  if (const auto* t = dynamic_cast<const Text*>(&e)) return &t->data();
+  if (const auto* a = dynamic_cast<const AttributeDef*>(&e)) return &a->data();
+  if (const auto* r = dynamic_cast<const AttributeRef*>(&e)) return &r->data();
+  return nullptr;
+}
+
+// The layout block that finally holds the entity (an attribute's through
+// its reference).
+const BlockRecord* SpaceOf(const Entity& e) {
+  const DbObject* owner = e.owner();
+  if (const auto* ref = dynamic_cast<const Entity*>(owner)) owner = ref->owner();
+  return dynamic_cast<const BlockRecord*>(owner);
+}
+
+void KindValues(const Entity& e, int code, std::vector<FilterValue>* out) {
+  using V = FilterValue;
+  if (const auto* l = dynamic_cast<const Line*>(&e)) {
+    if (code == 10) out->push_back(V::Point(l->data().start));
+    if (code == 11) out->push_back(V::Point(l->data().end));
+    if (code == 39) out->push_back(V::Number(l->data().thickness));
+    if (code == 210) out->push_back(V::Point(l->data().normal));
+  } else if (const auto* c = dynamic_cast<const Circle*>(&e)) {
+    if (code == 10) out->push_back(V::Point(c->data().center));
+    if (code == 40) out->push_back(V::Number(c->data().radius));
+    if (code == 210) out->push_back(V::Point(c->data().normal));
+  } else if (const auto* a = dynamic_cast<const host::Arc*>(&e)) {
+    if (code == 10) out->push_back(V::Point(a->data().center));
+    if (code == 40) out->push_back(V::Number(a->data().radius));
+    if (code == 50) out->push_back(V::Number(a->data().start_angle * kDegrees));
+    if (code == 51) out->push_back(V::Number(a->data().end_angle * kDegrees));
+    if (code == 210) out->push_back(V::Point(a->data().normal));
+  } else if (const auto* el = dynamic_cast<const host::Ellipse*>(&e)) {
+    if (code == 10) out->push_back(V::Point(el->data().center));
+    if (code == 11) out->push_back(V::Point(el->data().major_axis));
+    if (code == 40) out->push_back(V::Number(el->data().radius_ratio));
+  } else if (const auto* pl = dynamic_cast<const LwPolyline*>(&e)) {
+    const auto& d = pl->data();
+    if (code == 70) out->push_back(V::Number((d.closed ? 1 : 0) | (d.plinegen ? 128 : 0)));
+    if (code == 90) out->push_back(V::Number(double(d.vertices.size())));
+    if (code == 38) out->push_back(V::Number(d.elevation));
+    if (code == 210) out->push_back(V::Point(d.normal));
+  } else if (const auto* p = dynamic_cast<const PointEntity*>(&e)) {
+    if (code == 10) out->push_back(V::Point(p->data().position));
+  } else if (const TextData* t = TextOf(e)) {
+    if (code == 1) out->push_back(V::Text(t->text));
+    if (code == 2) {
+      if (const auto* ad = dynamic_cast<const AttributeDef*>(&e)) out->push_back(V::Text(ad->data().tag));
+      if (const auto* ar = dynamic_cast<const AttributeRef*>(&e)) out->push_back(V::Text(ar->data().tag));
+    }
+    if (code == 7 && t->style) out->push_back(V::Text(t->style->Name()));
+    if (code == 10) out->push_back(V::Point(t->insertion));
+    if (code == 11) out->push_back(V::Point(t->alignment));
+    if (code == 40) out->push_back(V::Number(t->height));
+    if (code == 50) out->push_back(V::Number(t->rotation * kDegrees));
+  } else if (const auto* mt = dynamic_cast<const MText*>(&e)) {
+    if (code == 1) out->push_back(V::Text(mt->data().text));
+    if (code == 7 && mt->data().style) out->push_back(V::Text(mt->data().style->Name()));
+    if (code == 10) out->push_back(V::Point(mt->data().insertion));
+    if (code == 40) out->push_back(V::Number(mt->data().height));
+  } else if (const auto* br = dynamic_cast<const BlockRef*>(&e)) {
+    const auto& d = br->data();
+    if (code == 2 && d.block) out->push_back(V::Text(d.block->Name()));
+    if (code == 10) out->push_back(V::Point(d.insertion));
+    if (code >= 41 && code <= 43) out->push_back(V::Number(d.scale[code - 41]));
+    if (code == 50) out->push_back(V::Number(d.rotation * kDegrees));
+    if (code == 66) out->push_back(V::Number(br->attributes().empty() ? 0 : 1));
+    if (code == 210) out->push_back(V::Point(d.normal));
+  } else if (const auto* h = dynamic_cast<const Hatch*>(&e)) {
+    if (code == 2) out->push_back(V::Text(h->data().pattern_name));
+  } else if (const auto* dim = dynamic_cast<const Dimension*>(&e)) {
+    if (code == 2 && dim->data().block) out->push_back(V::Text(dim->data().block->Name()));
+    if (code == 1) out->push_back(V::Text(dim->data().text_override));
+  }
+}
+
+}  // namespace
+
+std::string_view DxfNameOf(const Entity& e) {
+  if (dynamic_cast<const Line*>(&e)) return "LINE";
+  if (dynamic_cast<const Circle*>(&e)) return "CIRCLE";
+  if (dynamic_cast<const host::Arc*>(&e)) return "ARC";
+  if (dynamic_cast<const host::Ellipse*>(&e)) return "ELLIPSE";
+  if (dynamic_cast<const LwPolyline*>(&e)) return "LWPOLYLINE";
+  if (dynamic_cast<const PointEntity*>(&e)) return "POINT";
+  if (dynamic_cast<const Text*>(&e)) return "TEXT";
+  if (dynamic_cast<const AttributeDef*>(&e)) return "ATTDEF";
+  if (dynamic_cast<const AttributeRef*>(&e)) return "ATTRIB";
+  if (dynamic_cast<const MText*>(&e)) return "MTEXT";
+  if (dynamic_cast<const BlockRef*>(&e)) return "INSERT";
+  if (dynamic_cast<const Hatch*>(&e)) return "HATCH";
+  if (dynamic_cast<const Dimension*>(&e)) return "DIMENSION";
+  if (dynamic_cast<const Wipeout*>(&e)) return "WIPEOUT";
+  if (dynamic_cast<const RasterImage*>(&e)) return "IMAGE";
+  if (const auto* g = dynamic_cast<const GenericEntity*>(&e)) return GenericDxfName(g->data());
+  return "";
+}
+
+void EntityFilterSubject::ValuesOf(int code, std::vector<FilterValue>* out) const {
+  using V = FilterValue;
+  const EntityProps& props = entity_.props();
+  switch (code) {
+    case 0: out->push_back(V::Text(DxfNameOf(entity_))); return;
+    case 8:
+      if (props.layer) out->push_back(V::Text(props.layer->Name()));
+      return;
+    case 6: {
+      const Document* doc = entity_.document();
+      // Only an explicitly set linetype answers; ByLayer is the absence of one.
+      if (props.linetype && doc && props.linetype != const_cast<Document*>(doc)->bylayer_linetype()) {
+        out->push_back(V::Text(props.linetype->Name()));
+      }
+      return;
+    }
+    case 62: out->push_back(V::Number(props.color.index)); return;
+    case 60: out->push_back(V::Number(props.visible ? 0 : 1)); return;
+    case 48: out->push_back(V::Number(props.linetype_scale)); return;
+    case 370: out->push_back(V::Number(props.lineweight)); return;
+    case 67:
+    case 410: {
+      const BlockRecord* space = SpaceOf(entity_);
+      if (!space || !space->IsLayout()) return;
+      if (code == 67) {
+        out->push_back(V::Number(space->IsModelSpace() ? 0 : 1));
+      } else {
+        out->push_back(V::Text(space->data().layout->Name()));
+      }
+      return;
+    }
+    case 1001:
+      if (const XData* x = entity_.xdata()) {
+        for (const XDataRun& run : *x) {
+          if (run.app) out->push_back(V::Text(run.app->Name()));
+        }
+      }
+      return;
+    default:
+      KindValues(entity_, code, out);
+  }
+}
+
+}  // namespace tovik::host

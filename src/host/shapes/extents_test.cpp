@@ -1,0 +1,255 @@
+// Extents, transforms, explode and intersections of host entities, checked
+// against values worked out by hand.
+#include <cmath>
+#include <numbers>
+#include <random>
+
+#include "geometry/matrix.h"
+#include "host/entities/kinds.h"
+#include "host/core/host_error.h"
+#include "tests/support/host_fixture.h"
+
+namespace tovik::host {
+namespace {
+
+using geometry::Vec3;
+constexpr double kPi = std::numbers::pi;
+constexpr double kTol = 1e-9;
+
+Vec3 V(const Variant& v) {
+  auto d = v.Array().ToDoubles();
+  return {d[0], d[1], d[2]};
+}
+
+class GeometryTest : public HostTest {
+ protected:
+  // GetBoundingBox through the automation surface.
+  std::pair<Vec3, Vec3> Box(const ObjectRef& e) {
+    std::vector<Variant> args(2);
+    CallMethodRef(e, "GetBoundingBox", args);
+    return {V(args[0]), V(args[1])};
+  }
+  void ExpectBox(const ObjectRef& e, Vec3 lo, Vec3 hi) {
+    auto [a, b] = Box(e);
+    EXPECT_TRUE(geometry::IsClose(a, lo, kTol)) << a << " vs " << lo;
+    EXPECT_TRUE(geometry::IsClose(b, hi, kTol)) << b << " vs " << hi;
+  }
+  ObjectRef Block(const char* name) {
+    return CallMethod(GetProperty(doc, "Blocks").Object(), "Add", {Pt(0, 0), Variant(name)}).Object();
+  }
+  ObjectRef Insert(const ObjectRef& space, const char* name, Vec3 at, Vec3 s, double rot) {
+    return CallMethod(space, "InsertBlock",
+                      {Pt(at.x, at.y, at.z), Variant(name), Variant(s.x), Variant(s.y), Variant(s.z),
+                       Variant(rot)})
+        .Object();
+  }
+  std::vector<double> Intersect(const ObjectRef& a, const ObjectRef& b, int option) {
+    Variant r = CallMethod(a, "IntersectWith", {Variant(b), Variant(int32_t(option))});
+    EXPECT_TRUE(r.IsArray());
+    EXPECT_EQ(r.Array().ElementType(), VarType::kDouble);
+    return r.Array().ToDoubles();
+  }
+};
+
+TEST_F(GeometryTest, CurveExtentsIncludeArcExtremesAndBulges) {
+  // Arc r=2 from 45° to 135°: ends (±√2, √2), passes the top (0, 2).
+  ObjectRef arc = CallMethod(ms, "AddArc", {Pt(0, 0), Variant(2.0), Variant(kPi / 4), Variant(3 * kPi / 4)}).Object();
+  ExpectBox(arc, {-std::sqrt(2.0), std::sqrt(2.0), 0}, {std::sqrt(2.0), 2, 0});
+  // Bulge +1 from (0,0) to (2,0) runs counter-clockwise: below the chord.
+  ObjectRef pl = CallMethod(ms, "AddLightWeightPolyline",
+                            {Variant(SafeArray::OfDoubles({0, 0, 2, 0}))}).Object();
+  CallMethod(pl, "SetBulge", {Variant(int16_t(0)), Variant(1.0)});
+  ExpectBox(pl, {0, -1, 0}, {2, 0, 0});
+  CallMethod(pl, "SetBulge", {Variant(int16_t(0)), Variant(-1.0)});  // bulge −1: above
+  ExpectBox(pl, {0, 0, 0}, {2, 1, 0});
+  // Ellipse, major 3 along X, ratio 0.5: ±3 by ±1.5 around (1, 1).
+  ObjectRef el = CallMethod(ms, "AddEllipse", {Pt(1, 1), Pt(3, 0), Variant(0.5)}).Object();
+  ExpectBox(el, {-2, -0.5, 0}, {4, 2.5, 0});
+  // A point is a zero box; a zero-length line too.
+  ExpectBox(CallMethod(ms, "AddPoint", {Pt(4, 5, 6)}).Object(), {4, 5, 6}, {4, 5, 6});
+  ExpectBox(Line(7, 7, 7, 7), {7, 7, 0}, {7, 7, 0});
+}
+
+TEST_F(GeometryTest, TextExtentsFollowTheFontModelAndAlignment) {
+  // "ABCD", height 2: 4 × 0.6 × 2 = 4.8 wide.
+  ObjectRef t = CallMethod(ms, "AddText", {Variant("ABCD"), Pt(10, 5), Variant(2.0)}).Object();
+  ExpectBox(t, {10, 5, 0}, {14.8, 7, 0});
+  LetProperty(t, "Rotation", Variant(kPi / 2));  // up the Y axis, leaning left
+  ExpectBox(t, {8, 5, 0}, {10, 9.8, 0});
+  LetProperty(t, "Rotation", Variant(0.0));
+  LetProperty(t, "Alignment", Variant(int32_t(10)));  // middle centre around (0, 0)
+  LetProperty(t, "TextAlignmentPoint", Pt(0, 0));
+  ExpectBox(t, {-2.4, -1, 0}, {2.4, 1, 0});
+  LetProperty(t, "TextString", Variant(""));
+  const Raised r = ErrorOf([&] { Box(t); });
+  EXPECT_EQ(r.number, -2145386458);
+  EXPECT_EQ(r.description, "Null extents");
+}
+
+TEST_F(GeometryTest, BlockReferenceExtentsAreTheTransformedContents) {
+  ObjectRef b = Block("B");
+  CallMethod(b, "AddLine", {Pt(0, 0), Pt(1, 0)});
+  CallMethod(b, "AddCircle", {Pt(2, 0), Variant(0.5)});
+  // An attribute definition far away does not count.
+  CallMethod(b, "AddAttribute", {Variant(1.0), Variant(int32_t(0)), Variant("P"), Pt(100, 100),
+                                 Variant("TAG"), Variant("")});
+  const struct {
+    const char* what;
+    Vec3 at, scale;
+    double rotation;
+    Vec3 lo, hi;
+  } cases[] = {
+      // x2 in X: circle becomes an ellipse ±1 by ±0.5 at (4,0); turned 90°.
+      {"non-uniform, rotated", {10, 10, 0}, {2, 1, 1}, kPi / 2, {9.5, 10, 0}, {10.5, 15, 0}},
+      {"mirrored", {0, 0, 0}, {-1, 1, 1}, 0, {-2.5, -0.5, 0}, {0, 0.5, 0}},
+      {"uniform", {1, 1, 0}, {2, 2, 2}, 0, {1, 0, 0}, {6, 2, 0}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    ObjectRef ref = Insert(ms, "B", c.at, c.scale, c.rotation);
+    ExpectBox(ref, c.lo, c.hi);
+  }
+  // Nested: N holds B at (5,0); N turned 180° puts B's parts at −5..−7.5.
+  ObjectRef n = Block("N");
+  Insert(n, "B", {5, 0, 0}, {1, 1, 1}, 0);
+  ExpectBox(Insert(ms, "N", {0, 0, 0}, {1, 1, 1}, kPi), {-7.5, -0.5, 0}, {-5, 0.5, 0});
+  // On a normal along +X, block X maps to WCS Y, block Y to WCS Z.
+  ObjectRef tilted = Insert(ms, "B", {0, 0, 0}, {1, 1, 1}, 0);
+  LetProperty(tilted, "Normal", Pt(1, 0, 0));
+  ExpectBox(tilted, {0, 0, -0.5}, {0, 2.5, 0.5});
+  // An empty block has no extents.
+  Block("EMPTY");
+  const Raised r = ErrorOf([&] { Box(Insert(ms, "EMPTY", {0, 0, 0}, {1, 1, 1}, 0)); });
+  EXPECT_EQ(r.description, "Null extents");
+}
+
+TEST_F(GeometryTest, TransformsMoveEveryPartAsHandComputed) {
+  ObjectRef line = Line(0, 0, 1, 0);
+  CallMethod(line, "Move", {Pt(0, 0), Pt(1, 2)});
+  EXPECT_TRUE(geometry::IsClose(V(GetProperty(line, "StartPoint")), {1, 2, 0}));
+  ObjectRef circle = CallMethod(ms, "AddCircle", {Pt(2, 0), Variant(1.0)}).Object();
+  CallMethod(circle, "Rotate", {Pt(0, 0), Variant(kPi / 2)});
+  EXPECT_TRUE(geometry::IsClose(V(GetProperty(circle, "Center")), {0, 2, 0}, kTol));
+  CallMethod(circle, "ScaleEntity", {Pt(0, 0), Variant(3.0)});
+  EXPECT_NEAR(CDbl(GetProperty(circle, "Radius")), 3.0, kTol);
+  EXPECT_TRUE(geometry::IsClose(V(GetProperty(circle, "Center")), {0, 6, 0}, kTol));
+  // Rotate3D a quarter turn about +X: the normal Z goes to −Y.
+  CallMethod(circle, "Rotate3D", {Pt(0, 0), Pt(1, 0), Variant(kPi / 2)});
+  EXPECT_TRUE(geometry::IsClose(V(GetProperty(circle, "Normal")), {0, -1, 0}, kTol));
+  EXPECT_TRUE(geometry::IsClose(V(GetProperty(circle, "Center")), {0, 0, 6}, kTol));
+  // Mirror in the Y axis: a new arc from 90° to 180° about (−2, 0).
+  ObjectRef arc = CallMethod(ms, "AddArc", {Pt(2, 0), Variant(1.0), Variant(0.0), Variant(kPi / 2)}).Object();
+  ObjectRef copy = CallMethod(arc, "Mirror", {Pt(0, 0), Pt(0, 1)}).Object();
+  EXPECT_FALSE(SameObject(copy, arc));
+  EXPECT_TRUE(geometry::IsClose(V(GetProperty(copy, "Center")), {-2, 0, 0}, kTol));
+  EXPECT_NEAR(CDbl(GetProperty(copy, "StartAngle")), kPi / 2, kTol);
+  EXPECT_NEAR(CDbl(GetProperty(copy, "EndAngle")), kPi, kTol);
+  EXPECT_TRUE(geometry::IsClose(V(GetProperty(arc, "Center")), {2, 0, 0}));  // original kept
+}
+
+TEST_F(GeometryTest, MirroredTextStaysReadableInTheMirroredBox) {
+  // "AB", height 1 at (1,0): box (1,0)-(2.2,1); mirrored in x = 0: (−2.2,0)-(−1,1).
+  ObjectRef t = CallMethod(ms, "AddText", {Variant("AB"), Pt(1, 0), Variant(1.0)}).Object();
+  ObjectRef m = CallMethod(t, "Mirror", {Pt(0, 0), Pt(0, 1)}).Object();
+  ExpectBox(m, {-2.2, 0, 0}, {-1, 1, 0});
+  EXPECT_NEAR(CDbl(GetProperty(m, "Rotation")), 0.0, kTol);
+  EXPECT_FALSE(CBool(GetProperty(m, "Backward")));
+  // With MIRRTEXT 1 the glyphs mirror: same box, Backward set.
+  document().sysvar_values()["MIRRTEXT"] = Variant(int16_t(1));
+  ObjectRef m1 = CallMethod(t, "Mirror", {Pt(0, 0), Pt(0, 1)}).Object();
+  ExpectBox(m1, {-2.2, 0, 0}, {-1, 1, 0});
+  EXPECT_TRUE(CBool(GetProperty(m1, "Backward")));
+}
+
+TEST_F(GeometryTest, RandomTransformsMatchTheMatrixAndInvertExactly) {
+  std::mt19937 rng(7);
+  std::uniform_real_distribution<double> u(-10, 10);
+  for (int round = 0; round < 20; ++round) {
+    SCOPED_TRACE(round);
+    const Vec3 a{u(rng), u(rng), 0}, b{u(rng), u(rng), 0}, base{u(rng), u(rng), 0};
+    const double angle = u(rng), factor = 0.1 + std::fabs(u(rng));
+    ObjectRef line = Line(a.x, a.y, b.x, b.y);
+    CallMethod(line, "Rotate", {Pt(base.x, base.y), Variant(angle)});
+    CallMethod(line, "ScaleEntity", {Pt(base.x, base.y), Variant(factor)});
+    // The same steps as one matrix, applied to the reference points.
+    const auto m = geometry::Matrix4::Scaling(factor, base) *
+                   *geometry::Matrix4::Rotation(base, {0, 0, 1}, angle);
+    EXPECT_TRUE(geometry::IsClose(V(GetProperty(line, "StartPoint")), m.TransformPoint(a), 1e-9));
+    EXPECT_TRUE(geometry::IsClose(V(GetProperty(line, "EndPoint")), m.TransformPoint(b), 1e-9));
+    CallMethod(line, "ScaleEntity", {Pt(base.x, base.y), Variant(1 / factor)});
+    CallMethod(line, "Rotate", {Pt(base.x, base.y), Variant(-angle)});
+    EXPECT_TRUE(geometry::IsClose(V(GetProperty(line, "StartPoint")), a, 1e-9));
+    EXPECT_TRUE(geometry::IsClose(V(GetProperty(line, "EndPoint")), b, 1e-9));
+  }
+}
+
+TEST_F(GeometryTest, BlockReferenceTransformsCarryAttributes) {
+  ObjectRef b = Block("A");
+  CallMethod(b, "AddLine", {Pt(0, 0), Pt(1, 0)});
+  CallMethod(b, "AddAttribute", {Variant(1.0), Variant(int32_t(0)), Variant("P"), Pt(0, 2),
+                                 Variant("TAG"), Variant("X")});
+  ObjectRef ref = Insert(ms, "A", {0, 0, 0}, {1, 1, 1}, 0);
+  CallMethod(ref, "Move", {Pt(0, 0), Pt(5, 0)});
+  CallMethod(ref, "Rotate", {Pt(5, 0), Variant(kPi / 2)});
+  ObjectRef att = CallMethod(ref, "GetAttributes").Array().At(0).Object();
+  // (0,2) moved to (5,2), turned about (5,0) by 90°: (3,0).
+  EXPECT_TRUE(geometry::IsClose(V(GetProperty(att, "InsertionPoint")), {3, 0, 0}, kTol));
+  EXPECT_NEAR(CDbl(GetProperty(att, "Rotation")), kPi / 2, kTol);
+  // Mirrored copy: negative X scale, as the host gives it.
+  ObjectRef mirrored = CallMethod(ref, "Mirror", {Pt(0, 0), Pt(0, 1)}).Object();
+  EXPECT_NEAR(CDbl(GetProperty(mirrored, "XScaleFactor")), -1, kTol);
+}
+
+TEST_F(GeometryTest, IntersectWithHonoursExtendOptions) {
+  ObjectRef line = Line(0, 0, 10, 0);
+  ObjectRef circle = CallMethod(ms, "AddCircle", {Pt(5, 0), Variant(2.0)}).Object();
+  EXPECT_EQ(Intersect(line, circle, 0), (std::vector<double>{3, 0, 0, 7, 0, 0}));
+  ObjectRef a = Line(0, 0, 1, 0), b = Line(2, -1, 2, 1);
+  const struct {
+    int option;
+    std::vector<double> points;
+  } cases[] = {{0, {}}, {1, {2, 0, 0}}, {2, {}}, {3, {2, 0, 0}}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.option);
+    auto got = Intersect(a, b, c.option);
+    ASSERT_EQ(got.size(), c.points.size());
+    for (size_t i = 0; i < got.size(); ++i) EXPECT_NEAR(got[i], c.points[i], kTol);
+  }
+  // An open polyline extends only its end segments: the first backwards.
+  ObjectRef pl = CallMethod(ms, "AddLightWeightPolyline",
+                            {Variant(SafeArray::OfDoubles({0, 0, 1, 0, 1, 1}))}).Object();
+  ObjectRef left = Line(-5, -1, -5, 1), right = Line(3, -1, 3, 1);
+  auto hit = Intersect(pl, left, 1);
+  ASSERT_EQ(hit.size(), 3u);
+  EXPECT_NEAR(hit[0], -5, kTol);
+  EXPECT_TRUE(Intersect(pl, right, 1).empty());  // forwards from (0,0) is not extended
+  Variant none = CallMethod(a, "IntersectWith", {Variant(right), Variant(int32_t(0))});
+  EXPECT_EQ(none.Array().UBound(), -1);  // an empty array, not Empty
+}
+
+TEST_F(GeometryTest, ExplodeMakesPiecesAndKeepsTheOriginal) {
+  ObjectRef pl = CallMethod(ms, "AddLightWeightPolyline",
+                            {Variant(SafeArray::OfDoubles({0, 0, 2, 0, 2, 2}))}).Object();
+  CallMethod(pl, "SetBulge", {Variant(int16_t(1)), Variant(1.0)});
+  Variant parts = CallMethod(pl, "Explode");
+  ASSERT_EQ(parts.Array().Count(), 2);
+  EXPECT_EQ(TypeName(parts.Array().At(0)), "IAcadLine");
+  ObjectRef arc = parts.Array().At(1).Object();
+  EXPECT_EQ(TypeName(Variant(arc)), "IAcadArc");
+  EXPECT_TRUE(geometry::IsClose(V(GetProperty(arc, "Center")), {2, 1, 0}, kTol));
+  EXPECT_NEAR(CDbl(GetProperty(arc, "Radius")), 1.0, kTol);
+  EXPECT_EQ(CLng(GetProperty(ms, "Count")), 3);  // the polyline remains
+  // A non-uniformly scaled circle explodes into an ellipse.
+  ObjectRef b = Block("C");
+  CallMethod(b, "AddCircle", {Pt(0, 0), Variant(1.0)});
+  ObjectRef ref = Insert(ms, "C", {10, 0, 0}, {2, 1, 1}, 0);
+  Variant pieces = CallMethod(ref, "Explode");
+  ASSERT_EQ(pieces.Array().Count(), 1);
+  ObjectRef el = pieces.Array().At(0).Object();
+  EXPECT_EQ(TypeName(Variant(el)), "IAcadEllipse");
+  ExpectBox(el, {8, -1, 0}, {12, 1, 0});
+  EXPECT_EQ(ErrorOf([&] { CallMethod(Line(0, 0, 1, 1), "Explode"); }).number, 438);
+}
+
+}  // namespace
+}  // namespace tovik::host
