@@ -10,8 +10,8 @@
 #include <string>
 
 #include "dxf/tag_model.h"
-#include "dxf/tokenizer.h"
 #include "dxf/tag_writer.h"
+#include "dxf/tokenizer.h"
 
 namespace tovik::dxf {
 namespace {

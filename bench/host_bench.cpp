@@ -7,8 +7,8 @@
 #include "frame/conversions.h"
 #include "frame/dispatch.h"
 #include "host/core/application.h"
-#include "host/surface/args.h"
 #include "host/core/document.h"
+#include "host/surface/args.h"
 
 namespace {
 

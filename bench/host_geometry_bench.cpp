@@ -10,9 +10,9 @@
 #include "frame/conversions.h"
 #include "frame/dispatch.h"
 #include "host/core/application.h"
-#include "host/surface/args.h"
 #include "host/core/document.h"
 #include "host/shapes/spatial.h"
+#include "host/surface/args.h"
 
 namespace tovik::host {
 namespace {

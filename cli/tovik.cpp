@@ -13,13 +13,13 @@
 #include <string>
 #include <string_view>
 
+#include "dxf/tag_model.h"
 #include "frame/automation_error.h"
 #include "host/core/application.h"
-#include "host/tables/block.h"
 #include "host/core/document.h"
 #include "host/dxf/dxf_file.h"
-#include "dxf/tag_model.h"
 #include "host/entities/kinds.h"
+#include "host/tables/block.h"
 #include "host/tables/records.h"
 #include "type_library.h"
 

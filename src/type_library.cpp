@@ -2,6 +2,8 @@
 
 #include <memory>
 
+#include "document/acad_doc_space.h"
+#include "document/acad_transaction.h"
 #include "frame/autocad_enum.h"
 #include "frame/automation_error.h"
 #include "frame/library_state.h"
@@ -11,8 +13,6 @@
 #include "selection/dynamic_ss.h"
 #include "selection/ss_companions.h"
 #include "toolkit/acad_space.h"
-#include "document/acad_doc_space.h"
-#include "document/acad_transaction.h"
 #include "xdata/xdata.h"
 
 namespace tovik {

@@ -11,9 +11,9 @@
 #include "frame/conversions.h"
 #include "frame/dispatch.h"
 #include "host/core/application.h"
-#include "host/surface/args.h"
 #include "host/core/document.h"
 #include "host/dxf/dxf_file.h"
+#include "host/surface/args.h"
 
 namespace tovik::host {
 namespace {

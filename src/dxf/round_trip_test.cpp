@@ -14,8 +14,8 @@
 
 #include "dxf/encoding.h"
 #include "dxf/tag_model.h"
-#include "dxf/tokenizer.h"
 #include "dxf/tag_writer.h"
+#include "dxf/tokenizer.h"
 
 namespace tovik::dxf {
 namespace {

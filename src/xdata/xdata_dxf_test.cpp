@@ -7,8 +7,8 @@
 #include "frame/conversions.h"
 #include "host/dxf/dxf_file.h"
 #include "tests/support/host_test.h"
-#include "xdata/xdata.h"
 #include "tests/support/typed_value.h"
+#include "xdata/xdata.h"
 
 namespace tovik {
 namespace {

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "host/tables/block.h"
 #include "host/entities/kinds.h"
+#include "host/tables/block.h"
 #include "tests/support/host_fixture.h"
 
 namespace tovik::host {

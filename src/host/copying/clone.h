@@ -7,9 +7,9 @@
 #include <unordered_map>
 #include <vector>
 
-#include "host/tables/block.h"
 #include "host/core/document.h"
 #include "host/entities/entity.h"
+#include "host/tables/block.h"
 
 namespace tovik::host {
 

@@ -5,8 +5,8 @@
 
 #include <cstdlib>
 
-#include "host/tables/dictionary.h"
 #include "host/entities/kinds.h"
+#include "host/tables/dictionary.h"
 #include "host/tables/records.h"
 
 namespace tovik::host {

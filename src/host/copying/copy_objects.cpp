@@ -11,11 +11,11 @@
 #include <filesystem>
 
 #include "frame/runtime_text.h"
-#include "host/core/application.h"
-#include "host/surface/args.h"
 #include "host/copying/clone.h"
-#include "host/shapes/geometry_members.h"
+#include "host/core/application.h"
 #include "host/core/host_error.h"
+#include "host/shapes/geometry_members.h"
+#include "host/surface/args.h"
 #include "host/tables/records.h"
 
 namespace tovik::host {

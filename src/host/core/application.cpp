@@ -4,10 +4,10 @@
 #include <cmath>
 
 #include "frame/conversions.h"
-#include "host/surface/args.h"
-#include "host/surface/collection_util.h"
 #include "host/core/document.h"
 #include "host/core/host_error.h"
+#include "host/surface/args.h"
+#include "host/surface/collection_util.h"
 
 namespace tovik::host {
 

@@ -4,8 +4,8 @@
 #include <limits>
 
 #include "frame/conversions.h"
-#include "host/surface/args.h"
 #include "host/core/host_error.h"
+#include "host/surface/args.h"
 
 namespace tovik::host {
 namespace {

@@ -4,10 +4,10 @@
 
 #include "frame/conversions.h"
 #include "host/core/application.h"
-#include "host/tables/dictionary.h"
 #include "host/core/document.h"
 #include "host/core/host_error.h"
 #include "host/core/xdata.h"
+#include "host/tables/dictionary.h"
 
 namespace tovik::host {
 

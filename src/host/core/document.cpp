@@ -3,13 +3,13 @@
 #include <algorithm>
 
 #include "host/core/application.h"
+#include "host/core/host_error.h"
+#include "host/entities/kinds.h"
+#include "host/input/utility.h"
+#include "host/selection/selection_set.h"
 #include "host/tables/block.h"
 #include "host/tables/dictionary.h"
-#include "host/entities/kinds.h"
-#include "host/core/host_error.h"
 #include "host/tables/records.h"
-#include "host/selection/selection_set.h"
-#include "host/input/utility.h"
 
 namespace tovik::host {
 

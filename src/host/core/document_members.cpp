@@ -2,17 +2,17 @@
 #include <cctype>
 
 #include "frame/conversions.h"
+#include "host/copying/copy_objects.h"
 #include "host/core/application.h"
+#include "host/core/document.h"
+#include "host/core/host_error.h"
+#include "host/entities/kinds.h"
+#include "host/input/utility.h"
+#include "host/selection/selection_set.h"
 #include "host/surface/args.h"
 #include "host/tables/block.h"
-#include "host/copying/copy_objects.h"
 #include "host/tables/dictionary.h"
-#include "host/core/document.h"
-#include "host/entities/kinds.h"
-#include "host/core/host_error.h"
 #include "host/tables/records.h"
-#include "host/selection/selection_set.h"
-#include "host/input/utility.h"
 
 namespace tovik::host {
 namespace {

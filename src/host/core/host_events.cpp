@@ -4,8 +4,8 @@
 
 #include "frame/runtime_text.h"
 #include "host/core/application.h"
-#include "host/surface/args.h"
 #include "host/core/host_error.h"
+#include "host/surface/args.h"
 
 namespace tovik::host {
 

@@ -5,9 +5,9 @@
 
 #include "frame/conversions.h"
 #include "frame/runtime_text.h"
-#include "host/surface/args.h"
 #include "host/core/document.h"
 #include "host/core/host_error.h"
+#include "host/surface/args.h"
 #include "host/tables/records.h"
 
 namespace tovik::host {

@@ -9,9 +9,9 @@
 #include <string_view>
 #include <utility>
 
+#include "dxf/record.h"
 #include "frame/runtime_text.h"
 #include "geometry/vec3.h"
-#include "dxf/record.h"
 
 namespace tovik::host::dxf {
 

@@ -11,12 +11,12 @@
 #include "frame/conversions.h"
 #include "frame/dispatch.h"
 #include "host/core/application.h"
-#include "host/surface/args.h"
-#include "host/tables/block.h"
-#include "host/tables/dictionary.h"
 #include "host/core/document.h"
 #include "host/dxf/dxf_file.h"
 #include "host/entities/kinds.h"
+#include "host/surface/args.h"
+#include "host/tables/block.h"
+#include "host/tables/dictionary.h"
 #include "host/tables/records.h"
 
 namespace tovik::host::dxf {

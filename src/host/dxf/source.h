@@ -13,10 +13,10 @@
 #include <unordered_set>
 #include <vector>
 
-#include "host/core/db_object.h"
-#include "host/core/document.h"
 #include "dxf/flat_map.h"
 #include "dxf/tag_model.h"
+#include "host/core/db_object.h"
+#include "host/core/document.h"
 
 namespace tovik::host {
 class Document;

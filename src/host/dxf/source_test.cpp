@@ -11,8 +11,8 @@
 #include <vector>
 
 #include "host/core/application.h"
-#include "host/tables/block.h"
 #include "host/core/document.h"
+#include "host/tables/block.h"
 #include "host/tables/records.h"
 
 namespace tovik::host::dxf {

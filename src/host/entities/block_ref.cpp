@@ -3,10 +3,10 @@
 #include <algorithm>
 
 #include "frame/conversions.h"
-#include "host/tables/block.h"
 #include "host/core/document.h"
 #include "host/entities/kinds.h"
 #include "host/surface/member_helpers.h"
+#include "host/tables/block.h"
 
 namespace tovik::host {
 namespace {

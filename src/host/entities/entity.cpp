@@ -3,11 +3,11 @@
 #include <algorithm>
 
 #include "frame/conversions.h"
+#include "host/core/document.h"
+#include "host/core/host_error.h"
+#include "host/shapes/geometry_members.h"
 #include "host/surface/args.h"
 #include "host/tables/block.h"
-#include "host/core/document.h"
-#include "host/shapes/geometry_members.h"
-#include "host/core/host_error.h"
 #include "host/tables/records.h"
 
 namespace tovik::host {

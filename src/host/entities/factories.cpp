@@ -5,11 +5,11 @@
 
 #include "frame/conversions.h"
 #include "frame/runtime_text.h"
+#include "host/core/document.h"
+#include "host/core/host_error.h"
+#include "host/entities/kinds.h"
 #include "host/surface/args.h"
 #include "host/tables/block.h"
-#include "host/core/document.h"
-#include "host/entities/kinds.h"
-#include "host/core/host_error.h"
 #include "host/tables/records.h"
 
 namespace tovik::host {

@@ -11,8 +11,8 @@
 #include <vector>
 
 #include "geometry/vec3.h"
-#include "host/tables/block.h"
 #include "host/entities/entity.h"
+#include "host/tables/block.h"
 
 namespace tovik::host {
 

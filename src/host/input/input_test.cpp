@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "host/entities/kinds.h"
 #include "host/core/host_error.h"
+#include "host/entities/kinds.h"
 #include "tests/support/host_fixture.h"
 
 namespace tovik::host {

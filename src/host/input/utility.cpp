@@ -1,12 +1,12 @@
-#include "host/input/utility_geometry.h"
 #include "host/input/utility.h"
+#include "host/input/utility_geometry.h"
 
 #include "frame/conversions.h"
-#include "host/surface/args.h"
 #include "host/core/document.h"
+#include "host/core/host_error.h"
 #include "host/entities/kinds.h"
 #include "host/shapes/geometry_members.h"
-#include "host/core/host_error.h"
+#include "host/surface/args.h"
 
 namespace tovik::host {
 namespace {

@@ -1,15 +1,16 @@
 // Utility.TranslateCoordinates and the drawing state the geometry members
 // read from system variables.
+#include "host/input/utility_geometry.h"
+
 #include <cmath>
 
-#include "host/input/utility_geometry.h"
 #include "frame/conversions.h"
-#include "host/surface/args.h"
 #include "host/core/document.h"
-#include "host/shapes/geometry_context.h"
-#include "host/shapes/geometry_members.h"
 #include "host/core/host_error.h"
 #include "host/input/utility.h"
+#include "host/shapes/geometry_context.h"
+#include "host/shapes/geometry_members.h"
+#include "host/surface/args.h"
 
 namespace tovik::host {
 

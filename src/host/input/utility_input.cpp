@@ -12,10 +12,10 @@
 
 #include "frame/conversions.h"
 #include "frame/runtime_text.h"
-#include "host/surface/args.h"
 #include "host/core/document.h"
 #include "host/core/host_error.h"
 #include "host/input/utility.h"
+#include "host/surface/args.h"
 
 namespace tovik::host {
 namespace {

@@ -2,9 +2,9 @@
 
 #include <numbers>
 
-#include "host/tables/block.h"
 #include "host/core/document.h"
 #include "host/entities/kinds.h"
+#include "host/tables/block.h"
 #include "host/tables/records.h"
 
 namespace tovik::host {

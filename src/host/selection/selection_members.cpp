@@ -1,23 +1,24 @@
 // SelectionSet.Select, SelectByPolygon, SelectAtPoint and SelectOnScreen:
 // candidates from the spatial index, judged on their true geometry in the
 // plan of the current UCS, then filtered.
+#include "host/selection/selection_members.h"
+
 #include <algorithm>
 #include <cmath>
 
-#include "host/selection/selection_members.h"
 #include "geometry/selection_geometry.h"
-#include "host/surface/args.h"
 #include "host/core/document.h"
+#include "host/core/host_error.h"
 #include "host/entities/kinds.h"
 #include "host/selection/entity_filter.h"
+#include "host/selection/selection_filter.h"
+#include "host/selection/selection_set.h"
 #include "host/shapes/entity_shapes.h"
 #include "host/shapes/geometry_context.h"
 #include "host/shapes/geometry_members.h"
-#include "host/core/host_error.h"
-#include "host/tables/records.h"
-#include "host/selection/selection_filter.h"
-#include "host/selection/selection_set.h"
 #include "host/shapes/spatial.h"
+#include "host/surface/args.h"
+#include "host/tables/records.h"
 
 namespace tovik::host {
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <set>
 
-#include "host/entities/kinds.h"
 #include "host/core/host_error.h"
+#include "host/entities/kinds.h"
 #include "tests/support/host_fixture.h"
 
 namespace tovik::host {

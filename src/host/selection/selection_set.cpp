@@ -1,15 +1,15 @@
-#include "host/selection/selection_members.h"
 #include "host/selection/selection_set.h"
 
 #include <algorithm>
 
 #include "frame/conversions.h"
+#include "host/core/document.h"
+#include "host/core/host_error.h"
+#include "host/entities/entity.h"
+#include "host/selection/selection_members.h"
+#include "host/shapes/geometry_members.h"
 #include "host/surface/args.h"
 #include "host/surface/collection_util.h"
-#include "host/core/document.h"
-#include "host/entities/entity.h"
-#include "host/shapes/geometry_members.h"
-#include "host/core/host_error.h"
 
 namespace tovik::host {
 namespace {

@@ -6,9 +6,9 @@
 #include <set>
 #include <string>
 
+#include "host/core/host_error.h"
 #include "host/entities/kinds.h"
 #include "tests/support/geometry_checks.h"
-#include "host/core/host_error.h"
 
 namespace tovik::host {
 namespace {

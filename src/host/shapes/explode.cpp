@@ -8,11 +8,11 @@
 #include "geometry/ellipse.h"
 #include "host/copying/clone.h"
 #include "host/core/document.h"
+#include "host/core/host_error.h"
 #include "host/entities/kinds.h"
 #include "host/shapes/entity_shapes.h"
 #include "host/shapes/geometry_context.h"
 #include "host/shapes/geometry_members.h"
-#include "host/core/host_error.h"
 
 namespace tovik::host {
 

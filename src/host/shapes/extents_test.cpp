@@ -5,8 +5,8 @@
 #include <random>
 
 #include "geometry/matrix.h"
-#include "host/entities/kinds.h"
 #include "host/core/host_error.h"
+#include "host/entities/kinds.h"
 #include "tests/support/host_fixture.h"
 
 namespace tovik::host {

@@ -3,12 +3,12 @@
 #include "host/shapes/geometry_members.h"
 
 #include "frame/conversions.h"
-#include "host/surface/args.h"
 #include "host/core/document.h"
+#include "host/core/host_error.h"
 #include "host/entities/kinds.h"
 #include "host/shapes/entity_shapes.h"
 #include "host/shapes/geometry_context.h"
-#include "host/core/host_error.h"
+#include "host/surface/args.h"
 
 namespace tovik::host {
 

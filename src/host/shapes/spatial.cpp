@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
-#include "host/tables/block.h"
 #include "host/core/document.h"
 #include "host/entities/kinds.h"
 #include "host/shapes/entity_shapes.h"
+#include "host/tables/block.h"
 #include "host/tables/records.h"
 
 namespace tovik::host {

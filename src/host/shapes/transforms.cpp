@@ -9,16 +9,16 @@
 #include <cmath>
 
 #include "frame/conversions.h"
-#include "host/tables/block.h"
-#include "host/copying/clone.h"
 #include "geometry/arc.h"
 #include "geometry/ellipse.h"
 #include "geometry/ocs.h"
+#include "host/copying/clone.h"
 #include "host/core/document.h"
+#include "host/core/host_error.h"
 #include "host/entities/kinds.h"
 #include "host/shapes/entity_shapes.h"
 #include "host/shapes/geometry_members.h"
-#include "host/core/host_error.h"
+#include "host/tables/block.h"
 
 namespace tovik::host {
 

@@ -6,10 +6,10 @@
 #include <functional>
 #include <string>
 
-#include "host/tables/block.h"
-#include "host/entities/kinds.h"
-#include "tests/support/geometry_checks.h"
 #include "host/core/host_error.h"
+#include "host/entities/kinds.h"
+#include "host/tables/block.h"
+#include "tests/support/geometry_checks.h"
 
 namespace tovik::host {
 namespace {

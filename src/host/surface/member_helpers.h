@@ -12,8 +12,8 @@
 
 #include "frame/member_table.h"
 #include "geometry/vec3.h"
-#include "host/surface/args.h"
 #include "host/core/host_error.h"
+#include "host/surface/args.h"
 
 namespace tovik::host {
 

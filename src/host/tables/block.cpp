@@ -3,13 +3,13 @@
 #include <algorithm>
 
 #include "frame/conversions.h"
+#include "host/core/document.h"
+#include "host/core/host_error.h"
+#include "host/entities/kinds.h"
 #include "host/surface/args.h"
 #include "host/surface/collection_util.h"
 #include "host/tables/dictionary.h"
 #include "host/tables/draw_order.h"
-#include "host/core/document.h"
-#include "host/entities/kinds.h"
-#include "host/core/host_error.h"
 
 namespace tovik::host {
 

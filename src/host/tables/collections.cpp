@@ -2,14 +2,14 @@
 
 #include "frame/conversions.h"
 #include "frame/runtime_text.h"
+#include "host/core/document.h"
+#include "host/selection/selection_set.h"
 #include "host/surface/args.h"
-#include "host/tables/block.h"
 #include "host/surface/collection_util.h"
+#include "host/tables/block.h"
 #include "host/tables/dictionary.h"
 #include "host/tables/group.h"
-#include "host/core/document.h"
 #include "host/tables/records.h"
-#include "host/selection/selection_set.h"
 
 namespace tovik::host {
 namespace {

@@ -5,12 +5,12 @@
 
 #include "frame/conversions.h"
 #include "frame/runtime_text.h"
-#include "host/surface/args.h"
-#include "host/tables/block.h"
-#include "host/surface/collection_util.h"
 #include "host/core/document.h"
-#include "host/entities/kinds.h"
 #include "host/core/host_error.h"
+#include "host/entities/kinds.h"
+#include "host/surface/args.h"
+#include "host/surface/collection_util.h"
+#include "host/tables/block.h"
 
 namespace tovik::host {
 

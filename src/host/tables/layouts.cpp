@@ -7,12 +7,12 @@
 
 #include "frame/conversions.h"
 #include "frame/runtime_text.h"
-#include "host/surface/args.h"
-#include "host/tables/block.h"
 #include "host/core/document.h"
-#include "host/entities/entity.h"
 #include "host/core/host_error.h"
+#include "host/entities/entity.h"
+#include "host/surface/args.h"
 #include "host/surface/member_helpers.h"
+#include "host/tables/block.h"
 #include "host/tables/records.h"
 
 namespace tovik::host {

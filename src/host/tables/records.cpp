@@ -2,10 +2,10 @@
 
 #include "frame/conversions.h"
 #include "frame/runtime_text.h"
-#include "host/tables/block.h"
 #include "host/core/document.h"
 #include "host/entities/kinds.h"
 #include "host/surface/member_helpers.h"
+#include "host/tables/block.h"
 
 namespace tovik::host {
 

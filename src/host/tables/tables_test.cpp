@@ -1,7 +1,7 @@
 #include "host/tables/collections.h"
 
-#include "host/tables/block.h"
 #include "host/entities/entity.h"
+#include "host/tables/block.h"
 
 #include <gtest/gtest.h>
 

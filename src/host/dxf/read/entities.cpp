@@ -5,10 +5,10 @@
 #include <cmath>
 
 #include "geometry/ocs.h"
-#include "host/tables/dictionary.h"
 #include "host/dxf/binding.h"
 #include "host/dxf/read/hatch.h"
 #include "host/dxf/read/loader.h"
+#include "host/tables/dictionary.h"
 
 namespace tovik::host::dxf {
 namespace {

@@ -8,12 +8,12 @@
 #include <string>
 #include <unordered_map>
 
-#include "host/tables/block.h"
-#include "host/core/document.h"
-#include "host/dxf/source.h"
-#include "host/dxf/read/validate.h"
 #include "dxf/record_fields.h"
+#include "host/core/document.h"
+#include "host/dxf/read/validate.h"
+#include "host/dxf/source.h"
 #include "host/entities/kinds.h"
+#include "host/tables/block.h"
 #include "host/tables/records.h"
 
 namespace tovik::host::dxf {

@@ -6,14 +6,14 @@
 #include <sstream>
 
 #include "host/core/application.h"
+#include "host/core/host_error.h"
+#include "host/dxf/binding.h"
+#include "host/dxf/dxf_file.h"
+#include "host/dxf/read/loader.h"
+#include "host/dxf/read/validate.h"
 #include "host/tables/dictionary.h"
 #include "host/tables/draw_order.h"
 #include "host/tables/group.h"
-#include "host/dxf/binding.h"
-#include "host/dxf/read/loader.h"
-#include "host/dxf/dxf_file.h"
-#include "host/dxf/read/validate.h"
-#include "host/core/host_error.h"
 
 namespace tovik::host::dxf {
 namespace {

@@ -11,12 +11,12 @@
 
 #include "frame/variant.h"
 #include "host/core/application.h"
-#include "host/tables/dictionary.h"
-#include "host/surface/args.h"
+#include "host/core/host_error.h"
 #include "host/dxf/binding.h"
 #include "host/dxf/read/loader.h"
 #include "host/dxf/read/validate.h"
-#include "host/core/host_error.h"
+#include "host/surface/args.h"
+#include "host/tables/dictionary.h"
 
 namespace tovik::host::dxf {
 

@@ -6,8 +6,8 @@
 #include <unordered_map>
 #include <vector>
 
-#include "host/dxf/binding.h"
 #include "dxf/flat_map.h"
+#include "host/dxf/binding.h"
 
 namespace tovik::host::dxf {
 namespace {

@@ -10,13 +10,13 @@
 #include <numbers>
 
 #include "geometry/ocs.h"
-#include "host/tables/block.h"
-#include "host/tables/dictionary.h"
-#include "host/tables/group.h"
 #include "host/dxf/binding.h"
 #include "host/dxf/write/writer.h"
 #include "host/entities/kinds.h"
 #include "host/selection/entity_filter.h"
+#include "host/tables/block.h"
+#include "host/tables/dictionary.h"
+#include "host/tables/group.h"
 #include "host/tables/records.h"
 
 namespace tovik::host::dxf {

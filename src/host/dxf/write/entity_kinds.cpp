@@ -7,11 +7,11 @@
 #include <numbers>
 
 #include "geometry/ocs.h"
-#include "host/tables/block.h"
-#include "host/tables/dictionary.h"
 #include "host/dxf/binding.h"
 #include "host/dxf/write/writer.h"
 #include "host/entities/kinds.h"
+#include "host/tables/block.h"
+#include "host/tables/dictionary.h"
 #include "host/tables/records.h"
 
 namespace tovik::host::dxf {

@@ -8,9 +8,9 @@
 #include <sstream>
 
 #include "host/core/application.h"
-#include "host/tables/block.h"
 #include "host/dxf/dxf_file.h"
 #include "host/entities/kinds.h"
+#include "host/tables/block.h"
 #include "tests/support/host_fixture.h"
 
 namespace tovik::host::dxf {

@@ -4,10 +4,10 @@
 // the header, written last, has gone out first.
 #include <fstream>
 
+#include "host/core/host_error.h"
 #include "host/dxf/binding.h"
 #include "host/dxf/dxf_file.h"
 #include "host/dxf/write/writer.h"
-#include "host/core/host_error.h"
 
 namespace tovik::host::dxf {
 namespace {

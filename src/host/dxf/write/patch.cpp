@@ -4,12 +4,12 @@
 #include <cmath>
 
 #include "geometry/ocs.h"
-#include "host/tables/block.h"
-#include "host/tables/dictionary.h"
 #include "host/dxf/binding.h"
 #include "host/dxf/read/hatch.h"
 #include "host/dxf/write/writer.h"
 #include "host/entities/kinds.h"
+#include "host/tables/block.h"
+#include "host/tables/dictionary.h"
 #include "host/tables/records.h"
 
 namespace tovik::host::dxf {

@@ -7,14 +7,14 @@
 #include <cmath>
 #include <numbers>
 
-#include "host/tables/block.h"
-#include "host/tables/dictionary.h"
-#include "host/tables/draw_order.h"
-#include "host/tables/group.h"
 #include "host/dxf/binding.h"
 #include "host/dxf/dxf_file.h"
 #include "host/dxf/write/writer.h"
 #include "host/entities/kinds.h"
+#include "host/tables/block.h"
+#include "host/tables/dictionary.h"
+#include "host/tables/draw_order.h"
+#include "host/tables/group.h"
 #include "host/tables/records.h"
 
 namespace tovik::host::dxf {

@@ -26,12 +26,12 @@
 #include <unordered_set>
 #include <vector>
 
-#include "geometry/box.h"
-#include "host/core/document.h"
-#include "host/entities/kinds.h"
-#include "host/dxf/source.h"
 #include "dxf/encoding.h"
 #include "dxf/tag_writer.h"
+#include "geometry/box.h"
+#include "host/core/document.h"
+#include "host/dxf/source.h"
+#include "host/entities/kinds.h"
 
 namespace tovik::host {
 class Dictionary;

@@ -11,14 +11,14 @@
 #include <set>
 #include <sstream>
 
+#include "dxf/tag_model.h"
 #include "frame/automation_error.h"
 #include "frame/conversions.h"
 #include "frame/dispatch.h"
 #include "host/core/application.h"
-#include "host/surface/args.h"
 #include "host/dxf/binding.h"
 #include "host/dxf/dxf_file.h"
-#include "dxf/tag_model.h"
+#include "host/surface/args.h"
 
 namespace tovik::host::dxf {
 namespace {
