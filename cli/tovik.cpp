@@ -54,12 +54,6 @@ std::shared_ptr<tovik::host::Document> Open(tovik::host::Application& app, const
   return tovik::host::dxf::ReadDrawingFile(app, path);
 }
 
-// The DXF name of an entity for counts: its type name without "IAcad".
-std::string KindName(const tovik::host::Entity& e) {
-  if (auto* g = dynamic_cast<const tovik::host::GenericEntity*>(&e)) return g->data().dxf_name;
-  std::string name(e.TypeName());
-  return name.starts_with("IAcad") ? name.substr(5) : name;
-}
 
 // Ends the process once a command's output is flushed, without taking a
 // large drawing apart object by object: the system reclaims it at once.
@@ -94,7 +88,7 @@ int Info(const char* path) {
   size_t total = 0;
   for (auto* b : doc->blocks().items) {
     for (auto* e : b->entities()) {
-      ++counts[KindName(*e)];
+      ++counts[std::string(tovik::host::DxfNameOf(*e))];
       ++total;
       if (e->xdata()) {
         for (const auto& run : *e->xdata()) {

@@ -57,17 +57,17 @@ R* ImportRecord(Document& into, R* source) {
 
 // What a kind's own data names in its drawing, mapped into the copy's.
 void ImportKindRecords(Document& into, Entity* copy) {
-  if (auto* t = dynamic_cast<Text*>(copy)) {
+  if (auto* t = As<Text>(copy)) {
     t->mutable_data().style = ImportRecord(into, t->mutable_data().style);
-  } else if (auto* d = dynamic_cast<AttributeDef*>(copy)) {
+  } else if (auto* d = As<AttributeDef>(copy)) {
     d->mutable_data().style = ImportRecord(into, d->mutable_data().style);
-  } else if (auto* r = dynamic_cast<AttributeRef*>(copy)) {
+  } else if (auto* r = As<AttributeRef>(copy)) {
     r->mutable_data().style = ImportRecord(into, r->mutable_data().style);
-  } else if (auto* m = dynamic_cast<MText*>(copy)) {
+  } else if (auto* m = As<MText>(copy)) {
     m->mutable_data().style = ImportRecord(into, m->mutable_data().style);
-  } else if (auto* dim = dynamic_cast<Dimension*>(copy)) {
+  } else if (auto* dim = As<Dimension>(copy)) {
     dim->mutable_data().style = ImportRecord(into, dim->mutable_data().style);
-  } else if (auto* ref = dynamic_cast<BlockRef*>(copy)) {
+  } else if (auto* ref = As<BlockRef>(copy)) {
     auto& data = ref->mutable_data();
     if (data.block) data.block = ImportBlock(into, data.block);
     if (data.dynamic_source) data.dynamic_source = ImportBlock(into, data.dynamic_source);

@@ -35,7 +35,7 @@ std::vector<Entity*> Sources(Document& doc, const Variant& objects) {
   std::vector<Entity*> sources;
   const DbObject* owner = nullptr;
   for (const ObjectRef& o : ObjectsArg(objects, {"Objects", kMember})) {
-    auto* e = dynamic_cast<Entity*>(o.get());
+    auto* e = AsEntity(o.get());
     if (!e || e->erased() || e->document() != &doc || !e->block()) {
       throw InvalidArgument("Objects", kMember);
     }

@@ -240,7 +240,7 @@ bool Document::LayerInUse(const LayerRecord* layer) const {
   for (const BlockRecord* block : blocks_.items) {
     for (const Entity* e : block->entities()) {
       if (e->props().layer == layer) return true;
-      if (const auto* ref = dynamic_cast<const BlockRef*>(e)) {
+      if (const auto* ref = As<BlockRef>(e)) {
         for (const AttributeRef* att : ref->attributes()) {
           if (!att->erased() && att->props().layer == layer) return true;
         }
@@ -253,7 +253,7 @@ bool Document::LayerInUse(const LayerRecord* layer) const {
 bool Document::BlockReferenced(const BlockRecord* block) const {
   for (const BlockRecord* b : blocks_.items) {
     for (const Entity* e : b->entities()) {
-      const auto* ref = dynamic_cast<const BlockRef*>(e);
+      const auto* ref = As<BlockRef>(e);
       if (ref && ref->data().block == block) return true;
     }
   }

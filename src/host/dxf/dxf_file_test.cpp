@@ -66,7 +66,7 @@ TEST(DxfDrawingRead, RepairsWhatAnAuditRepairsAndListsIt) {
                                "r.dxf");
   ASSERT_EQ(Repairs(*doc).size(), 1u);
   EXPECT_EQ(Repairs(*doc)[0], "layer \"WALLS\" used but not in the LAYER table: added");
-  auto* line = dynamic_cast<Line*>(doc->FindByHandle(0x30));
+  auto* line = As<Line>(doc->FindByHandle(0x30));
   ASSERT_NE(line, nullptr);
   EXPECT_EQ(line->props().layer->Name(), "WALLS");
   EXPECT_EQ(line->data().end.y, 6.0);
@@ -110,7 +110,7 @@ TEST(DxfDrawingRead, NamesMatchTheirTableEntriesWhateverTheCaseOfNonAsciiLetters
                                "2\n\xCE\x91\xCE\x92\n10\n0\n20\n0\n30\n0\n0\nENDSEC\n0\nEOF\n",
                                "n.dxf");
   EXPECT_TRUE(Repairs(*doc).empty());
-  auto* insert = dynamic_cast<BlockRef*>(doc->FindByHandle(0x40));
+  auto* insert = As<BlockRef>(doc->FindByHandle(0x40));
   ASSERT_NE(insert, nullptr);
   EXPECT_EQ(insert->props().layer->Name(), "\xD1\x81\xD1\x82\xD0\xB5\xD0\xBD\xD1\x8B");  // "стены"
   ASSERT_NE(insert->data().block, nullptr);
@@ -124,7 +124,7 @@ TEST(DxfDrawingRead, MapsOcsGeometryAndDegreesToTheLiveObject) {
                                "0\nSECTION\n2\nENTITIES\n0\nARC\n5\n31\n8\n0\n10\n3\n20\n4\n30\n0\n"
                                "40\n2\n50\n90\n51\n180\n210\n0\n220\n0\n230\n-1\n0\nENDSEC\n0\nEOF\n",
                                "a.dxf");
-  auto* arc = dynamic_cast<Arc*>(doc->FindByHandle(0x31));
+  auto* arc = As<Arc>(doc->FindByHandle(0x31));
   ASSERT_NE(arc, nullptr);
   EXPECT_DOUBLE_EQ(arc->data().center.x, -3.0);
   EXPECT_DOUBLE_EQ(arc->data().center.y, 4.0);

@@ -216,7 +216,7 @@ const MemberTable<BlockRef>& BlockRef::Members() {
     t.Property("IsDynamicBlock", [](K& s, CallArgs&) { return Variant(s.IsDynamic()); });
     t.Property("HasAttributes", [](K& s, CallArgs&) {
       for (const Entity* e : s.data().block->entities()) {
-        if (!e->erased() && dynamic_cast<const AttributeDef*>(e)) return Variant(true);
+        if (!e->erased() && As<AttributeDef>(e)) return Variant(true);
       }
       return Variant(false);
     });
@@ -230,7 +230,7 @@ const MemberTable<BlockRef>& BlockRef::Members() {
     t.Method("GetConstantAttributes", [](K& s, CallArgs&) {
       std::vector<ObjectRef> out;
       for (Entity* e : s.data().block->entities()) {
-        auto* def = dynamic_cast<AttributeDef*>(e);
+        auto* def = As<AttributeDef>(e);
         if (def && !def->erased() && (def->data().mode & kAttConstant)) {
           out.push_back(s.document()->Ref(def));
         }

@@ -10,6 +10,7 @@
 
 #include "host/core/color.h"
 #include "host/core/db_object.h"
+#include "host/entities/kind.h"
 
 namespace tovik::host {
 
@@ -40,6 +41,8 @@ struct EntityBase {
 class Entity : public DbObject {
  public:
   bool IsEntity() const override { return true; }
+  // Which of the modelled kinds this entity is.
+  virtual EntityKind Kind() const = 0;
   // Refuses changes while the entity's layer is locked.
   void CheckWritable() const override;
   // Takes the entity out of its block and flags it erased.
@@ -70,6 +73,32 @@ class Entity : public DbObject {
   EntityProps props_;
   bool highlighted_ = false;
 };
+
+// `object` as kind K, or nullptr when it is another kind or no entity.
+template <class K>
+const K* As(const DbObject* object) {
+  if (object == nullptr || !object->IsEntity()) return nullptr;
+  const auto* entity = static_cast<const Entity*>(object);
+  return entity->Kind() == K::kKind ? static_cast<const K*>(entity) : nullptr;
+}
+template <class K>
+K* As(DbObject* object) {
+  return const_cast<K*>(As<K>(static_cast<const DbObject*>(object)));
+}
+// `object` as an entity, or nullptr.
+inline const Entity* AsEntity(const DbObject* object) {
+  return object != nullptr && object->IsEntity() ? static_cast<const Entity*>(object) : nullptr;
+}
+inline Entity* AsEntity(DbObject* object) {
+  return object != nullptr && object->IsEntity() ? static_cast<Entity*>(object) : nullptr;
+}
+// The same for an automation object handed in by a caller (a host object
+// or any other dispatch object).
+template <class K>
+K* As(Dispatch* object) {
+  return As<K>(dynamic_cast<DbObject*>(object));
+}
+inline Entity* AsEntity(Dispatch* object) { return AsEntity(dynamic_cast<DbObject*>(object)); }
 
 // Kind K's copy of `source` appended to `block`: same data, properties and
 // extended data, new identity.

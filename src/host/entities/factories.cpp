@@ -42,7 +42,7 @@ double PositiveRadius(const Variant& v, std::string_view member) {
 bool Contains(const BlockRecord* target, const BlockRecord* block) {
   if (target == block) return true;
   for (const Entity* e : target->entities()) {
-    const auto* ref = dynamic_cast<const BlockRef*>(e);
+    const auto* ref = As<BlockRef>(e);
     if (ref && !ref->erased() && Contains(ref->data().block, block)) return true;
   }
   return false;
@@ -80,7 +80,7 @@ Variant InsertBlock(BlockRecord& s, CallArgs& a) {
   Finish(s, ref);
   // One attribute reference per non-constant definition, in order.
   for (const Entity* e : block->entities()) {
-    const auto* def = dynamic_cast<const AttributeDef*>(e);
+    const auto* def = As<AttributeDef>(e);
     if (!def || def->erased() || (def->data().mode & kAttConstant)) continue;
     auto* att = doc->Create<AttributeRef>();
     doc->InitEntity(att);

@@ -13,32 +13,11 @@ namespace tovik::host {
 
 using geometry::Vec3;
 
-namespace {
-
-struct GenericNames {
-  std::string_view type_name, object_name;
-};
-constexpr GenericNames kGenericNames[] = {
-    {"IAcadPolyline", "AcDb2dPolyline"},      {"IAcad3DPolyline", "AcDb3dPolyline"},
-    {"IAcadSpline", "AcDbSpline"},            {"IAcadRay", "AcDbRay"},
-    {"IAcadXline", "AcDbXline"},              {"IAcadPViewport", "AcDbViewport"},
-    {"IAcadRegion", "AcDbRegion"},            {"IAcadSolid", "AcDbSolid"},
-    {"IAcad3DSolid", "AcDb3dSolid"},          {"IAcadTrace", "AcDbTrace"},
-    {"IAcad3DFace", "AcDbFace"},              {"IAcadLeader", "AcDbLeader"},
-    {"IAcadMLeader", "AcDbMLeader"},          {"IAcadTable", "AcDbTable"},
-    {"IAcadPolyfaceMesh", "AcDbPolyFaceMesh"}, {"IAcadPolygonMesh", "AcDbPolygonMesh"},
-    {"IAcadEntity", "AcDbBody"},              {"IAcadMLine", "AcDbMline"},
-    {"IAcadTolerance", "AcDbFcf"},            {"IAcadShape", "AcDbShape"},
-    {"IAcadOle", "AcDbOle2Frame"},            {"IAcadEntity", "AcDbEntity"},
-};
-
-}  // namespace
-
 std::string_view GenericEntity::TypeName() const {
-  return kGenericNames[static_cast<size_t>(data_.kind)].type_name;
+  return InfoOf(data_.kind).type_name;
 }
 std::string_view GenericEntity::ObjectName() const {
-  return kGenericNames[static_cast<size_t>(data_.kind)].object_name;
+  return InfoOf(data_.kind).object_name;
 }
 
 const MemberTable<GenericEntity>& GenericEntity::Members() {

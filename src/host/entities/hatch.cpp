@@ -30,22 +30,22 @@ std::vector<Piece> PiecesOf(const std::vector<ObjectRef>& objects, Document* doc
                             std::string_view member) {
   std::vector<Piece> pieces;
   for (const ObjectRef& o : objects) {
-    auto* e = dynamic_cast<Entity*>(o.get());
+    auto* e = AsEntity(o.get());
     if (!e || e->erased() || e->document() != doc) throw InvalidArgument("ObjectArray", member);
     Piece p;
-    if (auto* line = dynamic_cast<Line*>(e)) {
+    if (auto* line = As<Line>(e)) {
       p.run = {{geometry::Xy(line->data().start), 0}, {geometry::Xy(line->data().end), 0}};
-    } else if (auto* arc = dynamic_cast<Arc*>(e)) {
+    } else if (auto* arc = As<Arc>(e)) {
       const auto& d = arc->data();
       geometry::Arc g{d.center, d.radius, d.normal, d.start_angle, d.end_angle};
       double sweep = geometry::NormalizeAngle(d.end_angle - d.start_angle);
       p.run = {{geometry::Xy(*geometry::StartPoint(g)), std::tan(sweep / 4)},
                {geometry::Xy(*geometry::EndPoint(g)), 0}};
-    } else if (auto* circle = dynamic_cast<Circle*>(e)) {
+    } else if (auto* circle = As<Circle>(e)) {
       Vec2 c = geometry::Xy(circle->data().center);
       double r = circle->data().radius;
       p.run = {{{c.x + r, c.y}, 1}, {{c.x - r, c.y}, 1}, {{c.x + r, c.y}, 0}};
-    } else if (auto* pl = dynamic_cast<LwPolyline*>(e)) {
+    } else if (auto* pl = As<LwPolyline>(e)) {
       for (const auto& v : pl->data().vertices) p.run.push_back({v.point, v.bulge});
       if (pl->data().closed && !p.run.empty()) p.run.push_back({p.run.front().first, 0});
     } else {

@@ -23,11 +23,13 @@ class DimStyleRecord;
 inline constexpr geometry::Vec3 kZAxis{0, 0, 1};
 
 // Declares the typed-data plumbing every kind shares.
-#define TOVIK_HOST_ENTITY_KIND(Kind, type_name, object_name)                   \
+#define TOVIK_HOST_ENTITY_KIND(Class, kind_value, type_name, object_name)       \
  public:                                                                       \
+  static constexpr EntityKind kKind = EntityKind::kind_value;                  \
+  EntityKind Kind() const override { return kKind; }                           \
   std::string_view TypeName() const override { return type_name; }             \
   std::string_view ObjectName() const override { return object_name; }         \
-  static const MemberTable<Kind>& Members();                                   \
+  static const MemberTable<Class>& Members();                                   \
   const Data& data() const { return data_; }                                   \
   Data& mutable_data() { return data_; }                                       \
   Entity* CloneInto(BlockRecord* block) const override {                       \
@@ -46,7 +48,7 @@ class Line final : public HostObject<Line, Entity> {
     geometry::Vec3 normal = kZAxis;
     double thickness = 0;
   };
-  TOVIK_HOST_ENTITY_KIND(Line, "IAcadLine", "AcDbLine")
+  TOVIK_HOST_ENTITY_KIND(Line, kLine, "IAcadLine", "AcDbLine")
 };
 
 class Circle final : public HostObject<Circle, Entity> {
@@ -57,7 +59,7 @@ class Circle final : public HostObject<Circle, Entity> {
     geometry::Vec3 normal = kZAxis;
     double thickness = 0;
   };
-  TOVIK_HOST_ENTITY_KIND(Circle, "IAcadCircle", "AcDbCircle")
+  TOVIK_HOST_ENTITY_KIND(Circle, kCircle, "IAcadCircle", "AcDbCircle")
 };
 
 class Arc final : public HostObject<Arc, Entity> {
@@ -70,7 +72,7 @@ class Arc final : public HostObject<Arc, Entity> {
     geometry::Vec3 normal = kZAxis;
     double thickness = 0;
   };
-  TOVIK_HOST_ENTITY_KIND(Arc, "IAcadArc", "AcDbArc")
+  TOVIK_HOST_ENTITY_KIND(Arc, kArc, "IAcadArc", "AcDbArc")
 };
 
 class Ellipse final : public HostObject<Ellipse, Entity> {
@@ -83,7 +85,7 @@ class Ellipse final : public HostObject<Ellipse, Entity> {
     double start_param = 0;  // DXF 41
     double end_param = geometry::kTwoPi;  // DXF 42
   };
-  TOVIK_HOST_ENTITY_KIND(Ellipse, "IAcadEllipse", "AcDbEllipse")
+  TOVIK_HOST_ENTITY_KIND(Ellipse, kEllipse, "IAcadEllipse", "AcDbEllipse")
 };
 
 class LwPolyline final : public HostObject<LwPolyline, Entity> {
@@ -103,7 +105,7 @@ class LwPolyline final : public HostObject<LwPolyline, Entity> {
     double thickness = 0;
     geometry::Vec3 normal = kZAxis;
   };
-  TOVIK_HOST_ENTITY_KIND(LwPolyline, "IAcadLWPolyline", "AcDbPolyline")
+  TOVIK_HOST_ENTITY_KIND(LwPolyline, kLwPolyline, "IAcadLWPolyline", "AcDbPolyline")
 };
 
 class PointEntity final : public HostObject<PointEntity, Entity> {
@@ -113,7 +115,7 @@ class PointEntity final : public HostObject<PointEntity, Entity> {
     geometry::Vec3 normal = kZAxis;
     double thickness = 0;
   };
-  TOVIK_HOST_ENTITY_KIND(PointEntity, "IAcadPoint", "AcDbPoint")
+  TOVIK_HOST_ENTITY_KIND(PointEntity, kPoint, "IAcadPoint", "AcDbPoint")
 };
 
 // What single-line text, attribute definitions and references share.
@@ -136,7 +138,7 @@ struct TextData {
 class Text final : public HostObject<Text, Entity> {
  public:
   using Data = TextData;
-  TOVIK_HOST_ENTITY_KIND(Text, "IAcadText", "AcDbText")
+  TOVIK_HOST_ENTITY_KIND(Text, kText, "IAcadText", "AcDbText")
 };
 
 // Attribute mode bits.
@@ -154,7 +156,7 @@ class AttributeDef final : public HostObject<AttributeDef, Entity> {
     std::string prompt;
     int32_t mode = 0;
   };
-  TOVIK_HOST_ENTITY_KIND(AttributeDef, "IAcadAttribute", "AcDbAttributeDefinition")
+  TOVIK_HOST_ENTITY_KIND(AttributeDef, kAttributeDef, "IAcadAttribute", "AcDbAttributeDefinition")
 };
 
 class AttributeRef final : public HostObject<AttributeRef, Entity> {
@@ -163,7 +165,7 @@ class AttributeRef final : public HostObject<AttributeRef, Entity> {
     std::string tag;
     int32_t mode = 0;
   };
-  TOVIK_HOST_ENTITY_KIND(AttributeRef, "IAcadAttributeReference", "AcDbAttribute")
+  TOVIK_HOST_ENTITY_KIND(AttributeRef, kAttributeRef, "IAcadAttributeReference", "AcDbAttribute")
   // An attribute reference is deleted with its block reference only.
   void Delete() override;
 };
@@ -182,7 +184,7 @@ class MText final : public HostObject<MText, Entity> {
     double line_spacing_factor = 1;
     TextStyleRecord* style = nullptr;
   };
-  TOVIK_HOST_ENTITY_KIND(MText, "IAcadMText", "AcDbMText")
+  TOVIK_HOST_ENTITY_KIND(MText, kMText, "IAcadMText", "AcDbMText")
 };
 
 class BlockRef final : public HostObject<BlockRef, Entity> {
@@ -205,6 +207,8 @@ class BlockRef final : public HostObject<BlockRef, Entity> {
     double column_spacing = 0;
     double row_spacing = 0;
   };
+  static constexpr EntityKind kKind = EntityKind::kBlockRef;
+  EntityKind Kind() const override { return kKind; }
   std::string_view TypeName() const override;
   std::string_view ObjectName() const override;
   static const MemberTable<BlockRef>& Members();
@@ -253,7 +257,7 @@ class Hatch final : public HostObject<Hatch, Entity> {
     std::vector<HatchLoop> loops;
     int32_t hatch_style = 0;
   };
-  TOVIK_HOST_ENTITY_KIND(Hatch, "IAcadHatch", "AcDbHatch")
+  TOVIK_HOST_ENTITY_KIND(Hatch, kHatch, "IAcadHatch", "AcDbHatch")
 };
 
 // The dimension kinds and their type names.
@@ -276,6 +280,8 @@ class Dimension final : public HostObject<Dimension, Entity> {
     geometry::Vec3 normal = kZAxis;
     BlockRecord* block = nullptr;  // the "*D" picture, if any
   };
+  static constexpr EntityKind kKind = EntityKind::kDimension;
+  EntityKind Kind() const override { return kKind; }
   std::string_view TypeName() const override;
   std::string_view ObjectName() const override;
   static const MemberTable<Dimension>& Members();
@@ -306,23 +312,18 @@ struct ImageData {
 class Wipeout final : public HostObject<Wipeout, Entity> {
  public:
   using Data = ImageData;
-  TOVIK_HOST_ENTITY_KIND(Wipeout, "IAcadWipeout", "AcDbWipeout")
+  TOVIK_HOST_ENTITY_KIND(Wipeout, kWipeout, "IAcadWipeout", "AcDbWipeout")
 };
 
 class RasterImage final : public HostObject<RasterImage, Entity> {
  public:
   using Data = ImageData;
-  TOVIK_HOST_ENTITY_KIND(RasterImage, "IAcadRasterImage", "AcDbRasterImage")
+  TOVIK_HOST_ENTITY_KIND(RasterImage, kRasterImage, "IAcadRasterImage", "AcDbRasterImage")
 };
 
 // The kinds kept whole without a model of their own geometry beyond
 // points: old-style polylines, splines, rays, construction lines,
-// viewports, regions, solids...
-enum class GenericKind : uint8_t {
-  kPolyline2d, kPolyline3d, kSpline, kRay, kXLine, kViewport, kRegion,
-  kSolid2d, kSolid3d, kTrace, kFace3d, kLeader, kMLeader, kTable, kPolyfaceMesh,
-  kPolygonMesh, kBody, kMLine, kTolerance, kShape, kOle, kUnknown,
-};
+// viewports, regions, solids... (GenericKind, in kind.h).
 
 class GenericEntity final : public HostObject<GenericEntity, Entity> {
  public:
@@ -338,6 +339,8 @@ class GenericEntity final : public HostObject<GenericEntity, Entity> {
     double thickness = 0;
     double elevation = 0;
   };
+  static constexpr EntityKind kKind = EntityKind::kGeneric;
+  EntityKind Kind() const override { return kKind; }
   std::string_view TypeName() const override;
   std::string_view ObjectName() const override;
   static const MemberTable<GenericEntity>& Members();

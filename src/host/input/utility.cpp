@@ -53,7 +53,7 @@ Variant GetSubEntity(Utility& s, CallArgs& a) {
     return out;
   };
   for (const auto& container : input.containers) {
-    auto* ref = dynamic_cast<BlockRef*>(container.get());
+    auto* ref = As<BlockRef>(container.get());
     if (!ref) continue;
     const auto& d = ref->data();
     double c = std::cos(d.rotation), sn = std::sin(d.rotation);

@@ -15,38 +15,10 @@ namespace {
 
 constexpr double kDegrees = 180.0 / std::numbers::pi;
 
-std::string_view GenericDxfName(const GenericEntity::Data& d) {
-  if (!d.dxf_name.empty()) return d.dxf_name;
-  switch (d.kind) {
-    case GenericKind::kPolyline2d:
-    case GenericKind::kPolyline3d:
-    case GenericKind::kPolyfaceMesh:
-    case GenericKind::kPolygonMesh: return "POLYLINE";
-    case GenericKind::kSpline: return "SPLINE";
-    case GenericKind::kRay: return "RAY";
-    case GenericKind::kXLine: return "XLINE";
-    case GenericKind::kViewport: return "VIEWPORT";
-    case GenericKind::kRegion: return "REGION";
-    case GenericKind::kSolid2d: return "SOLID";
-    case GenericKind::kSolid3d: return "3DSOLID";
-    case GenericKind::kTrace: return "TRACE";
-    case GenericKind::kFace3d: return "3DFACE";
-    case GenericKind::kLeader: return "LEADER";
-    case GenericKind::kMLeader: return "MULTILEADER";
-    case GenericKind::kTable: return "ACAD_TABLE";
-    case GenericKind::kBody: return "BODY";
-    case GenericKind::kMLine: return "MLINE";
-    case GenericKind::kTolerance: return "TOLERANCE";
-    case GenericKind::kShape: return "SHAPE";
-    case GenericKind::kOle: return "OLE2FRAME";
-    default: return "";
-  }
-}
-
 const TextData* TextOf(const Entity& e) {
-  if (const auto* t = dynamic_cast<const Text*>(&e)) return &t->data();
-  if (const auto* a = dynamic_cast<const AttributeDef*>(&e)) return &a->data();
-  if (const auto* r = dynamic_cast<const AttributeRef*>(&e)) return &r->data();
+  if (const auto* t = As<Text>(&e)) return &t->data();
+  if (const auto* a = As<AttributeDef>(&e)) return &a->data();
+  if (const auto* r = As<AttributeRef>(&e)) return &r->data();
   return nullptr;
 }
 
@@ -54,56 +26,56 @@ const TextData* TextOf(const Entity& e) {
 // its reference).
 const BlockRecord* SpaceOf(const Entity& e) {
   const DbObject* owner = e.owner();
-  if (const auto* ref = dynamic_cast<const Entity*>(owner)) owner = ref->owner();
+  if (const auto* ref = AsEntity(owner)) owner = ref->owner();
   return dynamic_cast<const BlockRecord*>(owner);
 }
 
 void KindValues(const Entity& e, int code, std::vector<FilterValue>* out) {
   using V = FilterValue;
-  if (const auto* l = dynamic_cast<const Line*>(&e)) {
+  if (const auto* l = As<Line>(&e)) {
     if (code == 10) out->push_back(V::Point(l->data().start));
     if (code == 11) out->push_back(V::Point(l->data().end));
     if (code == 39) out->push_back(V::Number(l->data().thickness));
     if (code == 210) out->push_back(V::Point(l->data().normal));
-  } else if (const auto* c = dynamic_cast<const Circle*>(&e)) {
+  } else if (const auto* c = As<Circle>(&e)) {
     if (code == 10) out->push_back(V::Point(c->data().center));
     if (code == 40) out->push_back(V::Number(c->data().radius));
     if (code == 210) out->push_back(V::Point(c->data().normal));
-  } else if (const auto* a = dynamic_cast<const host::Arc*>(&e)) {
+  } else if (const auto* a = As<host::Arc>(&e)) {
     if (code == 10) out->push_back(V::Point(a->data().center));
     if (code == 40) out->push_back(V::Number(a->data().radius));
     if (code == 50) out->push_back(V::Number(a->data().start_angle * kDegrees));
     if (code == 51) out->push_back(V::Number(a->data().end_angle * kDegrees));
     if (code == 210) out->push_back(V::Point(a->data().normal));
-  } else if (const auto* el = dynamic_cast<const host::Ellipse*>(&e)) {
+  } else if (const auto* el = As<host::Ellipse>(&e)) {
     if (code == 10) out->push_back(V::Point(el->data().center));
     if (code == 11) out->push_back(V::Point(el->data().major_axis));
     if (code == 40) out->push_back(V::Number(el->data().radius_ratio));
-  } else if (const auto* pl = dynamic_cast<const LwPolyline*>(&e)) {
+  } else if (const auto* pl = As<LwPolyline>(&e)) {
     const auto& d = pl->data();
     if (code == 70) out->push_back(V::Number((d.closed ? 1 : 0) | (d.plinegen ? 128 : 0)));
     if (code == 90) out->push_back(V::Number(double(d.vertices.size())));
     if (code == 38) out->push_back(V::Number(d.elevation));
     if (code == 210) out->push_back(V::Point(d.normal));
-  } else if (const auto* p = dynamic_cast<const PointEntity*>(&e)) {
+  } else if (const auto* p = As<PointEntity>(&e)) {
     if (code == 10) out->push_back(V::Point(p->data().position));
   } else if (const TextData* t = TextOf(e)) {
     if (code == 1) out->push_back(V::Text(t->text));
     if (code == 2) {
-      if (const auto* ad = dynamic_cast<const AttributeDef*>(&e)) out->push_back(V::Text(ad->data().tag));
-      if (const auto* ar = dynamic_cast<const AttributeRef*>(&e)) out->push_back(V::Text(ar->data().tag));
+      if (const auto* ad = As<AttributeDef>(&e)) out->push_back(V::Text(ad->data().tag));
+      if (const auto* ar = As<AttributeRef>(&e)) out->push_back(V::Text(ar->data().tag));
     }
     if (code == 7 && t->style) out->push_back(V::Text(t->style->Name()));
     if (code == 10) out->push_back(V::Point(t->insertion));
     if (code == 11) out->push_back(V::Point(t->alignment));
     if (code == 40) out->push_back(V::Number(t->height));
     if (code == 50) out->push_back(V::Number(t->rotation * kDegrees));
-  } else if (const auto* mt = dynamic_cast<const MText*>(&e)) {
+  } else if (const auto* mt = As<MText>(&e)) {
     if (code == 1) out->push_back(V::Text(mt->data().text));
     if (code == 7 && mt->data().style) out->push_back(V::Text(mt->data().style->Name()));
     if (code == 10) out->push_back(V::Point(mt->data().insertion));
     if (code == 40) out->push_back(V::Number(mt->data().height));
-  } else if (const auto* br = dynamic_cast<const BlockRef*>(&e)) {
+  } else if (const auto* br = As<BlockRef>(&e)) {
     const auto& d = br->data();
     if (code == 2 && d.block) out->push_back(V::Text(d.block->Name()));
     if (code == 10) out->push_back(V::Point(d.insertion));
@@ -111,35 +83,15 @@ void KindValues(const Entity& e, int code, std::vector<FilterValue>* out) {
     if (code == 50) out->push_back(V::Number(d.rotation * kDegrees));
     if (code == 66) out->push_back(V::Number(br->attributes().empty() ? 0 : 1));
     if (code == 210) out->push_back(V::Point(d.normal));
-  } else if (const auto* h = dynamic_cast<const Hatch*>(&e)) {
+  } else if (const auto* h = As<Hatch>(&e)) {
     if (code == 2) out->push_back(V::Text(h->data().pattern_name));
-  } else if (const auto* dim = dynamic_cast<const Dimension*>(&e)) {
+  } else if (const auto* dim = As<Dimension>(&e)) {
     if (code == 2 && dim->data().block) out->push_back(V::Text(dim->data().block->Name()));
     if (code == 1) out->push_back(V::Text(dim->data().text_override));
   }
 }
 
 }  // namespace
-
-std::string_view DxfNameOf(const Entity& e) {
-  if (dynamic_cast<const Line*>(&e)) return "LINE";
-  if (dynamic_cast<const Circle*>(&e)) return "CIRCLE";
-  if (dynamic_cast<const host::Arc*>(&e)) return "ARC";
-  if (dynamic_cast<const host::Ellipse*>(&e)) return "ELLIPSE";
-  if (dynamic_cast<const LwPolyline*>(&e)) return "LWPOLYLINE";
-  if (dynamic_cast<const PointEntity*>(&e)) return "POINT";
-  if (dynamic_cast<const Text*>(&e)) return "TEXT";
-  if (dynamic_cast<const AttributeDef*>(&e)) return "ATTDEF";
-  if (dynamic_cast<const AttributeRef*>(&e)) return "ATTRIB";
-  if (dynamic_cast<const MText*>(&e)) return "MTEXT";
-  if (dynamic_cast<const BlockRef*>(&e)) return "INSERT";
-  if (dynamic_cast<const Hatch*>(&e)) return "HATCH";
-  if (dynamic_cast<const Dimension*>(&e)) return "DIMENSION";
-  if (dynamic_cast<const Wipeout*>(&e)) return "WIPEOUT";
-  if (dynamic_cast<const RasterImage*>(&e)) return "IMAGE";
-  if (const auto* g = dynamic_cast<const GenericEntity*>(&e)) return GenericDxfName(g->data());
-  return "";
-}
 
 void EntityFilterSubject::ValuesOf(int code, std::vector<FilterValue>* out) const {
   using V = FilterValue;

@@ -11,8 +11,6 @@ namespace tovik::host {
 
 class Entity;
 
-// The DXF entity type name ("LINE", "INSERT", "ATTRIB"...).
-std::string_view DxfNameOf(const Entity& entity);
 
 // Answers codes 0 (type), 1 (text), 2 (block or pattern name), 6 (an
 // explicitly set linetype only), 7 (text style), 8 (layer), 10/11 (the

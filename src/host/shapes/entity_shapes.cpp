@@ -261,34 +261,34 @@ void AppendPrimitives(const Entity& entity, const Matrix4* place, std::vector<Pr
                       int depth) {
   if (depth > kMaxBlockNesting) return;
   Sink sink(place, out);
-  if (const auto* l = dynamic_cast<const Line*>(&entity)) {
+  if (const auto* l = As<Line>(&entity)) {
     const auto& d = l->data();
     sink.AddThick(Curve(Linear{d.start, d.end}), d.normal, d.thickness);
-  } else if (const auto* c = dynamic_cast<const Circle*>(&entity)) {
+  } else if (const auto* c = As<Circle>(&entity)) {
     const auto& d = c->data();
     sink.AddThick(Curve(GArc::Circle(d.center, d.radius, d.normal)), d.normal, d.thickness);
-  } else if (const auto* a = dynamic_cast<const host::Arc*>(&entity)) {
+  } else if (const auto* a = As<host::Arc>(&entity)) {
     const auto& d = a->data();
     sink.AddThick(Curve(GArc{d.center, d.radius, d.normal, d.start_angle, d.end_angle}), d.normal,
                   d.thickness);
-  } else if (const auto* e = dynamic_cast<const host::Ellipse*>(&entity)) {
+  } else if (const auto* e = As<host::Ellipse>(&entity)) {
     const auto& d = e->data();
     sink.Add(Curve(geometry::Ellipse{d.center, d.major_axis, d.radius_ratio, d.normal,
                                      d.start_param, d.end_param}));
-  } else if (const auto* pl = dynamic_cast<const LwPolyline*>(&entity)) {
+  } else if (const auto* pl = As<LwPolyline>(&entity)) {
     const auto& d = pl->data();
     AddPolyline(sink, LwVertices(d), d.closed, d.normal, d.elevation, d.thickness);
-  } else if (const auto* pt = dynamic_cast<const PointEntity*>(&entity)) {
+  } else if (const auto* pt = As<PointEntity>(&entity)) {
     sink.Add(pt->data().position);
-  } else if (const auto* t = dynamic_cast<const Text*>(&entity)) {
+  } else if (const auto* t = As<Text>(&entity)) {
     if (auto box = TextBox(t->data(), t->data().text)) sink.Add(Outline{*box});
-  } else if (const auto* ad = dynamic_cast<const AttributeDef*>(&entity)) {
+  } else if (const auto* ad = As<AttributeDef>(&entity)) {
     if (auto box = TextBox(ad->data(), ad->data().tag)) sink.Add(Outline{*box});
-  } else if (const auto* ar = dynamic_cast<const AttributeRef*>(&entity)) {
+  } else if (const auto* ar = As<AttributeRef>(&entity)) {
     if (auto box = TextBox(ar->data(), ar->data().text)) sink.Add(Outline{*box});
-  } else if (const auto* mt = dynamic_cast<const MText*>(&entity)) {
+  } else if (const auto* mt = As<MText>(&entity)) {
     AddMText(sink, mt->data());
-  } else if (const auto* br = dynamic_cast<const BlockRef*>(&entity)) {
+  } else if (const auto* br = As<BlockRef>(&entity)) {
     const auto& d = br->data();
     if (d.block) {
       const int columns = std::max(1, d.columns), rows = std::max(1, d.rows);
@@ -302,7 +302,7 @@ void AppendPrimitives(const Entity& entity, const Matrix4* place, std::vector<Pr
           Matrix4 m = BlockRefCellMatrix(d, col, r);
           if (place) m = *place * m;
           for (const Entity* inner : d.block->entities()) {
-            if (inner->erased() || dynamic_cast<const AttributeDef*>(inner)) continue;
+            if (inner->erased() || As<AttributeDef>(inner)) continue;
             AppendPrimitives(*inner, &m, out, depth + 1);
           }
         }
@@ -312,7 +312,7 @@ void AppendPrimitives(const Entity& entity, const Matrix4* place, std::vector<Pr
       if (att->erased() || (att->data().mode & kAttInvisible)) continue;
       AppendPrimitives(*att, place, out, depth + 1);
     }
-  } else if (const auto* h = dynamic_cast<const Hatch*>(&entity)) {
+  } else if (const auto* h = As<Hatch>(&entity)) {
     const auto& d = h->data();
     for (const HatchLoop& loop : d.loops) {
       std::vector<BulgeVertex> v;
@@ -321,17 +321,17 @@ void AppendPrimitives(const Entity& entity, const Matrix4* place, std::vector<Pr
       }
       AddPolyline(sink, v, true, d.normal, d.elevation, 0);
     }
-  } else if (const auto* dim = dynamic_cast<const Dimension*>(&entity)) {
+  } else if (const auto* dim = As<Dimension>(&entity)) {
     AddDimension(sink, dim->data(), place, depth, out);
-  } else if (const auto* wo = dynamic_cast<const Wipeout*>(&entity)) {
+  } else if (const auto* wo = As<Wipeout>(&entity)) {
     const auto& d = wo->data();
     const Vec3 u = d.u * d.width_pixels, v = d.v * d.height_pixels;
     sink.Add(Outline{{d.origin, d.origin + u, d.origin + u + v, d.origin + v}});
-  } else if (const auto* ri = dynamic_cast<const RasterImage*>(&entity)) {
+  } else if (const auto* ri = As<RasterImage>(&entity)) {
     const auto& d = ri->data();
     const Vec3 u = d.u * d.width_pixels, v = d.v * d.height_pixels;
     sink.Add(Outline{{d.origin, d.origin + u, d.origin + u + v, d.origin + v}});
-  } else if (const auto* g = dynamic_cast<const GenericEntity*>(&entity)) {
+  } else if (const auto* g = As<GenericEntity>(&entity)) {
     AddGeneric(sink, g->data());
   }
 }

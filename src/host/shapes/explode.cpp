@@ -59,9 +59,9 @@ void ExplodePolyline(const Entity& source, std::span<const geometry::BulgeVertex
 // non-uniform m become ellipses.
 Entity* PlacedCopy(const Entity& inner, const Matrix4& m, BlockRecord* block, bool readable) {
   std::optional<geometry::Arc> arc;
-  if (const auto* c = dynamic_cast<const Circle*>(&inner)) {
+  if (const auto* c = As<Circle>(&inner)) {
     arc = geometry::Arc::Circle(c->data().center, c->data().radius, c->data().normal);
-  } else if (const auto* a = dynamic_cast<const host::Arc*>(&inner)) {
+  } else if (const auto* a = As<host::Arc>(&inner)) {
     const auto& d = a->data();
     arc = geometry::Arc{d.center, d.radius, d.normal, d.start_angle, d.end_angle};
   }
@@ -111,13 +111,13 @@ void ExplodeReference(const BlockRef& ref, std::vector<Entity*>* out) {
 std::vector<Entity*> ExplodeEntity(Entity& entity) {
   entity.CheckLive();
   std::vector<Entity*> out;
-  if (const auto* pl = dynamic_cast<const LwPolyline*>(&entity)) {
+  if (const auto* pl = As<LwPolyline>(&entity)) {
     const auto& d = pl->data();
     std::vector<geometry::BulgeVertex> v;
     for (const auto& x : d.vertices) v.push_back({x.point, x.bulge});
     if (!entity.block()) throw HostError(HostFailure::kNotApplicable);
     ExplodePolyline(entity, v, d.closed, d.normal, d.elevation, d.thickness, &out);
-  } else if (const auto* br = dynamic_cast<const BlockRef*>(&entity)) {
+  } else if (const auto* br = As<BlockRef>(&entity)) {
     // A part that cannot be placed (a nested reference the placing matrix
     // would shear) refuses the whole explode: the pieces made before it go.
     try {
@@ -126,7 +126,7 @@ std::vector<Entity*> ExplodeEntity(Entity& entity) {
       for (Entity* piece : out) piece->Erase();
       throw;
     }
-  } else if (const auto* g = dynamic_cast<const GenericEntity*>(&entity);
+  } else if (const auto* g = As<GenericEntity>(&entity);
              g && (g->data().kind == GenericKind::kPolyline2d ||
                    g->data().kind == GenericKind::kPolyline3d)) {
     const auto& d = g->data();

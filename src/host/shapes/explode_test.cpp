@@ -90,7 +90,7 @@ TEST_F(ExplodeTest, BlockReferencePiecesFollowMirrorScaleAndGrid) {
     ObjectRef stick = Block("STICK");
     CallMethod(stick, "AddLine", {Pt(0, 0), Pt(1, 0)});
     ObjectRef grid = Insert(ms, "STICK", {0, 10, 0}, {1, 1, 1}, 0);
-    auto& d = dynamic_cast<BlockRef*>(grid.get())->mutable_data();
+    auto& d = As<BlockRef>(grid.get())->mutable_data();
     d.columns = 2;
     d.column_spacing = 3;
     const auto pieces = Pieces(CallMethod(grid, "Explode"));

@@ -74,13 +74,13 @@ std::vector<geometry::BulgeVertex> Vertices(const LwPolyline::Data& d) {
 std::vector<Curve> IntersectionCurves(const Entity& e, bool extend) {
   std::vector<Curve> curves;
   bool whole_extends = false;  // every curve extends (lines, arcs, rays)
-  if (const auto* pl = dynamic_cast<const LwPolyline*>(&e)) {
+  if (const auto* pl = As<LwPolyline>(&e)) {
     const auto& d = pl->data();
     curves = PolylineCurves(Vertices(d), d.closed, d.normal, d.elevation);
     if (extend && !d.closed) ExtendEnds(&curves);
     return curves;
   }
-  if (const auto* g = dynamic_cast<const GenericEntity*>(&e);
+  if (const auto* g = As<GenericEntity>(&e);
       g && (g->data().kind == GenericKind::kPolyline2d || g->data().kind == GenericKind::kPolyline3d)) {
     std::vector<Primitive> prims;
     AppendPrimitives(e, nullptr, &prims);
@@ -90,7 +90,7 @@ std::vector<Curve> IntersectionCurves(const Entity& e, bool extend) {
     if (extend && !g->data().closed) ExtendEnds(&curves);
     return curves;
   }
-  if (dynamic_cast<const BlockRef*>(&e)) {
+  if (As<BlockRef>(&e)) {
     // The host intersects a block reference's box, not its contents.
     std::vector<Primitive> prims;
     AppendPrimitives(e, nullptr, &prims);
@@ -108,16 +108,16 @@ std::vector<Curve> IntersectionCurves(const Entity& e, bool extend) {
     }
     return curves;
   }
-  whole_extends = dynamic_cast<const Line*>(&e) || dynamic_cast<const host::Arc*>(&e) ||
-                  dynamic_cast<const host::Ellipse*>(&e) || dynamic_cast<const Circle*>(&e) ||
-                  dynamic_cast<const GenericEntity*>(&e);
+  whole_extends = As<Line>(&e) || As<host::Arc>(&e) ||
+                  As<host::Ellipse>(&e) || As<Circle>(&e) ||
+                  As<GenericEntity>(&e);
   std::vector<Primitive> prims;
   // Thickness does not take part: intersect the curve itself.
-  if (const auto* l = dynamic_cast<const Line*>(&e)) {
+  if (const auto* l = As<Line>(&e)) {
     prims.push_back(Curve(Linear{l->data().start, l->data().end}));
-  } else if (const auto* c = dynamic_cast<const Circle*>(&e)) {
+  } else if (const auto* c = As<Circle>(&e)) {
     prims.push_back(Curve(geometry::Arc::Circle(c->data().center, c->data().radius, c->data().normal)));
-  } else if (const auto* a = dynamic_cast<const host::Arc*>(&e)) {
+  } else if (const auto* a = As<host::Arc>(&e)) {
     const auto& d = a->data();
     prims.push_back(Curve(geometry::Arc{d.center, d.radius, d.normal, d.start_angle, d.end_angle}));
   } else {
@@ -140,7 +140,7 @@ std::vector<Curve> IntersectionCurves(const Entity& e, bool extend) {
 
 Entity& OtherEntity(const Variant& v) {
   ObjectRef o = ObjectArg(v, {"IntersectObject", "IntersectWith"});
-  auto* e = dynamic_cast<Entity*>(o.get());
+  auto* e = AsEntity(o.get());
   if (!e) throw InvalidArgument("IntersectObject", "IntersectWith");
   e->CheckLive();
   return *e;
@@ -218,7 +218,7 @@ Variant ScaleEntity(Entity& s, CallArgs& a) {
 Variant Mirror(Entity& s, CallArgs& a) {
   const Vec3 p1 = PointArg(a[0], {"Point1", kMirror});
   const Vec3 p2 = PointArg(a[1], {"Point2", kMirror});
-  if (dynamic_cast<AttributeRef*>(&s)) throw HostError(HostFailure::kNotApplicable);
+  if (As<AttributeRef>(&s)) throw HostError(HostFailure::kNotApplicable);
   Document& doc = *s.document();
   const Vec3 normal = geometry::Cross(p2 - p1, UcsZAxis(doc));
   const auto m = geometry::IsClose(p1, p2) ? std::nullopt : Matrix4::Mirror(p1, normal);

@@ -97,9 +97,9 @@ SpatialState::SpaceIndex& SpatialState::Fresh(BlockRecord* space) {
       if (rebuild_due_) break;
       if (dynamic_cast<BlockRecord*>(o)) {
         rebuild_due_ = true;  // an origin moved
-      } else if (auto* att = dynamic_cast<AttributeRef*>(o)) {
-        if (auto* ref = dynamic_cast<Entity*>(att->owner())) Measure(ref);
-      } else if (auto* e = dynamic_cast<Entity*>(o)) {
+      } else if (auto* att = As<AttributeRef>(o)) {
+        if (auto* ref = AsEntity(att->owner())) Measure(ref);
+      } else if (auto* e = AsEntity(o)) {
         Measure(e);
       }
     }
@@ -114,7 +114,7 @@ void SpatialState::QueryRect(BlockRecord* space, const Box2& rect, std::vector<E
   si.index.QueryRect(rect, &ids);
   ids.insert(ids.end(), si.unbounded.begin(), si.unbounded.end());
   for (uint64_t h : ids) {
-    if (auto* e = dynamic_cast<Entity*>(doc_->FindByHandle(h))) out->push_back(e);
+    if (auto* e = AsEntity(doc_->FindByHandle(h))) out->push_back(e);
   }
 }
 

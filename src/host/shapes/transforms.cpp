@@ -258,14 +258,14 @@ void TransformGeneric(GenericEntity::Data& d, const Matrix4& m) {
 }
 
 void TransformKind(Entity& e, const Matrix4& m, bool readable) {
-  if (auto* l = dynamic_cast<Line*>(&e)) {
+  if (auto* l = As<Line>(&e)) {
     auto& d = l->mutable_data();
     const Vec3 n2 = NewNormal(m, d.normal);
     d.thickness *= Dot(m.TransformVector(d.normal), n2);
     d.start = m.TransformPoint(d.start);
     d.end = m.TransformPoint(d.end);
     d.normal = n2;
-  } else if (auto* c = dynamic_cast<Circle*>(&e)) {
+  } else if (auto* c = As<Circle>(&e)) {
     auto& d = c->mutable_data();
     auto t = geometry::TransformArc(geometry::Arc::Circle(d.center, d.radius, d.normal), m);
     if (!t) Refuse();
@@ -273,20 +273,20 @@ void TransformKind(Entity& e, const Matrix4& m, bool readable) {
     d.center = t->center;
     d.radius = t->radius;
     d.normal = t->normal;
-  } else if (auto* a = dynamic_cast<host::Arc*>(&e)) {
+  } else if (auto* a = As<host::Arc>(&e)) {
     auto& d = a->mutable_data();
     auto t = geometry::TransformArc({d.center, d.radius, d.normal, d.start_angle, d.end_angle}, m);
     if (!t) Refuse();
     d.thickness *= Dot(m.TransformVector(d.normal), t->normal);
     d = {t->center, t->radius, geometry::NormalizeAngle(t->start_angle),
          geometry::NormalizeAngle(t->end_angle), t->normal, d.thickness};
-  } else if (auto* el = dynamic_cast<host::Ellipse*>(&e)) {
+  } else if (auto* el = As<host::Ellipse>(&e)) {
     auto& d = el->mutable_data();
     auto t = geometry::TransformEllipse(
         {d.center, d.major_axis, d.radius_ratio, d.normal, d.start_param, d.end_param}, m);
     if (!t) Refuse();
     d = {t->center, t->major_axis, t->normal, t->ratio, t->start_param, t->end_param};
-  } else if (auto* pl = dynamic_cast<LwPolyline*>(&e)) {
+  } else if (auto* pl = As<LwPolyline>(&e)) {
     auto& d = pl->mutable_data();
     std::vector<geometry::Vec2*> pts;
     std::vector<double*> bulges, widths{&d.constant_width};
@@ -299,17 +299,17 @@ void TransformKind(Entity& e, const Matrix4& m, bool readable) {
     const Vec3 old_normal = d.normal;
     TransformPolyline(pts, bulges, widths, &d.elevation, &d.normal, m);
     d.thickness *= Dot(m.TransformVector(old_normal), d.normal);
-  } else if (auto* pt = dynamic_cast<PointEntity*>(&e)) {
+  } else if (auto* pt = As<PointEntity>(&e)) {
     auto& d = pt->mutable_data();
     d.position = m.TransformPoint(d.position);
     d.normal = NewNormal(m, d.normal);
-  } else if (auto* t = dynamic_cast<Text*>(&e)) {
+  } else if (auto* t = As<Text>(&e)) {
     TransformText(t->mutable_data(), m, readable, t->data().text);
-  } else if (auto* ad = dynamic_cast<AttributeDef*>(&e)) {
+  } else if (auto* ad = As<AttributeDef>(&e)) {
     TransformText(ad->mutable_data(), m, readable, ad->data().tag);
-  } else if (auto* ar = dynamic_cast<AttributeRef*>(&e)) {
+  } else if (auto* ar = As<AttributeRef>(&e)) {
     TransformText(ar->mutable_data(), m, readable, ar->data().text);
-  } else if (auto* mt = dynamic_cast<MText*>(&e)) {
+  } else if (auto* mt = As<MText>(&e)) {
     auto& d = mt->mutable_data();
     const auto ax = geometry::ArbitraryAxis(d.normal);
     if (!ax) Refuse();
@@ -325,9 +325,9 @@ void TransformKind(Entity& e, const Matrix4& m, bool readable) {
     d.insertion = m.TransformPoint(d.insertion);
     d.normal = n2;
     d.rotation = AngleIn(n2, dir2);
-  } else if (auto* br = dynamic_cast<BlockRef*>(&e)) {
+  } else if (auto* br = As<BlockRef>(&e)) {
     TransformBlockRef(*br, m, readable);
-  } else if (auto* h = dynamic_cast<Hatch*>(&e)) {
+  } else if (auto* h = As<Hatch>(&e)) {
     auto& d = h->mutable_data();
     const Vec3 old_normal = d.normal;
     const Vec3 n2 = NewNormal(m, old_normal);
@@ -347,7 +347,7 @@ void TransformKind(Entity& e, const Matrix4& m, bool readable) {
     d.pattern_angle = AngleIn(n2, m.TransformVector(pattern_dir));
     d.pattern_scale *= LengthScale(m);
     d.normal = n2;
-  } else if (auto* dim = dynamic_cast<Dimension*>(&e)) {
+  } else if (auto* dim = As<Dimension>(&e)) {
     auto& d = dim->mutable_data();
     const auto ax = geometry::ArbitraryAxis(d.normal);
     if (!ax) Refuse();
@@ -361,17 +361,17 @@ void TransformKind(Entity& e, const Matrix4& m, bool readable) {
         if (!inner->erased()) TransformEntity(*inner, m, readable);
       }
     }
-  } else if (auto* wo = dynamic_cast<Wipeout*>(&e)) {
+  } else if (auto* wo = As<Wipeout>(&e)) {
     auto& d = wo->mutable_data();
     d.origin = m.TransformPoint(d.origin);
     d.u = m.TransformVector(d.u);
     d.v = m.TransformVector(d.v);
-  } else if (auto* ri = dynamic_cast<RasterImage*>(&e)) {
+  } else if (auto* ri = As<RasterImage>(&e)) {
     auto& d = ri->mutable_data();
     d.origin = m.TransformPoint(d.origin);
     d.u = m.TransformVector(d.u);
     d.v = m.TransformVector(d.v);
-  } else if (auto* g = dynamic_cast<GenericEntity*>(&e)) {
+  } else if (auto* g = As<GenericEntity>(&e)) {
     TransformGeneric(g->mutable_data(), m);
   }
 }

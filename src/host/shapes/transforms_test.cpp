@@ -537,7 +537,7 @@ TEST_F(TransformTest, MultipleInsertGridScalesAndMirrorsWithItsCells) {
   // Two columns 3 apart, one row: cells at (0,0) and (3,0); box (−0.5,−0.5)-(3.5,0.5).
   ObjectRef grid = CallMethod(ms, "InsertBlock", {Pt(0, 0), Variant("DOT"), Variant(1.0), Variant(1.0),
                                                   Variant(1.0), Variant(0.0)}).Object();
-  auto& d = dynamic_cast<BlockRef*>(grid.get())->mutable_data();
+  auto& d = As<BlockRef>(grid.get())->mutable_data();
   d.columns = 2;
   d.column_spacing = 3;
   ExpectBox(grid, {-0.5, -0.5, 0}, {3.5, 0.5, 0});

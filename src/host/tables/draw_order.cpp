@@ -48,7 +48,7 @@ std::vector<Entity*> EntitiesOf(const SortentsTable& s, const Variant& v,
                                 std::string_view member) {
   std::vector<Entity*> out;
   for (const ObjectRef& o : ObjectsArg(v, {"Objects", member})) {
-    auto* e = dynamic_cast<Entity*>(o.get());
+    auto* e = AsEntity(o.get());
     if (!e || e->erased() || e->owner() != s.data().block) {
       throw HostError(HostFailure::kInvalidInput);
     }
@@ -61,7 +61,7 @@ std::vector<Entity*> EntitiesOf(const SortentsTable& s, const Variant& v,
 }
 
 Entity* TargetOf(const SortentsTable& s, const Variant& v, std::string_view member) {
-  auto* e = dynamic_cast<Entity*>(ObjectArg(v, {"Target", member}).get());
+  auto* e = AsEntity(ObjectArg(v, {"Target", member}).get());
   if (!e || e->erased() || e->owner() != s.data().block) {
     throw HostError(HostFailure::kInvalidInput);
   }

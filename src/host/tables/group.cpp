@@ -48,7 +48,7 @@ namespace {
 std::vector<Entity*> GroupEntities(const Group& s, const Variant& v, std::string_view member) {
   std::vector<Entity*> out;
   for (const ObjectRef& o : ObjectsArg(v, {"Objects", member})) {
-    auto* e = dynamic_cast<Entity*>(o.get());
+    auto* e = AsEntity(o.get());
     if (!e || e->erased() || e->document() != s.document()) {
       throw InvalidArgument("Objects", member);
     }

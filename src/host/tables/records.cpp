@@ -166,9 +166,9 @@ void TextStyleRecord::Delete() {
   CheckLive();
   Document& doc = *doc_;
   bool used = this == doc.active_text_style() || AnyEntity(doc, [this](const Entity& e) {
-                if (auto* t = dynamic_cast<const Text*>(&e)) return t->data().style == this;
-                if (auto* m = dynamic_cast<const MText*>(&e)) return m->data().style == this;
-                if (auto* a = dynamic_cast<const AttributeDef*>(&e)) return a->data().style == this;
+                if (auto* t = As<Text>(&e)) return t->data().style == this;
+                if (auto* m = As<MText>(&e)) return m->data().style == this;
+                if (auto* a = As<AttributeDef>(&e)) return a->data().style == this;
                 return false;
               });
   if (used || data_.name == "Standard") throw HostError(HostFailure::kObjectReferenced);

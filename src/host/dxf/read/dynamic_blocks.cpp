@@ -91,7 +91,7 @@ void Loader::LoadDynamicProperties() {
   }
   for (BlockRecord* block : doc_.blocks().items) {
     for (Entity* e : block->entities()) {
-      auto* ref = dynamic_cast<BlockRef*>(e);
+      auto* ref = As<BlockRef>(e);
       if (ref == nullptr || ref->data().block == nullptr) continue;
       BlockRecord* def = ref->data().block;
       BlockRecord* source = def->IsDynamic() ? def : def->data().dynamic_source;

@@ -32,21 +32,7 @@ GenericKind GenericKindOf(std::string_view type, const RecordFields& r) {
     if (flags & 16) return GenericKind::kPolygonMesh;
     return (flags & 8) ? GenericKind::kPolyline3d : GenericKind::kPolyline2d;
   }
-  static const std::pair<std::string_view, GenericKind> kKinds[] = {
-      {"SPLINE", GenericKind::kSpline},     {"RAY", GenericKind::kRay},
-      {"XLINE", GenericKind::kXLine},       {"VIEWPORT", GenericKind::kViewport},
-      {"REGION", GenericKind::kRegion},     {"SOLID", GenericKind::kSolid2d},
-      {"3DSOLID", GenericKind::kSolid3d},   {"TRACE", GenericKind::kTrace},
-      {"3DFACE", GenericKind::kFace3d},     {"LEADER", GenericKind::kLeader},
-      {"MULTILEADER", GenericKind::kMLeader}, {"ACAD_TABLE", GenericKind::kTable},
-      {"BODY", GenericKind::kBody},         {"MLINE", GenericKind::kMLine},
-      {"TOLERANCE", GenericKind::kTolerance}, {"SHAPE", GenericKind::kShape},
-      {"OLE2FRAME", GenericKind::kOle},
-  };
-  for (const auto& [name, kind] : kKinds) {
-    if (name == type) return kind;
-  }
-  return GenericKind::kUnknown;
+  return GenericKindOfDxfName(type);
 }
 
 void FillText(const RecordFields& r, TextData& d, Loader& loader, int vertical_code) {
@@ -289,7 +275,7 @@ void Loader::LoadEntity(const Record& record, BlockRecord* block) {
   ApplyCommon(r, raw);
   LoadXData(record, raw);
   block->Append(raw);
-  if (auto* ref = dynamic_cast<BlockRef*>(raw)) {
+  if (auto* ref = As<BlockRef>(raw)) {
     for (const Record& f : record.followers) {
       if (f.type != "ATTRIB") continue;
       auto att = std::make_shared<AttributeRef>();

@@ -65,7 +65,7 @@ std::vector<Entity*> Loader::DrawOrderOf(std::span<const Tag> table, BlockRecord
     const Tag& t = table[k];
     if (t.code == 330) *block = dynamic_cast<BlockRecord*>(doc_.FindByHandle(HandleValue(&t)));
     if (t.code == 331 && k + 1 < table.size() && table[k + 1].code == 5) {
-      if (auto* e = dynamic_cast<Entity*>(doc_.FindByHandle(HandleValue(&t)))) {
+      if (auto* e = AsEntity(doc_.FindByHandle(HandleValue(&t)))) {
         keys[e] = HandleValue(&table[k + 1]);
       }
     }
@@ -190,7 +190,7 @@ void Loader::LoadObjects() {
       d.anonymous = IntOr(record, 70, 0) != 0;
       d.selectable = IntOr(record, 71, 1) != 0;
       for (const Tag* t : record.FindAll(340)) {
-        if (auto* e = dynamic_cast<Entity*>(doc_.FindByHandle(HandleValue(t)))) d.members.push_back(e);
+        if (auto* e = AsEntity(doc_.FindByHandle(HandleValue(t)))) d.members.push_back(e);
       }
     } else if (auto* s = dynamic_cast<SortentsTable*>(object)) {
       auto& d = s->mutable_data();

@@ -21,13 +21,13 @@ namespace tovik::host::dxf {
 // Kinds whose host data leaves out groups their record has: a copy of one
 // read from a file is written from the record it came from.
 bool WrittenFromSource(const Entity& e) {
-  if (dynamic_cast<const GenericEntity*>(&e) || dynamic_cast<const Dimension*>(&e) ||
-      dynamic_cast<const RasterImage*>(&e) || dynamic_cast<const Wipeout*>(&e)) {
+  if (As<GenericEntity>(&e) || As<Dimension>(&e) ||
+      As<RasterImage>(&e) || As<Wipeout>(&e)) {
     return true;
   }
   // A hatch read from a file keeps its edges and pattern lines as the file
   // wrote them; its loops are rewritten only when they changed.
-  return dynamic_cast<const Hatch*>(&e) != nullptr;
+  return As<Hatch>(&e) != nullptr;
 }
 
 namespace {
@@ -69,7 +69,7 @@ void RememberSourceRecords(DxfSource& source) {
   };
   for (const auto& [record, binding] : source.bindings) {
     if (!binding.object->IsEntity()) continue;
-    const auto* entity = dynamic_cast<const Entity*>(binding.object);
+    const auto* entity = AsEntity(binding.object);
     if (entity == nullptr || !written_from_source(*entity) || entity->extra() != nullptr) continue;
     RawTags tags;
     AppendRecordTags(*record, &tags);
@@ -169,10 +169,10 @@ bool DbWriter::EmitFromSourceTags(const Entity& entity, uint64_t owner) {
       if (boundary_handles && t.code == 330) continue;
       boundary_handles = false;
       // The source image's definition reactor belongs to the source.
-      if (k == 0 && t.code == 360 && dynamic_cast<const RasterImage*>(&entity)) continue;
+      if (k == 0 && t.code == 360 && As<RasterImage>(&entity)) continue;
       if (t.kind == ValueKind::kHandle && t.integer > 0 && !Present(static_cast<uint64_t>(t.integer))) continue;
       // A dimension's copy has a picture block of its own.
-      if (const auto* dim = dynamic_cast<const Dimension*>(&entity); k == 0 && dim && t.code == 2) {
+      if (const auto* dim = As<Dimension>(&entity); k == 0 && dim && t.code == 2) {
         if (Written(dim->data().block)) tags.push_back(Tag::String(2, Keep(dim->data().block->Name())));
         continue;
       }

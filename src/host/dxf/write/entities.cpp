@@ -37,14 +37,14 @@ Vec3 ToOcs(const Vec3& p, const Vec3& normal) {
 // write the kind from its own data.
 std::string_view NewTypeOf(const Entity& e) {
   // A raster image needs an image definition the host does not keep.
-  if (dynamic_cast<const RasterImage*>(&e)) return "";
-  if (const auto* d = dynamic_cast<const Dimension*>(&e)) {
+  if (As<RasterImage>(&e)) return "";
+  if (const auto* d = As<Dimension>(&e)) {
     // Arc-length and large radial dimensions need data the host does not keep.
     bool plain = d->data().kind != DimensionKind::kArcLength &&
                  d->data().kind != DimensionKind::kRadialLarge;
     return plain ? "DIMENSION" : "";
   }
-  if (const auto* g = dynamic_cast<const GenericEntity*>(&e)) {
+  if (const auto* g = As<GenericEntity>(&e)) {
     switch (g->data().kind) {
       case GenericKind::kPolyline2d:
       case GenericKind::kPolyline3d:
@@ -71,7 +71,7 @@ void DbWriter::EmitNew(const DbObject& object, uint64_t owner_handle) {
     const Record* value;
     ~Restore() { slot = value; }
   } restore{spelling_, outer};
-  if (const auto* e = dynamic_cast<const Entity*>(&object)) {
+  if (const auto* e = AsEntity(&object)) {
     EmitNewEntity(*e, owner_handle);
   } else if (dynamic_cast<const NamedRecord*>(&object) && !dynamic_cast<const Layout*>(&object) &&
              !dynamic_cast<const MaterialRecord*>(&object)) {
@@ -125,8 +125,8 @@ void DbWriter::EmitNewEntity(const Entity& e, uint64_t owner) {
   PutObjectHead(type, e, owner, reactors);
   PutString(100, "AcDbEntity");
   BlockRecord* block = e.block();
-  if (const auto* att = dynamic_cast<const AttributeRef*>(&e)) {
-    if (const auto* ref = dynamic_cast<const Entity*>(att->owner())) block = ref->block();
+  if (const auto* att = As<AttributeRef>(&e)) {
+    if (const auto* ref = AsEntity(att->owner())) block = ref->block();
   }
   if (block != nullptr && block->IsLayout() && block != doc_.model_space()) PutInt(67, 1);
   const EntityProps& p = e.props();
@@ -146,7 +146,7 @@ void DbWriter::EmitNewEntity(const Entity& e, uint64_t owner) {
   if (p.color.method == kColorByRgb) PutInt(420, p.color.rgb);
   EmitEntityGeometry(e);
   PutXData(e);
-  if (const auto* ref = dynamic_cast<const BlockRef*>(&e)) {
+  if (const auto* ref = As<BlockRef>(&e)) {
     bool any = false;
     for (const AttributeRef* a : ref->attributes()) {
       if (!Written(a)) continue;
@@ -154,7 +154,7 @@ void DbWriter::EmitNewEntity(const Entity& e, uint64_t owner) {
       any = true;
     }
     if (any) EmitSeqend(e);
-  } else if (const auto* g = dynamic_cast<const GenericEntity*>(&e); g && type == "POLYLINE") {
+  } else if (const auto* g = As<GenericEntity>(&e); g && type == "POLYLINE") {
     bool three_d = g->data().kind == GenericKind::kPolyline3d;
     const auto& d = g->data();
     for (size_t k = 0; k < d.points.size(); ++k) {
@@ -191,21 +191,21 @@ void DbWriter::EmitEntityGeometry(const Entity& entity) {
   auto normal = [&](const Vec3& n) {
     if (!IsZAxis(n)) PutPoint(210, n);
   };
-  if (const auto* o = dynamic_cast<const Line*>(&entity)) {
+  if (const auto* o = As<Line>(&entity)) {
     const auto& d = o->data();
     PutString(100, "AcDbLine");
     thickness(d.thickness);
     PutPoint(10, d.start);
     PutPoint(11, d.end);
     normal(d.normal);
-  } else if (const auto* o = dynamic_cast<const Circle*>(&entity)) {
+  } else if (const auto* o = As<Circle>(&entity)) {
     const auto& d = o->data();
     PutString(100, "AcDbCircle");
     thickness(d.thickness);
     PutPoint(10, ToOcs(d.center, d.normal));
     PutReal(40, d.radius);
     normal(d.normal);
-  } else if (const auto* o = dynamic_cast<const Arc*>(&entity)) {
+  } else if (const auto* o = As<Arc>(&entity)) {
     const auto& d = o->data();
     PutString(100, "AcDbCircle");
     thickness(d.thickness);
@@ -215,13 +215,13 @@ void DbWriter::EmitEntityGeometry(const Entity& entity) {
     PutString(100, "AcDbArc");
     PutReal(50, d.start_angle * kRadToDeg);
     PutReal(51, d.end_angle * kRadToDeg);
-  } else if (const auto* o = dynamic_cast<const PointEntity*>(&entity)) {
+  } else if (const auto* o = As<PointEntity>(&entity)) {
     const auto& d = o->data();
     PutString(100, "AcDbPoint");
     PutPoint(10, d.position);
     thickness(d.thickness);
     normal(d.normal);
-  } else if (const auto* o = dynamic_cast<const Ellipse*>(&entity)) {
+  } else if (const auto* o = As<Ellipse>(&entity)) {
     const auto& d = o->data();
     PutString(100, "AcDbEllipse");
     PutPoint(10, d.center);
@@ -230,7 +230,7 @@ void DbWriter::EmitEntityGeometry(const Entity& entity) {
     PutReal(40, d.radius_ratio);
     PutReal(41, d.start_param);
     PutReal(42, d.end_param);
-  } else if (const auto* o = dynamic_cast<const LwPolyline*>(&entity)) {
+  } else if (const auto* o = As<LwPolyline>(&entity)) {
     const auto& d = o->data();
     PutString(100, "AcDbPolyline");
     PutInt(90, static_cast<int64_t>(d.vertices.size()));
@@ -249,10 +249,10 @@ void DbWriter::EmitEntityGeometry(const Entity& entity) {
       if (v.bulge != 0) PutReal(42, v.bulge);
     }
     normal(d.normal);
-  } else if (dynamic_cast<const Text*>(&entity) || dynamic_cast<const AttributeDef*>(&entity) ||
-             dynamic_cast<const AttributeRef*>(&entity)) {
+  } else if (As<Text>(&entity) || As<AttributeDef>(&entity) ||
+             As<AttributeRef>(&entity)) {
     EmitTextGeometry(entity);
-  } else if (const auto* o = dynamic_cast<const MText*>(&entity)) {
+  } else if (const auto* o = As<MText>(&entity)) {
     const auto& d = o->data();
     PutString(100, "AcDbMText");
     PutPoint(10, d.insertion);
@@ -274,7 +274,7 @@ void DbWriter::EmitEntityGeometry(const Entity& entity) {
     if (d.rotation != 0) PutReal(50, d.rotation * kRadToDeg);
     PutInt(73, 1);
     PutReal(44, d.line_spacing_factor);
-  } else if (const auto* o = dynamic_cast<const BlockRef*>(&entity)) {
+  } else if (const auto* o = As<BlockRef>(&entity)) {
     const auto& d = o->data();
     bool grid = d.columns > 1 || d.rows > 1;
     PutString(100, grid ? "AcDbMInsertBlock" : "AcDbBlockReference");
@@ -294,11 +294,11 @@ void DbWriter::EmitEntityGeometry(const Entity& entity) {
       PutReal(45, d.row_spacing);
     }
     normal(d.normal);
-  } else if (const auto* o = dynamic_cast<const Hatch*>(&entity)) {
+  } else if (const auto* o = As<Hatch>(&entity)) {
     EmitHatchGeometry(*o);
-  } else if (const auto* o = dynamic_cast<const Dimension*>(&entity)) {
+  } else if (const auto* o = As<Dimension>(&entity)) {
     EmitDimensionGeometry(*o);
-  } else if (const auto* o = dynamic_cast<const Wipeout*>(&entity)) {
+  } else if (const auto* o = As<Wipeout>(&entity)) {
     const auto& d = o->data();
     PutString(100, "AcDbWipeout");
     PutInt(90, 0);
@@ -316,18 +316,18 @@ void DbWriter::EmitEntityGeometry(const Entity& entity) {
     PutInt(71, d.clip.size() > 2 ? 2 : 1);
     PutInt(91, static_cast<int64_t>(d.clip.size()));
     for (const auto& c : d.clip) PutPoint2(14, c.x, c.y);
-  } else if (const auto* o = dynamic_cast<const GenericEntity*>(&entity)) {
+  } else if (const auto* o = As<GenericEntity>(&entity)) {
     EmitGenericGeometry(*o);
   }
 }
 
 void DbWriter::EmitTextGeometry(const Entity& entity) {
   const TextData* t = nullptr;
-  const AttributeDef* def = dynamic_cast<const AttributeDef*>(&entity);
-  const AttributeRef* ref = dynamic_cast<const AttributeRef*>(&entity);
+  const AttributeDef* def = As<AttributeDef>(&entity);
+  const AttributeRef* ref = As<AttributeRef>(&entity);
   if (def != nullptr) t = &def->data();
   if (ref != nullptr) t = &ref->data();
-  if (const auto* text = dynamic_cast<const Text*>(&entity)) t = &text->data();
+  if (const auto* text = As<Text>(&entity)) t = &text->data();
   auto [horizontal, vertical] = JustificationOf(t->alignment_mode);
   PutString(100, "AcDbText");
   if (t->thickness != 0) PutReal(39, t->thickness);

@@ -48,9 +48,9 @@ TEST_F(DxfDrawingFile, AFileOfManyPiecesHoldsTheDrawingInOrder) {
   auto app = Application::Create({.open_drawing = false});
   auto again = ReadDrawingFile(*app, path);
   size_t lines = 0;
-  for (const Entity* e : again->model_space()->entities()) lines += dynamic_cast<const host::Line*>(e) != nullptr;
+  for (const Entity* e : again->model_space()->entities()) lines += As<host::Line>(e) != nullptr;
   EXPECT_EQ(lines, size_t{kLines} + 1);
-  auto* line = dynamic_cast<host::Line*>(again->FindByHandle(std::stoull(last_handle, nullptr, 16)));
+  auto* line = As<host::Line>(again->FindByHandle(std::stoull(last_handle, nullptr, 16)));
   ASSERT_NE(line, nullptr);
   EXPECT_EQ(line->data().start.x, -1.0);
   EXPECT_EQ(line->data().end.y, -4.0);

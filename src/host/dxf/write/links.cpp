@@ -69,7 +69,7 @@ std::optional<Record> DbWriter::Relinked(const Record& record, const DbObject* o
   const auto* dict = dynamic_cast<const Dictionary*>(object);
   const auto* group = dynamic_cast<const Group*>(object);
   const auto* sortents = dynamic_cast<const SortentsTable*>(object);
-  const auto* entity = dynamic_cast<const Entity*>(object);
+  const auto* entity = AsEntity(object);
   const std::vector<const Group*>* groups = entity ? GroupsOf(entity) : nullptr;
   bool has_app_data = false;
   for (const Tag& t : body) has_app_data |= t.code == 102;

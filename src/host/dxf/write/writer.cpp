@@ -168,7 +168,7 @@ void DbWriter::Plan() {
     if (dynamic_cast<const Layout*>(o)) needed_classes_.insert("LAYOUT");
     if (dynamic_cast<const MaterialRecord*>(o)) needed_classes_.insert("MATERIAL");
     if (dynamic_cast<const SortentsTable*>(o)) needed_classes_.insert("SORTENTSTABLE");
-    if (dynamic_cast<const Wipeout*>(o)) needed_classes_.insert("WIPEOUT");
+    if (As<Wipeout>(o)) needed_classes_.insert("WIPEOUT");
   }
   for (const Group* g : doc_.groups()) {
     if (!Written(g)) continue;
@@ -387,7 +387,7 @@ void DbWriter::EmitBlocks(const Section* section) {
 void DbWriter::EmitNewBlock(const BlockRecord& b) {
   bool paper = b.IsLayout() && &b != doc_.model_space();
   bool has_attdefs = false;
-  for (const Entity* e : b.entities()) has_attdefs |= Written(e) && dynamic_cast<const AttributeDef*>(e);
+  for (const Entity* e : b.entities()) has_attdefs |= Written(e) && As<AttributeDef>(e);
   PutString(0, "BLOCK");
   PutHandle(5, NextHandle());
   PutHandle(330, b.handle());
@@ -533,7 +533,7 @@ void DbWriter::EmitObjectTree(const DbObject& container) {
     if (e.object == nullptr || !Written(e.object)) continue;
     // An entry naming an entity or a table record (a damaged file may) does
     // not move it here: those are written in their own sections.
-    if (dynamic_cast<const Entity*>(e.object) ||
+    if (AsEntity(e.object) ||
         (dynamic_cast<const NamedRecord*>(e.object) && !dynamic_cast<const Layout*>(e.object) &&
          !dynamic_cast<const MaterialRecord*>(e.object))) {
       continue;
