@@ -184,141 +184,173 @@ void DbWriter::EmitSeqend(const Entity& owner_entity) {
   PutString(8, layer != nullptr ? layer->Name() : "0");
 }
 
+void DbWriter::PutThickness(double thickness) {
+  if (thickness != 0) PutReal(39, thickness);
+}
+
+void DbWriter::PutNormal(const Vec3& normal) {
+  if (!IsZAxis(normal)) PutPoint(210, normal);
+}
+
 void DbWriter::EmitEntityGeometry(const Entity& entity) {
-  auto thickness = [&](double t) {
-    if (t != 0) PutReal(39, t);
-  };
-  auto normal = [&](const Vec3& n) {
-    if (!IsZAxis(n)) PutPoint(210, n);
-  };
-  if (const auto* o = As<Line>(&entity)) {
-    const auto& d = o->data();
-    PutString(100, "AcDbLine");
-    thickness(d.thickness);
-    PutPoint(10, d.start);
-    PutPoint(11, d.end);
-    normal(d.normal);
-  } else if (const auto* o = As<Circle>(&entity)) {
-    const auto& d = o->data();
-    PutString(100, "AcDbCircle");
-    thickness(d.thickness);
-    PutPoint(10, ToOcs(d.center, d.normal));
-    PutReal(40, d.radius);
-    normal(d.normal);
-  } else if (const auto* o = As<Arc>(&entity)) {
-    const auto& d = o->data();
-    PutString(100, "AcDbCircle");
-    thickness(d.thickness);
-    PutPoint(10, ToOcs(d.center, d.normal));
-    PutReal(40, d.radius);
-    normal(d.normal);
-    PutString(100, "AcDbArc");
-    PutReal(50, d.start_angle * kRadToDeg);
-    PutReal(51, d.end_angle * kRadToDeg);
-  } else if (const auto* o = As<PointEntity>(&entity)) {
-    const auto& d = o->data();
-    PutString(100, "AcDbPoint");
-    PutPoint(10, d.position);
-    thickness(d.thickness);
-    normal(d.normal);
-  } else if (const auto* o = As<Ellipse>(&entity)) {
-    const auto& d = o->data();
-    PutString(100, "AcDbEllipse");
-    PutPoint(10, d.center);
-    PutPoint(11, d.major_axis);
-    PutPoint(210, d.normal);
-    PutReal(40, d.radius_ratio);
-    PutReal(41, d.start_param);
-    PutReal(42, d.end_param);
-  } else if (const auto* o = As<LwPolyline>(&entity)) {
-    const auto& d = o->data();
-    PutString(100, "AcDbPolyline");
-    PutInt(90, static_cast<int64_t>(d.vertices.size()));
-    PutInt(70, (d.closed ? 1 : 0) | (d.plinegen ? 128 : 0));
-    bool widths = false;
-    for (const auto& v : d.vertices) widths |= v.start_width != 0 || v.end_width != 0;
-    if (!widths && d.constant_width != 0) PutReal(43, d.constant_width);
-    if (d.elevation != 0) PutReal(38, d.elevation);
-    thickness(d.thickness);
-    for (const auto& v : d.vertices) {
-      PutPoint2(10, v.point.x, v.point.y);
-      if (widths) {
-        PutReal(40, v.start_width);
-        PutReal(41, v.end_width);
-      }
-      if (v.bulge != 0) PutReal(42, v.bulge);
-    }
-    normal(d.normal);
-  } else if (As<Text>(&entity) || As<AttributeDef>(&entity) ||
-             As<AttributeRef>(&entity)) {
-    EmitTextGeometry(entity);
-  } else if (const auto* o = As<MText>(&entity)) {
-    const auto& d = o->data();
-    PutString(100, "AcDbMText");
-    PutPoint(10, d.insertion);
-    PutReal(40, d.height);
-    PutReal(41, d.width);
-    PutInt(71, d.attachment);
-    PutInt(72, d.drawing_direction);
-    // Chunks of at most 250 bytes, never splitting a UTF-8 sequence.
-    std::string_view s = d.text;
-    while (s.size() > 250) {
-      size_t cut = 250;
-      while (cut > 0 && (static_cast<unsigned char>(s[cut]) & 0xC0) == 0x80) --cut;
-      PutString(3, s.substr(0, cut));
-      s.remove_prefix(cut);
-    }
-    PutString(1, s);
-    PutString(7, d.style != nullptr ? d.style->Name() : "Standard");
-    normal(d.normal);
-    if (d.rotation != 0) PutReal(50, d.rotation * kRadToDeg);
-    PutInt(73, 1);
-    PutReal(44, d.line_spacing_factor);
-  } else if (const auto* o = As<BlockRef>(&entity)) {
-    const auto& d = o->data();
-    bool grid = d.columns > 1 || d.rows > 1;
-    PutString(100, grid ? "AcDbMInsertBlock" : "AcDbBlockReference");
-    bool attributes = false;
-    for (const AttributeRef* a : o->attributes()) attributes |= Written(a);
-    if (attributes) PutInt(66, 1);
-    PutString(2, d.block != nullptr ? d.block->Name() : "");
-    PutPoint(10, ToOcs(d.insertion, d.normal));
-    if (d.scale.x != 1) PutReal(41, d.scale.x);
-    if (d.scale.y != 1) PutReal(42, d.scale.y);
-    if (d.scale.z != 1) PutReal(43, d.scale.z);
-    if (d.rotation != 0) PutReal(50, d.rotation * kRadToDeg);
-    if (grid) {
-      PutInt(70, d.columns);
-      PutInt(71, d.rows);
-      PutReal(44, d.column_spacing);
-      PutReal(45, d.row_spacing);
-    }
-    normal(d.normal);
-  } else if (const auto* o = As<Hatch>(&entity)) {
-    EmitHatchGeometry(*o);
-  } else if (const auto* o = As<Dimension>(&entity)) {
-    EmitDimensionGeometry(*o);
-  } else if (const auto* o = As<Wipeout>(&entity)) {
-    const auto& d = o->data();
-    PutString(100, "AcDbWipeout");
-    PutInt(90, 0);
-    PutPoint(10, d.origin);
-    PutPoint(11, d.u);
-    PutPoint(12, d.v);
-    PutPoint2(13, d.width_pixels, d.height_pixels);
-    PutHandle(340, 0);
-    PutInt(70, d.display_flags);
-    PutInt(280, 1);
-    PutInt(281, 50);
-    PutInt(282, 50);
-    PutInt(283, 0);
-    PutHandle(360, 0);
-    PutInt(71, d.clip.size() > 2 ? 2 : 1);
-    PutInt(91, static_cast<int64_t>(d.clip.size()));
-    for (const auto& c : d.clip) PutPoint2(14, c.x, c.y);
-  } else if (const auto* o = As<GenericEntity>(&entity)) {
-    EmitGenericGeometry(*o);
+  switch (entity.Kind()) {
+    case EntityKind::kLine: return EmitLineGeometry(static_cast<const Line&>(entity));
+    case EntityKind::kCircle: return EmitCircleGeometry(static_cast<const Circle&>(entity));
+    case EntityKind::kArc: return EmitArcGeometry(static_cast<const Arc&>(entity));
+    case EntityKind::kPoint: return EmitPointGeometry(static_cast<const PointEntity&>(entity));
+    case EntityKind::kEllipse: return EmitEllipseGeometry(static_cast<const Ellipse&>(entity));
+    case EntityKind::kLwPolyline:
+      return EmitLwPolylineGeometry(static_cast<const LwPolyline&>(entity));
+    case EntityKind::kText:
+    case EntityKind::kAttributeDef:
+    case EntityKind::kAttributeRef: return EmitTextGeometry(entity);
+    case EntityKind::kMText: return EmitMTextGeometry(static_cast<const MText&>(entity));
+    case EntityKind::kBlockRef: return EmitBlockRefGeometry(static_cast<const BlockRef&>(entity));
+    case EntityKind::kHatch: return EmitHatchGeometry(static_cast<const Hatch&>(entity));
+    case EntityKind::kDimension:
+      return EmitDimensionGeometry(static_cast<const Dimension&>(entity));
+    case EntityKind::kWipeout: return EmitWipeoutGeometry(static_cast<const Wipeout&>(entity));
+    // A raster image is never written from the host's data (NewTypeOf).
+    case EntityKind::kRasterImage: return;
+    case EntityKind::kGeneric:
+      return EmitGenericGeometry(static_cast<const GenericEntity&>(entity));
   }
+}
+
+void DbWriter::EmitLineGeometry(const Line& o) {
+  const auto& d = o.data();
+  PutString(100, "AcDbLine");
+  PutThickness(d.thickness);
+  PutPoint(10, d.start);
+  PutPoint(11, d.end);
+  PutNormal(d.normal);
+}
+
+void DbWriter::EmitCircleGeometry(const Circle& o) {
+  const auto& d = o.data();
+  PutString(100, "AcDbCircle");
+  PutThickness(d.thickness);
+  PutPoint(10, ToOcs(d.center, d.normal));
+  PutReal(40, d.radius);
+  PutNormal(d.normal);
+}
+
+void DbWriter::EmitArcGeometry(const Arc& o) {
+  const auto& d = o.data();
+  PutString(100, "AcDbCircle");
+  PutThickness(d.thickness);
+  PutPoint(10, ToOcs(d.center, d.normal));
+  PutReal(40, d.radius);
+  PutNormal(d.normal);
+  PutString(100, "AcDbArc");
+  PutReal(50, d.start_angle * kRadToDeg);
+  PutReal(51, d.end_angle * kRadToDeg);
+}
+
+void DbWriter::EmitPointGeometry(const PointEntity& o) {
+  const auto& d = o.data();
+  PutString(100, "AcDbPoint");
+  PutPoint(10, d.position);
+  PutThickness(d.thickness);
+  PutNormal(d.normal);
+}
+
+void DbWriter::EmitEllipseGeometry(const Ellipse& o) {
+  const auto& d = o.data();
+  PutString(100, "AcDbEllipse");
+  PutPoint(10, d.center);
+  PutPoint(11, d.major_axis);
+  PutPoint(210, d.normal);
+  PutReal(40, d.radius_ratio);
+  PutReal(41, d.start_param);
+  PutReal(42, d.end_param);
+}
+
+void DbWriter::EmitLwPolylineGeometry(const LwPolyline& o) {
+  const auto& d = o.data();
+  PutString(100, "AcDbPolyline");
+  PutInt(90, static_cast<int64_t>(d.vertices.size()));
+  PutInt(70, (d.closed ? 1 : 0) | (d.plinegen ? 128 : 0));
+  bool widths = false;
+  for (const auto& v : d.vertices) widths |= v.start_width != 0 || v.end_width != 0;
+  if (!widths && d.constant_width != 0) PutReal(43, d.constant_width);
+  if (d.elevation != 0) PutReal(38, d.elevation);
+  PutThickness(d.thickness);
+  for (const auto& v : d.vertices) {
+    PutPoint2(10, v.point.x, v.point.y);
+    if (widths) {
+      PutReal(40, v.start_width);
+      PutReal(41, v.end_width);
+    }
+    if (v.bulge != 0) PutReal(42, v.bulge);
+  }
+  PutNormal(d.normal);
+}
+
+void DbWriter::EmitMTextGeometry(const MText& o) {
+  const auto& d = o.data();
+  PutString(100, "AcDbMText");
+  PutPoint(10, d.insertion);
+  PutReal(40, d.height);
+  PutReal(41, d.width);
+  PutInt(71, d.attachment);
+  PutInt(72, d.drawing_direction);
+  // Chunks of at most 250 bytes, never splitting a UTF-8 sequence.
+  std::string_view s = d.text;
+  while (s.size() > 250) {
+    size_t cut = 250;
+    while (cut > 0 && (static_cast<unsigned char>(s[cut]) & 0xC0) == 0x80) --cut;
+    PutString(3, s.substr(0, cut));
+    s.remove_prefix(cut);
+  }
+  PutString(1, s);
+  PutString(7, d.style != nullptr ? d.style->Name() : "Standard");
+  PutNormal(d.normal);
+  if (d.rotation != 0) PutReal(50, d.rotation * kRadToDeg);
+  PutInt(73, 1);
+  PutReal(44, d.line_spacing_factor);
+}
+
+void DbWriter::EmitBlockRefGeometry(const BlockRef& o) {
+  const auto& d = o.data();
+  bool grid = d.columns > 1 || d.rows > 1;
+  PutString(100, grid ? "AcDbMInsertBlock" : "AcDbBlockReference");
+  bool attributes = false;
+  for (const AttributeRef* a : o.attributes()) attributes |= Written(a);
+  if (attributes) PutInt(66, 1);
+  PutString(2, d.block != nullptr ? d.block->Name() : "");
+  PutPoint(10, ToOcs(d.insertion, d.normal));
+  if (d.scale.x != 1) PutReal(41, d.scale.x);
+  if (d.scale.y != 1) PutReal(42, d.scale.y);
+  if (d.scale.z != 1) PutReal(43, d.scale.z);
+  if (d.rotation != 0) PutReal(50, d.rotation * kRadToDeg);
+  if (grid) {
+    PutInt(70, d.columns);
+    PutInt(71, d.rows);
+    PutReal(44, d.column_spacing);
+    PutReal(45, d.row_spacing);
+  }
+  PutNormal(d.normal);
+}
+
+void DbWriter::EmitWipeoutGeometry(const Wipeout& o) {
+  const auto& d = o.data();
+  PutString(100, "AcDbWipeout");
+  PutInt(90, 0);
+  PutPoint(10, d.origin);
+  PutPoint(11, d.u);
+  PutPoint(12, d.v);
+  PutPoint2(13, d.width_pixels, d.height_pixels);
+  PutHandle(340, 0);
+  PutInt(70, d.display_flags);
+  PutInt(280, 1);
+  PutInt(281, 50);
+  PutInt(282, 50);
+  PutInt(283, 0);
+  PutHandle(360, 0);
+  PutInt(71, d.clip.size() > 2 ? 2 : 1);
+  PutInt(91, static_cast<int64_t>(d.clip.size()));
+  for (const auto& c : d.clip) PutPoint2(14, c.x, c.y);
 }
 
 void DbWriter::EmitTextGeometry(const Entity& entity) {

@@ -223,6 +223,17 @@ class DbWriter {
  private:
   void EmitNewEntity(const Entity& entity, uint64_t owner);
   void EmitEntityGeometry(const Entity& entity);
+  void EmitLineGeometry(const Line& o);
+  void EmitCircleGeometry(const Circle& o);
+  void EmitArcGeometry(const Arc& o);
+  void EmitPointGeometry(const PointEntity& o);
+  void EmitEllipseGeometry(const Ellipse& o);
+  void EmitLwPolylineGeometry(const LwPolyline& o);
+  void EmitMTextGeometry(const MText& o);
+  void EmitBlockRefGeometry(const BlockRef& o);
+  void EmitWipeoutGeometry(const Wipeout& o);
+  void PutThickness(double thickness);
+  void PutNormal(const geometry::Vec3& normal);
   void EmitTextGeometry(const Entity& entity);
   void EmitHatchGeometry(const Hatch& hatch);
   void EmitDimensionGeometry(const Dimension& dimension);
