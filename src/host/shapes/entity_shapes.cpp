@@ -257,82 +257,135 @@ std::optional<std::vector<Vec3>> TextBox(const TextData& d, std::string_view tex
   return corners;
 }
 
+// A block reference: its block's entities in every cell of its grid, then its visible attributes.
+static void AddBlockRef(const BlockRef* br, const Matrix4* place, std::vector<Primitive>* out, int depth) {
+  const auto& d = br->data();
+  if (d.block) {
+    const int columns = std::max(1, d.columns), rows = std::max(1, d.rows);
+    // Beyond this many cells only the corner cells count (they bound the
+    // grid); selection by parts then sees the corners only.
+    const bool all_cells = int64_t{columns} * rows <= 4096;
+    for (int r = 0; r < rows; ++r) {
+      for (int col = 0; col < columns; ++col) {
+        const bool corner = (r == 0 || r == rows - 1) && (col == 0 || col == columns - 1);
+        if (!all_cells && !corner) continue;
+        Matrix4 m = BlockRefCellMatrix(d, col, r);
+        if (place) m = *place * m;
+        for (const Entity* inner : d.block->entities()) {
+          if (inner->erased() || As<AttributeDef>(inner)) continue;
+          AppendPrimitives(*inner, &m, out, depth + 1);
+        }
+      }
+    }
+  }
+  for (const AttributeRef* att : br->attributes()) {
+    if (att->erased() || (att->data().mode & kAttInvisible)) continue;
+    AppendPrimitives(*att, place, out, depth + 1);
+  }
+}
+
 void AppendPrimitives(const Entity& entity, const Matrix4* place, std::vector<Primitive>* out,
                       int depth) {
   if (depth > kMaxBlockNesting) return;
   Sink sink(place, out);
-  if (const auto* l = As<Line>(&entity)) {
-    const auto& d = l->data();
-    sink.AddThick(Curve(Linear{d.start, d.end}), d.normal, d.thickness);
-  } else if (const auto* c = As<Circle>(&entity)) {
-    const auto& d = c->data();
-    sink.AddThick(Curve(GArc::Circle(d.center, d.radius, d.normal)), d.normal, d.thickness);
-  } else if (const auto* a = As<host::Arc>(&entity)) {
-    const auto& d = a->data();
-    sink.AddThick(Curve(GArc{d.center, d.radius, d.normal, d.start_angle, d.end_angle}), d.normal,
-                  d.thickness);
-  } else if (const auto* e = As<host::Ellipse>(&entity)) {
-    const auto& d = e->data();
-    sink.Add(Curve(geometry::Ellipse{d.center, d.major_axis, d.radius_ratio, d.normal,
-                                     d.start_param, d.end_param}));
-  } else if (const auto* pl = As<LwPolyline>(&entity)) {
-    const auto& d = pl->data();
-    AddPolyline(sink, LwVertices(d), d.closed, d.normal, d.elevation, d.thickness);
-  } else if (const auto* pt = As<PointEntity>(&entity)) {
-    sink.Add(pt->data().position);
-  } else if (const auto* t = As<Text>(&entity)) {
-    if (auto box = TextBox(t->data(), t->data().text)) sink.Add(Outline{*box});
-  } else if (const auto* ad = As<AttributeDef>(&entity)) {
-    if (auto box = TextBox(ad->data(), ad->data().tag)) sink.Add(Outline{*box});
-  } else if (const auto* ar = As<AttributeRef>(&entity)) {
-    if (auto box = TextBox(ar->data(), ar->data().text)) sink.Add(Outline{*box});
-  } else if (const auto* mt = As<MText>(&entity)) {
-    AddMText(sink, mt->data());
-  } else if (const auto* br = As<BlockRef>(&entity)) {
-    const auto& d = br->data();
-    if (d.block) {
-      const int columns = std::max(1, d.columns), rows = std::max(1, d.rows);
-      // Beyond this many cells only the corner cells count (they bound the
-      // grid); selection by parts then sees the corners only.
-      const bool all_cells = int64_t{columns} * rows <= 4096;
-      for (int r = 0; r < rows; ++r) {
-        for (int col = 0; col < columns; ++col) {
-          const bool corner = (r == 0 || r == rows - 1) && (col == 0 || col == columns - 1);
-          if (!all_cells && !corner) continue;
-          Matrix4 m = BlockRefCellMatrix(d, col, r);
-          if (place) m = *place * m;
-          for (const Entity* inner : d.block->entities()) {
-            if (inner->erased() || As<AttributeDef>(inner)) continue;
-            AppendPrimitives(*inner, &m, out, depth + 1);
-          }
+  switch (entity.Kind()) {
+    case EntityKind::kLine: {
+      const auto* l = static_cast<const Line*>(&entity);
+      const auto& d = l->data();
+      sink.AddThick(Curve(Linear{d.start, d.end}), d.normal, d.thickness);
+      break;
+    }
+    case EntityKind::kCircle: {
+      const auto* c = static_cast<const Circle*>(&entity);
+      const auto& d = c->data();
+      sink.AddThick(Curve(GArc::Circle(d.center, d.radius, d.normal)), d.normal, d.thickness);
+      break;
+    }
+    case EntityKind::kArc: {
+      const auto* a = static_cast<const host::Arc*>(&entity);
+      const auto& d = a->data();
+      sink.AddThick(Curve(GArc{d.center, d.radius, d.normal, d.start_angle, d.end_angle}), d.normal,
+                    d.thickness);
+      break;
+    }
+    case EntityKind::kEllipse: {
+      const auto* e = static_cast<const host::Ellipse*>(&entity);
+      const auto& d = e->data();
+      sink.Add(Curve(geometry::Ellipse{d.center, d.major_axis, d.radius_ratio, d.normal,
+                                       d.start_param, d.end_param}));
+      break;
+    }
+    case EntityKind::kLwPolyline: {
+      const auto* pl = static_cast<const LwPolyline*>(&entity);
+      const auto& d = pl->data();
+      AddPolyline(sink, LwVertices(d), d.closed, d.normal, d.elevation, d.thickness);
+      break;
+    }
+    case EntityKind::kPoint: {
+      const auto* pt = static_cast<const PointEntity*>(&entity);
+      sink.Add(pt->data().position);
+      break;
+    }
+    case EntityKind::kText: {
+      const auto* t = static_cast<const Text*>(&entity);
+      if (auto box = TextBox(t->data(), t->data().text)) sink.Add(Outline{*box});
+      break;
+    }
+    case EntityKind::kAttributeDef: {
+      const auto* ad = static_cast<const AttributeDef*>(&entity);
+      if (auto box = TextBox(ad->data(), ad->data().tag)) sink.Add(Outline{*box});
+      break;
+    }
+    case EntityKind::kAttributeRef: {
+      const auto* ar = static_cast<const AttributeRef*>(&entity);
+      if (auto box = TextBox(ar->data(), ar->data().text)) sink.Add(Outline{*box});
+      break;
+    }
+    case EntityKind::kMText: {
+      const auto* mt = static_cast<const MText*>(&entity);
+      AddMText(sink, mt->data());
+      break;
+    }
+    case EntityKind::kBlockRef: {
+      AddBlockRef(static_cast<const BlockRef*>(&entity), place, out, depth);
+      break;
+    }
+    case EntityKind::kHatch: {
+      const auto* h = static_cast<const Hatch*>(&entity);
+      const auto& d = h->data();
+      for (const HatchLoop& loop : d.loops) {
+        std::vector<BulgeVertex> v;
+        for (size_t i = 0; i < loop.points.size(); ++i) {
+          v.push_back({loop.points[i], i < loop.bulges.size() ? loop.bulges[i] : 0.0});
         }
+        AddPolyline(sink, v, true, d.normal, d.elevation, 0);
       }
+      break;
     }
-    for (const AttributeRef* att : br->attributes()) {
-      if (att->erased() || (att->data().mode & kAttInvisible)) continue;
-      AppendPrimitives(*att, place, out, depth + 1);
+    case EntityKind::kDimension: {
+      const auto* dim = static_cast<const Dimension*>(&entity);
+      AddDimension(sink, dim->data(), place, depth, out);
+      break;
     }
-  } else if (const auto* h = As<Hatch>(&entity)) {
-    const auto& d = h->data();
-    for (const HatchLoop& loop : d.loops) {
-      std::vector<BulgeVertex> v;
-      for (size_t i = 0; i < loop.points.size(); ++i) {
-        v.push_back({loop.points[i], i < loop.bulges.size() ? loop.bulges[i] : 0.0});
-      }
-      AddPolyline(sink, v, true, d.normal, d.elevation, 0);
+    case EntityKind::kWipeout: {
+      const auto* wo = static_cast<const Wipeout*>(&entity);
+      const auto& d = wo->data();
+      const Vec3 u = d.u * d.width_pixels, v = d.v * d.height_pixels;
+      sink.Add(Outline{{d.origin, d.origin + u, d.origin + u + v, d.origin + v}});
+      break;
     }
-  } else if (const auto* dim = As<Dimension>(&entity)) {
-    AddDimension(sink, dim->data(), place, depth, out);
-  } else if (const auto* wo = As<Wipeout>(&entity)) {
-    const auto& d = wo->data();
-    const Vec3 u = d.u * d.width_pixels, v = d.v * d.height_pixels;
-    sink.Add(Outline{{d.origin, d.origin + u, d.origin + u + v, d.origin + v}});
-  } else if (const auto* ri = As<RasterImage>(&entity)) {
-    const auto& d = ri->data();
-    const Vec3 u = d.u * d.width_pixels, v = d.v * d.height_pixels;
-    sink.Add(Outline{{d.origin, d.origin + u, d.origin + u + v, d.origin + v}});
-  } else if (const auto* g = As<GenericEntity>(&entity)) {
-    AddGeneric(sink, g->data());
+    case EntityKind::kRasterImage: {
+      const auto* ri = static_cast<const RasterImage*>(&entity);
+      const auto& d = ri->data();
+      const Vec3 u = d.u * d.width_pixels, v = d.v * d.height_pixels;
+      sink.Add(Outline{{d.origin, d.origin + u, d.origin + u + v, d.origin + v}});
+      break;
+    }
+    case EntityKind::kGeneric: {
+      const auto* g = static_cast<const GenericEntity*>(&entity);
+      AddGeneric(sink, g->data());
+      break;
+    }
   }
 }
 

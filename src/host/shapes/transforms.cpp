@@ -257,122 +257,187 @@ void TransformGeneric(GenericEntity::Data& d, const Matrix4& m) {
   if (auto n = m.TransformNormal(d.normal)) d.normal = *n;
 }
 
-void TransformKind(Entity& e, const Matrix4& m, bool readable) {
-  if (auto* l = As<Line>(&e)) {
-    auto& d = l->mutable_data();
-    const Vec3 n2 = NewNormal(m, d.normal);
-    d.thickness *= Dot(m.TransformVector(d.normal), n2);
-    d.start = m.TransformPoint(d.start);
-    d.end = m.TransformPoint(d.end);
-    d.normal = n2;
-  } else if (auto* c = As<Circle>(&e)) {
-    auto& d = c->mutable_data();
-    auto t = geometry::TransformArc(geometry::Arc::Circle(d.center, d.radius, d.normal), m);
-    if (!t) Refuse();
-    d.thickness *= Dot(m.TransformVector(d.normal), t->normal);
-    d.center = t->center;
-    d.radius = t->radius;
-    d.normal = t->normal;
-  } else if (auto* a = As<host::Arc>(&e)) {
-    auto& d = a->mutable_data();
-    auto t = geometry::TransformArc({d.center, d.radius, d.normal, d.start_angle, d.end_angle}, m);
-    if (!t) Refuse();
-    d.thickness *= Dot(m.TransformVector(d.normal), t->normal);
-    d = {t->center, t->radius, geometry::NormalizeAngle(t->start_angle),
-         geometry::NormalizeAngle(t->end_angle), t->normal, d.thickness};
-  } else if (auto* el = As<host::Ellipse>(&e)) {
-    auto& d = el->mutable_data();
-    auto t = geometry::TransformEllipse(
-        {d.center, d.major_axis, d.radius_ratio, d.normal, d.start_param, d.end_param}, m);
-    if (!t) Refuse();
-    d = {t->center, t->major_axis, t->normal, t->ratio, t->start_param, t->end_param};
-  } else if (auto* pl = As<LwPolyline>(&e)) {
-    auto& d = pl->mutable_data();
+// Multiline text moves its frame and always reads forward.
+void TransformMText(MText* mt, const Matrix4& m) {
+  auto& d = mt->mutable_data();
+  const auto ax = geometry::ArbitraryAxis(d.normal);
+  if (!ax) Refuse();
+  const Vec3 dir = ax->x * std::cos(d.rotation) + ax->y * std::sin(d.rotation);
+  const Vec3 up = Cross(ax->z, dir);
+  const Vec3 n2 = NewNormal(m, d.normal);
+  Vec3 dir2 = m.TransformVector(dir);
+  const Vec3 up2 = m.TransformVector(up);
+  d.width *= Length(dir2);
+  d.height *= Length(up2);
+  // Multiline text always reads forward.
+  if (Dot(Cross(dir2, up2), n2) < 0) dir2 = Cross(up2, n2);
+  d.insertion = m.TransformPoint(d.insertion);
+  d.normal = n2;
+  d.rotation = AngleIn(n2, dir2);
+}
+
+// A hatch transforms its boundary loops in its plane, and its pattern's angle and scale.
+void TransformHatch(Hatch* h, const Matrix4& m) {
+  auto& d = h->mutable_data();
+  const Vec3 old_normal = d.normal;
+  const Vec3 n2 = NewNormal(m, old_normal);
+  const auto ax = geometry::ArbitraryAxis(old_normal);
+  const Vec3 pattern_dir = ax->x * std::cos(d.pattern_angle) + ax->y * std::sin(d.pattern_angle);
+  for (HatchLoop& loop : d.loops) {
     std::vector<geometry::Vec2*> pts;
-    std::vector<double*> bulges, widths{&d.constant_width};
-    for (auto& v : d.vertices) {
-      pts.push_back(&v.point);
-      bulges.push_back(&v.bulge);
-      widths.push_back(&v.start_width);
-      widths.push_back(&v.end_width);
+    std::vector<double*> bulges;
+    for (auto& q : loop.points) pts.push_back(&q);
+    loop.bulges.resize(loop.points.size(), 0.0);
+    for (double& b : loop.bulges) bulges.push_back(&b);
+    double elevation = d.elevation;
+    Vec3 normal = old_normal;
+    TransformPolyline(pts, bulges, {}, &elevation, &normal, m);
+  }
+  d.elevation = geometry::WcsToOcs(m.TransformPoint(*geometry::OcsToWcs({0, 0, d.elevation}, old_normal)), n2)->z;
+  d.pattern_angle = AngleIn(n2, m.TransformVector(pattern_dir));
+  d.pattern_scale *= LengthScale(m);
+  d.normal = n2;
+}
+
+// A dimension moves its definition points and its picture's entities.
+void TransformDimension(Dimension* dim, const Matrix4& m, bool readable) {
+  auto& d = dim->mutable_data();
+  const auto ax = geometry::ArbitraryAxis(d.normal);
+  if (!ax) Refuse();
+  const Vec3 n2 = NewNormal(m, d.normal);
+  const Vec3 dir = ax->x * std::cos(d.rotation) + ax->y * std::sin(d.rotation);
+  for (Vec3* p : {&d.p10, &d.p11, &d.p13, &d.p14, &d.p15, &d.p16}) *p = m.TransformPoint(*p);
+  d.rotation = AngleIn(n2, m.TransformVector(dir));
+  d.normal = n2;
+  if (d.block && !d.block->IsLayout()) {
+    for (Entity* inner : d.block->entities()) {
+      if (!inner->erased()) TransformEntity(*inner, m, readable);
     }
-    const Vec3 old_normal = d.normal;
-    TransformPolyline(pts, bulges, widths, &d.elevation, &d.normal, m);
-    d.thickness *= Dot(m.TransformVector(old_normal), d.normal);
-  } else if (auto* pt = As<PointEntity>(&e)) {
-    auto& d = pt->mutable_data();
-    d.position = m.TransformPoint(d.position);
-    d.normal = NewNormal(m, d.normal);
-  } else if (auto* t = As<Text>(&e)) {
-    TransformText(t->mutable_data(), m, readable, t->data().text);
-  } else if (auto* ad = As<AttributeDef>(&e)) {
-    TransformText(ad->mutable_data(), m, readable, ad->data().tag);
-  } else if (auto* ar = As<AttributeRef>(&e)) {
-    TransformText(ar->mutable_data(), m, readable, ar->data().text);
-  } else if (auto* mt = As<MText>(&e)) {
-    auto& d = mt->mutable_data();
-    const auto ax = geometry::ArbitraryAxis(d.normal);
-    if (!ax) Refuse();
-    const Vec3 dir = ax->x * std::cos(d.rotation) + ax->y * std::sin(d.rotation);
-    const Vec3 up = Cross(ax->z, dir);
-    const Vec3 n2 = NewNormal(m, d.normal);
-    Vec3 dir2 = m.TransformVector(dir);
-    const Vec3 up2 = m.TransformVector(up);
-    d.width *= Length(dir2);
-    d.height *= Length(up2);
-    // Multiline text always reads forward.
-    if (Dot(Cross(dir2, up2), n2) < 0) dir2 = Cross(up2, n2);
-    d.insertion = m.TransformPoint(d.insertion);
-    d.normal = n2;
-    d.rotation = AngleIn(n2, dir2);
-  } else if (auto* br = As<BlockRef>(&e)) {
-    TransformBlockRef(*br, m, readable);
-  } else if (auto* h = As<Hatch>(&e)) {
-    auto& d = h->mutable_data();
-    const Vec3 old_normal = d.normal;
-    const Vec3 n2 = NewNormal(m, old_normal);
-    const auto ax = geometry::ArbitraryAxis(old_normal);
-    const Vec3 pattern_dir = ax->x * std::cos(d.pattern_angle) + ax->y * std::sin(d.pattern_angle);
-    for (HatchLoop& loop : d.loops) {
-      std::vector<geometry::Vec2*> pts;
-      std::vector<double*> bulges;
-      for (auto& q : loop.points) pts.push_back(&q);
-      loop.bulges.resize(loop.points.size(), 0.0);
-      for (double& b : loop.bulges) bulges.push_back(&b);
-      double elevation = d.elevation;
-      Vec3 normal = old_normal;
-      TransformPolyline(pts, bulges, {}, &elevation, &normal, m);
+  }
+}
+
+// A polyline's vertices, bulges and widths in its plane.
+void TransformLwPolyline(LwPolyline* pl, const Matrix4& m) {
+  auto& d = pl->mutable_data();
+  std::vector<geometry::Vec2*> pts;
+  std::vector<double*> bulges, widths{&d.constant_width};
+  for (auto& v : d.vertices) {
+    pts.push_back(&v.point);
+    bulges.push_back(&v.bulge);
+    widths.push_back(&v.start_width);
+    widths.push_back(&v.end_width);
+  }
+  const Vec3 old_normal = d.normal;
+  TransformPolyline(pts, bulges, widths, &d.elevation, &d.normal, m);
+  d.thickness *= Dot(m.TransformVector(old_normal), d.normal);
+}
+
+void TransformKind(Entity& e, const Matrix4& m, bool readable) {
+  switch (e.Kind()) {
+    case EntityKind::kLine: {
+      auto* l = static_cast<Line*>(&e);
+      auto& d = l->mutable_data();
+      const Vec3 n2 = NewNormal(m, d.normal);
+      d.thickness *= Dot(m.TransformVector(d.normal), n2);
+      d.start = m.TransformPoint(d.start);
+      d.end = m.TransformPoint(d.end);
+      d.normal = n2;
+      break;
     }
-    d.elevation = geometry::WcsToOcs(m.TransformPoint(*geometry::OcsToWcs({0, 0, d.elevation}, old_normal)), n2)->z;
-    d.pattern_angle = AngleIn(n2, m.TransformVector(pattern_dir));
-    d.pattern_scale *= LengthScale(m);
-    d.normal = n2;
-  } else if (auto* dim = As<Dimension>(&e)) {
-    auto& d = dim->mutable_data();
-    const auto ax = geometry::ArbitraryAxis(d.normal);
-    if (!ax) Refuse();
-    const Vec3 n2 = NewNormal(m, d.normal);
-    const Vec3 dir = ax->x * std::cos(d.rotation) + ax->y * std::sin(d.rotation);
-    for (Vec3* p : {&d.p10, &d.p11, &d.p13, &d.p14, &d.p15, &d.p16}) *p = m.TransformPoint(*p);
-    d.rotation = AngleIn(n2, m.TransformVector(dir));
-    d.normal = n2;
-    if (d.block && !d.block->IsLayout()) {
-      for (Entity* inner : d.block->entities()) {
-        if (!inner->erased()) TransformEntity(*inner, m, readable);
-      }
+    case EntityKind::kCircle: {
+      auto* c = static_cast<Circle*>(&e);
+      auto& d = c->mutable_data();
+      auto t = geometry::TransformArc(geometry::Arc::Circle(d.center, d.radius, d.normal), m);
+      if (!t) Refuse();
+      d.thickness *= Dot(m.TransformVector(d.normal), t->normal);
+      d.center = t->center;
+      d.radius = t->radius;
+      d.normal = t->normal;
+      break;
     }
-  } else if (auto* wo = As<Wipeout>(&e)) {
-    auto& d = wo->mutable_data();
-    d.origin = m.TransformPoint(d.origin);
-    d.u = m.TransformVector(d.u);
-    d.v = m.TransformVector(d.v);
-  } else if (auto* ri = As<RasterImage>(&e)) {
-    auto& d = ri->mutable_data();
-    d.origin = m.TransformPoint(d.origin);
-    d.u = m.TransformVector(d.u);
-    d.v = m.TransformVector(d.v);
-  } else if (auto* g = As<GenericEntity>(&e)) {
-    TransformGeneric(g->mutable_data(), m);
+    case EntityKind::kArc: {
+      auto* a = static_cast<host::Arc*>(&e);
+      auto& d = a->mutable_data();
+      auto t = geometry::TransformArc({d.center, d.radius, d.normal, d.start_angle, d.end_angle}, m);
+      if (!t) Refuse();
+      d.thickness *= Dot(m.TransformVector(d.normal), t->normal);
+      d = {t->center, t->radius, geometry::NormalizeAngle(t->start_angle),
+           geometry::NormalizeAngle(t->end_angle), t->normal, d.thickness};
+      break;
+    }
+    case EntityKind::kEllipse: {
+      auto* el = static_cast<host::Ellipse*>(&e);
+      auto& d = el->mutable_data();
+      auto t = geometry::TransformEllipse(
+          {d.center, d.major_axis, d.radius_ratio, d.normal, d.start_param, d.end_param}, m);
+      if (!t) Refuse();
+      d = {t->center, t->major_axis, t->normal, t->ratio, t->start_param, t->end_param};
+      break;
+    }
+    case EntityKind::kLwPolyline: {
+      TransformLwPolyline(static_cast<LwPolyline*>(&e), m);
+      break;
+    }
+    case EntityKind::kPoint: {
+      auto* pt = static_cast<PointEntity*>(&e);
+      auto& d = pt->mutable_data();
+      d.position = m.TransformPoint(d.position);
+      d.normal = NewNormal(m, d.normal);
+      break;
+    }
+    case EntityKind::kText: {
+      auto* t = static_cast<Text*>(&e);
+      TransformText(t->mutable_data(), m, readable, t->data().text);
+      break;
+    }
+    case EntityKind::kAttributeDef: {
+      auto* ad = static_cast<AttributeDef*>(&e);
+      TransformText(ad->mutable_data(), m, readable, ad->data().tag);
+      break;
+    }
+    case EntityKind::kAttributeRef: {
+      auto* ar = static_cast<AttributeRef*>(&e);
+      TransformText(ar->mutable_data(), m, readable, ar->data().text);
+      break;
+    }
+    case EntityKind::kMText: {
+      TransformMText(static_cast<MText*>(&e), m);
+      break;
+    }
+    case EntityKind::kBlockRef: {
+      auto* br = static_cast<BlockRef*>(&e);
+      TransformBlockRef(*br, m, readable);
+      break;
+    }
+    case EntityKind::kHatch: {
+      TransformHatch(static_cast<Hatch*>(&e), m);
+      break;
+    }
+    case EntityKind::kDimension: {
+      TransformDimension(static_cast<Dimension*>(&e), m, readable);
+      break;
+    }
+    case EntityKind::kWipeout: {
+      auto* wo = static_cast<Wipeout*>(&e);
+      auto& d = wo->mutable_data();
+      d.origin = m.TransformPoint(d.origin);
+      d.u = m.TransformVector(d.u);
+      d.v = m.TransformVector(d.v);
+      break;
+    }
+    case EntityKind::kRasterImage: {
+      auto* ri = static_cast<RasterImage*>(&e);
+      auto& d = ri->mutable_data();
+      d.origin = m.TransformPoint(d.origin);
+      d.u = m.TransformVector(d.u);
+      d.v = m.TransformVector(d.v);
+      break;
+    }
+    case EntityKind::kGeneric: {
+      auto* g = static_cast<GenericEntity*>(&e);
+      TransformGeneric(g->mutable_data(), m);
+      break;
+    }
   }
 }
 
