@@ -5,7 +5,6 @@
 #include <cmath>
 #include <cstdlib>
 #include <numbers>
-#include <typeinfo>
 
 #include "geometry/ocs.h"
 #include "host/dxf/binding.h"
@@ -21,13 +20,27 @@ namespace tovik::host::dxf {
 // Kinds whose host data leaves out groups their record has: a copy of one
 // read from a file is written from the record it came from.
 bool WrittenFromSource(const Entity& e) {
-  if (As<GenericEntity>(&e) || As<Dimension>(&e) ||
-      As<RasterImage>(&e) || As<Wipeout>(&e)) {
-    return true;
+  switch (e.Kind()) {
+    case EntityKind::kGeneric:
+    case EntityKind::kDimension:
+    case EntityKind::kRasterImage:
+    case EntityKind::kWipeout:
+    // A hatch read from a file keeps its edges and pattern lines as the file
+    // wrote them; its loops are rewritten only when they changed.
+    case EntityKind::kHatch: return true;
+    case EntityKind::kLine:
+    case EntityKind::kCircle:
+    case EntityKind::kArc:
+    case EntityKind::kEllipse:
+    case EntityKind::kLwPolyline:
+    case EntityKind::kPoint:
+    case EntityKind::kText:
+    case EntityKind::kAttributeDef:
+    case EntityKind::kAttributeRef:
+    case EntityKind::kMText:
+    case EntityKind::kBlockRef: return false;
   }
-  // A hatch read from a file keeps its edges and pattern lines as the file
-  // wrote them; its loops are rewritten only when they changed.
-  return As<Hatch>(&e) != nullptr;
+  return false;
 }
 
 namespace {
@@ -56,21 +69,10 @@ void AppendRecordTags(const Record& record, RawTags* out) {
 }  // namespace
 
 void RememberSourceRecords(DxfSource& source) {
-  // The answer for each dynamic type met: asking WrittenFromSource of every
-  // bound object took six dynamic_casts per record, each failed one
-  // comparing type names.
-  std::vector<std::pair<const std::type_info*, bool>> from_source;
-  auto written_from_source = [&](const Entity& entity) {
-    const std::type_info* type = &typeid(entity);
-    for (const auto& [known, answer] : from_source) {
-      if (known == type) return answer;
-    }
-    return from_source.emplace_back(type, WrittenFromSource(entity)).second;
-  };
   for (const auto& [record, binding] : source.bindings) {
     if (!binding.object->IsEntity()) continue;
     const auto* entity = AsEntity(binding.object);
-    if (entity == nullptr || !written_from_source(*entity) || entity->extra() != nullptr) continue;
+    if (entity == nullptr || !WrittenFromSource(*entity) || entity->extra() != nullptr) continue;
     RawTags tags;
     AppendRecordTags(*record, &tags);
     for (const Record& f : record->followers) AppendRecordTags(f, &tags);

@@ -192,6 +192,17 @@ void DbWriter::PutNormal(const Vec3& normal) {
   if (!IsZAxis(normal)) PutPoint(210, normal);
 }
 
+void DbWriter::PutMTextChunks(std::string_view text) {
+  std::string_view s = text;
+  while (s.size() > 250) {
+    size_t cut = 250;
+    while (cut > 0 && (static_cast<unsigned char>(s[cut]) & 0xC0) == 0x80) --cut;
+    PutString(3, s.substr(0, cut));
+    s.remove_prefix(cut);
+  }
+  PutString(1, s);
+}
+
 void DbWriter::EmitEntityGeometry(const Entity& entity) {
   switch (entity.Kind()) {
     case EntityKind::kLine: return EmitLineGeometry(static_cast<const Line&>(entity));
@@ -295,15 +306,7 @@ void DbWriter::EmitMTextGeometry(const MText& o) {
   PutReal(41, d.width);
   PutInt(71, d.attachment);
   PutInt(72, d.drawing_direction);
-  // Chunks of at most 250 bytes, never splitting a UTF-8 sequence.
-  std::string_view s = d.text;
-  while (s.size() > 250) {
-    size_t cut = 250;
-    while (cut > 0 && (static_cast<unsigned char>(s[cut]) & 0xC0) == 0x80) --cut;
-    PutString(3, s.substr(0, cut));
-    s.remove_prefix(cut);
-  }
-  PutString(1, s);
+  PutMTextChunks(d.text);
   PutString(7, d.style != nullptr ? d.style->Name() : "Standard");
   PutNormal(d.normal);
   if (d.rotation != 0) PutReal(50, d.rotation * kRadToDeg);

@@ -79,61 +79,7 @@ void DbWriter::XDataTags(const XData& xdata, std::vector<Tag>* out) {
   }
 }
 
-namespace {
-
-// The kinds KindsOf tells apart.
-enum KindBit : uint32_t {
-  kIsEntity = 1u << 0,
-  kIsLine = 1u << 1,
-  kIsCircle = 1u << 2,
-  kIsArc = 1u << 3,
-  kIsPoint = 1u << 4,
-  kIsEllipse = 1u << 5,
-  kIsText = 1u << 6,
-  kIsAttributeRef = 1u << 7,
-  kIsAttributeDef = 1u << 8,
-  kIsMText = 1u << 9,
-  kIsBlockRef = 1u << 10,
-  kIsLayer = 1u << 11,
-  kIsRegApp = 1u << 12,
-  kIsLwPolyline = 1u << 13,
-  kIsHatch = 1u << 14,
-};
-
-template <class Kind>
-uint32_t BitIf(const DbObject& object, uint32_t bit) {
-  return dynamic_cast<const Kind*>(&object) != nullptr ? bit : 0;
-}
-
-// `object` as `Kind` when `kinds` (its KindsOf) has `bit`, else nullptr.
-template <class Kind>
-const Kind* As(const DbObject& object, uint32_t kinds, uint32_t bit) {
-  return (kinds & bit) != 0 ? static_cast<const Kind*>(&object) : nullptr;
-}
-
-}  // namespace
-
-uint32_t DbWriter::KindsOf(const DbObject& object) {
-  const std::type_info* type = &typeid(object);
-  for (const auto& [known, bits] : kinds_) {
-    if (known == type) return bits;
-  }
-  uint32_t bits = BitIf<Entity>(object, kIsEntity) | BitIf<Line>(object, kIsLine) |
-                  BitIf<Circle>(object, kIsCircle) | BitIf<Arc>(object, kIsArc) |
-                  BitIf<PointEntity>(object, kIsPoint) | BitIf<Ellipse>(object, kIsEllipse) |
-                  BitIf<Text>(object, kIsText) | BitIf<AttributeRef>(object, kIsAttributeRef) |
-                  BitIf<AttributeDef>(object, kIsAttributeDef) | BitIf<MText>(object, kIsMText) |
-                  BitIf<BlockRef>(object, kIsBlockRef) | BitIf<LayerRecord>(object, kIsLayer) |
-                  BitIf<RegApp>(object, kIsRegApp) | BitIf<LwPolyline>(object, kIsLwPolyline) |
-                  BitIf<Hatch>(object, kIsHatch);
-  kinds_.emplace_back(type, bits);
-  return bits;
-}
-
 void DbWriter::Modelled(const DbObject& object, std::vector<Tag>* want) {
-  // The first kind in this order that the object is decides what is written.
-  const uint32_t kinds = KindsOf(object);
-
   auto real = [&](int code, double v) { want->push_back(Tag::Double(code, v)); };
   auto point = [&](int code, const Vec3& p) {
     real(code, p.x);
@@ -142,68 +88,104 @@ void DbWriter::Modelled(const DbObject& object, std::vector<Tag>* want) {
   };
   auto text = [&](int code, std::string_view s) { want->push_back(Tag::String(code, Keep(std::string(s)))); };
   auto integer = [&](int code, int64_t v) { want->push_back(Tag::Integer(code, v)); };
-  if (const auto* e = As<Entity>(object, kinds, kIsEntity)) {
-    const EntityProps& p = e->props();
-    if (p.layer) text(8, p.layer->Name());
-    if (p.linetype && p.linetype != doc_.bylayer_linetype()) text(6, p.linetype->Name());
-    if (p.color.method == kColorByRgb) {
-      integer(62, NearestAci(p.color.rgb));
-      integer(420, p.color.rgb);
-    } else if (p.color.index != 256) {
-      integer(62, p.color.index);
+  const Entity* e = AsEntity(&object);
+  if (e == nullptr) {
+    // Of the records, layers and registered applications are patched.
+    if (const auto* o = dynamic_cast<const LayerRecord*>(&object)) {
+      const auto& d = o->data();
+      text(2, d.name);
+      integer(62, d.on ? d.color.index : -std::abs(d.color.index));
+      if (d.linetype) text(6, d.linetype->Name());
+    } else if (const auto* o = dynamic_cast<const RegApp*>(&object)) {
+      text(2, o->data().name);
     }
-    if (p.lineweight != -1) integer(370, p.lineweight);
-    if (p.linetype_scale != 1) real(48, p.linetype_scale);
-    if (!p.visible) integer(60, 1);
+    return;
   }
-  if (const auto* o = As<Line>(object, kinds, kIsLine)) {
-    point(10, o->data().start);
-    point(11, o->data().end);
-  } else if (const auto* o = As<Circle>(object, kinds, kIsCircle)) {
-    point(10, Ocs(o->data().center, o->data().normal));
-    real(40, o->data().radius);
-  } else if (const auto* o = As<Arc>(object, kinds, kIsArc)) {
-    point(10, Ocs(o->data().center, o->data().normal));
-    real(40, o->data().radius);
-    real(50, o->data().start_angle * kRadToDeg);
-    real(51, o->data().end_angle * kRadToDeg);
-  } else if (const auto* o = As<PointEntity>(object, kinds, kIsPoint)) {
-    point(10, o->data().position);
-  } else if (const auto* o = As<Ellipse>(object, kinds, kIsEllipse)) {
-    point(10, o->data().center);
-    point(11, o->data().major_axis);
-    real(40, o->data().radius_ratio);
-  } else if (const TextData* t = (kinds & kIsText) != 0
-                                     ? &static_cast<const Text&>(object).data()
-                                 : (kinds & kIsAttributeRef) != 0
-                                     ? static_cast<const TextData*>(&static_cast<const AttributeRef&>(object).data())
-                                 : (kinds & kIsAttributeDef) != 0
-                                     ? static_cast<const TextData*>(&static_cast<const AttributeDef&>(object).data())
-                                     : nullptr) {
-    point(10, Ocs(t->insertion, t->normal));
-    real(40, t->height);
-    text(1, t->text);
-    if (t->rotation != 0) real(50, t->rotation * kRadToDeg);
-    if (t->alignment_mode != 0) point(11, Ocs(t->alignment, t->normal));
-    if (const auto* a = As<AttributeRef>(object, kinds, kIsAttributeRef)) text(2, a->data().tag);
-    if (const auto* a = As<AttributeDef>(object, kinds, kIsAttributeDef)) text(2, a->data().tag);
-  } else if (const auto* o = As<MText>(object, kinds, kIsMText)) {
-    point(10, o->data().insertion);
-    real(40, o->data().height);
-  } else if (const auto* o = As<BlockRef>(object, kinds, kIsBlockRef)) {
-    if (o->data().block) text(2, o->data().block->Name());
-    point(10, Ocs(o->data().insertion, o->data().normal));
-    if (o->data().scale.x != 1) real(41, o->data().scale.x);
-    if (o->data().scale.y != 1) real(42, o->data().scale.y);
-    if (o->data().scale.z != 1) real(43, o->data().scale.z);
-    if (o->data().rotation != 0) real(50, o->data().rotation * kRadToDeg);
-  } else if (const auto* o = As<LayerRecord>(object, kinds, kIsLayer)) {
-    const auto& d = o->data();
-    text(2, d.name);
-    integer(62, d.on ? d.color.index : -std::abs(d.color.index));
-    if (d.linetype) text(6, d.linetype->Name());
-  } else if (const auto* o = As<RegApp>(object, kinds, kIsRegApp)) {
-    text(2, o->data().name);
+  const EntityProps& p = e->props();
+  if (p.layer) text(8, p.layer->Name());
+  if (p.linetype && p.linetype != doc_.bylayer_linetype()) text(6, p.linetype->Name());
+  if (p.color.method == kColorByRgb) {
+    integer(62, NearestAci(p.color.rgb));
+    integer(420, p.color.rgb);
+  } else if (p.color.index != 256) {
+    integer(62, p.color.index);
+  }
+  if (p.lineweight != -1) integer(370, p.lineweight);
+  if (p.linetype_scale != 1) real(48, p.linetype_scale);
+  if (!p.visible) integer(60, 1);
+  auto text_groups = [&](const TextData& t) {
+    point(10, Ocs(t.insertion, t.normal));
+    real(40, t.height);
+    text(1, t.text);
+    if (t.rotation != 0) real(50, t.rotation * kRadToDeg);
+    if (t.alignment_mode != 0) point(11, Ocs(t.alignment, t.normal));
+  };
+  switch (e->Kind()) {
+    case EntityKind::kLine: {
+      const auto& d = static_cast<const Line*>(e)->data();
+      point(10, d.start);
+      point(11, d.end);
+      break;
+    }
+    case EntityKind::kCircle: {
+      const auto& d = static_cast<const Circle*>(e)->data();
+      point(10, Ocs(d.center, d.normal));
+      real(40, d.radius);
+      break;
+    }
+    case EntityKind::kArc: {
+      const auto& d = static_cast<const Arc*>(e)->data();
+      point(10, Ocs(d.center, d.normal));
+      real(40, d.radius);
+      real(50, d.start_angle * kRadToDeg);
+      real(51, d.end_angle * kRadToDeg);
+      break;
+    }
+    case EntityKind::kPoint: point(10, static_cast<const PointEntity*>(e)->data().position); break;
+    case EntityKind::kEllipse: {
+      const auto& d = static_cast<const Ellipse*>(e)->data();
+      point(10, d.center);
+      point(11, d.major_axis);
+      real(40, d.radius_ratio);
+      break;
+    }
+    case EntityKind::kText: text_groups(static_cast<const Text*>(e)->data()); break;
+    case EntityKind::kAttributeRef: {
+      const auto& d = static_cast<const AttributeRef*>(e)->data();
+      text_groups(d);
+      text(2, d.tag);
+      break;
+    }
+    case EntityKind::kAttributeDef: {
+      const auto& d = static_cast<const AttributeDef*>(e)->data();
+      text_groups(d);
+      text(2, d.tag);
+      break;
+    }
+    case EntityKind::kMText: {
+      const auto& d = static_cast<const MText*>(e)->data();
+      point(10, d.insertion);
+      real(40, d.height);
+      break;
+    }
+    case EntityKind::kBlockRef: {
+      const auto& d = static_cast<const BlockRef*>(e)->data();
+      if (d.block) text(2, d.block->Name());
+      point(10, Ocs(d.insertion, d.normal));
+      if (d.scale.x != 1) real(41, d.scale.x);
+      if (d.scale.y != 1) real(42, d.scale.y);
+      if (d.scale.z != 1) real(43, d.scale.z);
+      if (d.rotation != 0) real(50, d.rotation * kRadToDeg);
+      break;
+    }
+    // Vertices, text and boundaries of these are compared whole (EmitPatched);
+    // the others are written as read but for their common properties.
+    case EntityKind::kLwPolyline:
+    case EntityKind::kHatch:
+    case EntityKind::kDimension:
+    case EntityKind::kWipeout:
+    case EntityKind::kRasterImage:
+    case EntityKind::kGeneric: break;
   }
 }
 
@@ -247,6 +229,66 @@ void DbWriter::PutHatchLoops(const std::vector<HatchLoop>& loops) {
   }
 }
 
+namespace {
+
+// Whether the polyline's vertices differ from those of the record: they are
+// compared as a whole, and a changed list is written anew.
+bool VerticesChanged(const LwPolyline::Data& d, std::span<const Tag> body) {
+  size_t k = 0;
+  const auto& vs = d.vertices;
+  auto differs = [](double have, double read) {
+    return std::fabs(have - read) > 1e-10 * std::max(1.0, std::fabs(read));
+  };
+  for (const Tag& t : body) {
+    if (t.code == 10) {
+      if (k >= vs.size() || differs(vs[k].point.x, t.real)) return true;
+      ++k;
+    } else if (t.code == 20 && k > 0 && k <= vs.size() && differs(vs[k - 1].point.y, t.real)) {
+      return true;
+    }
+  }
+  return k != vs.size();
+}
+
+// The text of a multiline text record: its 3 chunks, then its 1.
+std::string TextOfRecord(const Record& record) {
+  std::string text;
+  for (const Tag* t : record.FindAll(3)) text += t->text;
+  text += record.StringOr(1);
+  return text;
+}
+
+// Hatch boundaries stay as the file wrote them (edges of every kind) while
+// the host's loops are the ones read from them; they are rewritten as
+// polyline paths once the hatch was moved or its loops changed. True, with
+// the body's range of boundary groups, when they must be rewritten.
+bool LoopsToRewrite(const Record& record, const Hatch::Data& hatch, size_t* begin, size_t* end) {
+  std::span<const Tag> body = record.Body();
+  for (size_t i = 0; i < body.size(); ++i) {
+    if (*begin == 0 && body[i].code == 91) *begin = i;
+    if (*begin != 0 && body[i].code == 75) {
+      *end = i;
+      break;
+    }
+  }
+  auto part = record.Subclass("AcDbHatch");
+  return *end != 0 && !SameLoops(ReadHatchLoops(part ? *part : body), hatch.loops);
+}
+
+}  // namespace
+
+void DbWriter::PutVertices(const LwPolyline::Data& d) {
+  for (const auto& v : d.vertices) {
+    PutReal(10, v.point.x);
+    PutReal(20, v.point.y);
+    if (v.start_width != 0 || v.end_width != 0) {
+      PutReal(40, v.start_width);
+      PutReal(41, v.end_width);
+    }
+    if (v.bulge != 0) PutReal(42, v.bulge);
+  }
+}
+
 void DbWriter::EmitPatched(const Record& record, const Binding& binding) {
   const DbObject& object = *binding.object;
   std::vector<Tag> want;
@@ -254,49 +296,15 @@ void DbWriter::EmitPatched(const Record& record, const Binding& binding) {
   std::vector<bool> used(want.size(), false);
   std::span<const Tag> body = record.Body();
   // Layer flags keep the bits the host does not model.
-  const uint32_t kinds = KindsOf(object);
-  const auto* layer = As<LayerRecord>(object, kinds, kIsLayer);
-  const auto* lw = As<LwPolyline>(object, kinds, kIsLwPolyline);
-  const auto* mtext = As<MText>(object, kinds, kIsMText);
-  bool rewrite_vertices = false;
-  if (lw != nullptr) {
-    // Vertices are compared as a whole; a changed list is written anew.
-    size_t k = 0;
-    const auto& vs = lw->data().vertices;
-    for (const Tag& t : body) {
-      if (t.code == 10) {
-        if (k >= vs.size() || std::fabs(vs[k].point.x - t.real) > 1e-10 * std::max(1.0, std::fabs(t.real))) rewrite_vertices = true;
-        ++k;
-      } else if (t.code == 20 && k > 0 && k <= vs.size() &&
-                 std::fabs(vs[k - 1].point.y - t.real) > 1e-10 * std::max(1.0, std::fabs(t.real))) {
-        rewrite_vertices = true;
-      }
-    }
-    rewrite_vertices = rewrite_vertices || k != vs.size();
-  }
-  std::string mtext_original;
-  if (mtext != nullptr) {
-    for (const Tag* t : record.FindAll(3)) mtext_original += t->text;
-    mtext_original += record.StringOr(1);
-  }
-  bool rewrite_mtext = mtext != nullptr && mtext_original != mtext->data().text;
-  // Hatch boundaries: kept as the file wrote them (edges of every kind)
-  // while the host's loops are the ones read from them; rewritten as
-  // polyline paths once the hatch was moved or its loops changed.
+  const auto* layer = object.IsEntity() ? nullptr : dynamic_cast<const LayerRecord*>(&object);
+  const auto* lw = As<LwPolyline>(&object);
+  const auto* mtext = As<MText>(&object);
+  const bool rewrite_vertices = lw != nullptr && VerticesChanged(lw->data(), body);
+  const bool rewrite_mtext = mtext != nullptr && TextOfRecord(record) != mtext->data().text;
   size_t loops_begin = 0, loops_end = 0;
-  const auto* hatch = As<Hatch>(object, kinds, kIsHatch);
-  if (hatch != nullptr) {
-    for (size_t i = 0; i < body.size(); ++i) {
-      if (loops_begin == 0 && body[i].code == 91) loops_begin = i;
-      if (loops_begin != 0 && body[i].code == 75) {
-        loops_end = i;
-        break;
-      }
-    }
-    auto part = record.Subclass("AcDbHatch");
-    if (loops_end == 0 || SameLoops(ReadHatchLoops(part ? *part : body), hatch->data().loops)) {
-      hatch = nullptr;  // nothing to rewrite
-    }
+  const auto* hatch = As<Hatch>(&object);
+  if (hatch != nullptr && !LoopsToRewrite(record, hatch->data(), &loops_begin, &loops_end)) {
+    hatch = nullptr;
   }
 
   // Common properties the record lacks go right after its own common
@@ -344,29 +352,12 @@ void DbWriter::EmitPatched(const Record& record, const Binding& binding) {
             if (body[k].code == 10) first = k == i;
             if (body[k].code == 10) break;
           }
-          if (first) {
-            for (const auto& v : lw->data().vertices) {
-              PutReal(10, v.point.x);
-              PutReal(20, v.point.y);
-              if (v.start_width != 0 || v.end_width != 0) {
-                PutReal(40, v.start_width);
-                PutReal(41, v.end_width);
-              }
-              if (v.bulge != 0) PutReal(42, v.bulge);
-            }
-          }
+          if (first) PutVertices(lw->data());
         }
         continue;
       }
       if (rewrite_mtext && (t.code == 1 || t.code == 3)) {
-        if (t.code == 1) {
-          std::string_view s = mtext->data().text;
-          while (s.size() > 250) {
-            PutString(3, s.substr(0, 250));
-            s.remove_prefix(250);
-          }
-          PutString(1, s);
-        }
+        if (t.code == 1) PutMTextChunks(mtext->data().text);
         continue;
       }
       if (layer != nullptr && t.code == 70) {

@@ -21,7 +21,6 @@
 #include <span>
 #include <string>
 #include <string_view>
-#include <typeinfo>
 #include <unordered_map>
 #include <unordered_set>
 #include <vector>
@@ -126,11 +125,11 @@ class DbWriter {
   void Modelled(const DbObject& object, std::vector<Tag>* want);
   // Extended data as tags.
   void XDataTags(const XData& xdata, std::vector<Tag>* out);
-  // Which of the kinds the patching code tells apart `object` is, one bit
-  // each (kIs... in db_writer_patch.cpp). Each answer is a dynamic_cast,
-  // and a failed one compares type names; a record is patched after a
-  // dozen or more of them, so the bits are remembered per dynamic type.
-  uint32_t KindsOf(const DbObject& object);
+  // A polyline's vertices, as the LWPOLYLINE record lists them.
+  void PutVertices(const LwPolyline::Data& d);
+  // A multiline text's text: chunks of at most 250 bytes (3), never
+  // splitting a UTF-8 sequence, then the rest (1).
+  void PutMTextChunks(std::string_view text);
 
   Document& doc() const { return doc_; }
   // A handle for a record the host has no object for (BLOCK, ENDBLK, SEQEND).
@@ -284,8 +283,6 @@ class DbWriter {
   ObjectMap<bool> emitted_;
   std::unordered_set<const DbObject*> walked_;
   uint64_t plot_style_normal_ = 0;
-  // KindsOf's answers by dynamic type (a handful of types per drawing).
-  std::vector<std::pair<const std::type_info*, uint32_t>> kinds_;
   // Classes of the objects written from scratch ("LAYOUT", "WIPEOUT"...).
   std::unordered_set<std::string> needed_classes_;
 };
