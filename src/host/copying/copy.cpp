@@ -57,20 +57,50 @@ R* ImportRecord(Document& into, R* source) {
 
 // What a kind's own data names in its drawing, mapped into the copy's.
 void ImportKindRecords(Document& into, Entity* copy) {
-  if (auto* t = As<Text>(copy)) {
-    t->mutable_data().style = ImportRecord(into, t->mutable_data().style);
-  } else if (auto* d = As<AttributeDef>(copy)) {
-    d->mutable_data().style = ImportRecord(into, d->mutable_data().style);
-  } else if (auto* r = As<AttributeRef>(copy)) {
-    r->mutable_data().style = ImportRecord(into, r->mutable_data().style);
-  } else if (auto* m = As<MText>(copy)) {
-    m->mutable_data().style = ImportRecord(into, m->mutable_data().style);
-  } else if (auto* dim = As<Dimension>(copy)) {
-    dim->mutable_data().style = ImportRecord(into, dim->mutable_data().style);
-  } else if (auto* ref = As<BlockRef>(copy)) {
-    auto& data = ref->mutable_data();
-    if (data.block) data.block = ImportBlock(into, data.block);
-    if (data.dynamic_source) data.dynamic_source = ImportBlock(into, data.dynamic_source);
+  switch (copy->Kind()) {
+    case EntityKind::kText: {
+      auto* t = static_cast<Text*>(copy);
+      t->mutable_data().style = ImportRecord(into, t->mutable_data().style);
+      break;
+    }
+    case EntityKind::kAttributeDef: {
+      auto* d = static_cast<AttributeDef*>(copy);
+      d->mutable_data().style = ImportRecord(into, d->mutable_data().style);
+      break;
+    }
+    case EntityKind::kAttributeRef: {
+      auto* r = static_cast<AttributeRef*>(copy);
+      r->mutable_data().style = ImportRecord(into, r->mutable_data().style);
+      break;
+    }
+    case EntityKind::kMText: {
+      auto* m = static_cast<MText*>(copy);
+      m->mutable_data().style = ImportRecord(into, m->mutable_data().style);
+      break;
+    }
+    case EntityKind::kDimension: {
+      auto* dim = static_cast<Dimension*>(copy);
+      dim->mutable_data().style = ImportRecord(into, dim->mutable_data().style);
+      break;
+    }
+    case EntityKind::kBlockRef: {
+      auto* ref = static_cast<BlockRef*>(copy);
+      auto& data = ref->mutable_data();
+      if (data.block) data.block = ImportBlock(into, data.block);
+      if (data.dynamic_source) data.dynamic_source = ImportBlock(into, data.dynamic_source);
+      break;
+    }
+    case EntityKind::kLine:
+    case EntityKind::kCircle:
+    case EntityKind::kArc:
+    case EntityKind::kEllipse:
+    case EntityKind::kLwPolyline:
+    case EntityKind::kPoint:
+    case EntityKind::kHatch:
+    case EntityKind::kWipeout:
+    case EntityKind::kRasterImage:
+    case EntityKind::kGeneric:
+      break;  // these kinds name no records of their own
   }
 }
 
