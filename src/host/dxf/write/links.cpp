@@ -159,97 +159,9 @@ std::optional<Record> DbWriter::Relinked(const Record& record, const DbObject* o
     }
   }
   if (dict != nullptr) {
-    std::vector<DictEntry> want = EntriesOf(*dict);
-    std::vector<bool> used(want.size(), false);
-    std::vector<Tag> rebuilt;
-    size_t insert_at = std::string::npos;
-    int pair_code = dict->owner() != nullptr && !dynamic_cast<const Dictionary*>(dict->owner()) ? 360 : 350;
-    for (size_t k = 0; k < out.size(); ++k) {
-      const Tag& t = out[k];
-      if (t.code == 3 && k + 1 < out.size() && (out[k + 1].code == 350 || out[k + 1].code == 360)) {
-        const Tag& h = out[k + 1];
-        pair_code = h.code;
-        uint64_t handle = HandleValue(&h);
-        auto bound = bound_by_handle_.find(handle);
-        if (bound == bound_by_handle_.end()) {
-          rebuilt.push_back(t);  // an object the host keeps raw
-          rebuilt.push_back(h);
-        } else {
-          auto w = std::find_if(want.begin(), want.end(),
-                                [&](const DictEntry& e) { return e.object == bound->second; });
-          if (w == want.end()) {
-            changed = true;
-          } else {
-            used[static_cast<size_t>(w - want.begin())] = true;
-            // A key the host does not know (empty) keeps the file's.
-            bool same_key = w->key == t.text || w->key.empty();
-            changed |= !same_key;
-            rebuilt.push_back(same_key ? t : Tag::String(3, Keep(w->key)));
-            rebuilt.push_back(h);
-          }
-        }
-        ++k;
-        insert_at = rebuilt.size();
-        continue;
-      }
-      rebuilt.push_back(t);
-      if (t.code == 281 || (t.code == 280 && insert_at == std::string::npos)) insert_at = rebuilt.size();
-    }
-    if (insert_at == std::string::npos) insert_at = rebuilt.size();
-    std::vector<Tag> added;
-    for (size_t w = 0; w < want.size(); ++w) {
-      bool in_file = want[w].object == nullptr
-                         ? std::any_of(rebuilt.begin(), rebuilt.end(),
-                                       [&](const Tag& x) { return (x.code == 350 || x.code == 360) && HandleValue(&x) == want[w].handle; })
-                         : used[w];
-      if (in_file) continue;
-      added.push_back(Tag::String(3, Keep(want[w].key)));
-      added.push_back(handle_tag(pair_code, want[w].handle));
-    }
-    if (!added.empty()) {
-      changed = true;
-      rebuilt.insert(rebuilt.begin() + static_cast<std::ptrdiff_t>(insert_at), added.begin(), added.end());
-    }
-    out = std::move(rebuilt);
+    changed |= RelinkDictionary(*dict, &out);
   } else if (group != nullptr) {
-    std::vector<uint64_t> members;
-    for (const Entity* e : group->LiveMembers()) {
-      if (Written(e)) members.push_back(e->handle());
-    }
-    std::vector<uint64_t> in_file;
-    for (const Tag& t : out) {
-      if (t.code == 340) in_file.push_back(HandleValue(&t));
-    }
-    std::vector<Tag> rebuilt;
-    bool placed = false;
-    auto place = [&] {
-      for (uint64_t h : members) rebuilt.push_back(handle_tag(340, h));
-      placed = true;
-    };
-    const auto& d = group->data();
-    for (const Tag& t : out) {
-      if (t.code == 340) {
-        if (in_file != members && !placed) place();
-        if (in_file == members) rebuilt.push_back(t);
-        continue;
-      }
-      if (t.code == 300 && t.text != d.description) {
-        rebuilt.push_back(Tag::String(300, Keep(d.description)));
-        changed = true;
-        continue;
-      }
-      if (t.code == 71 && (t.integer != 0) != d.selectable) {
-        rebuilt.push_back(Tag::Integer(71, d.selectable ? 1 : 0));
-        changed = true;
-        continue;
-      }
-      rebuilt.push_back(t);
-    }
-    if (in_file != members) {
-      changed = true;
-      if (!placed) place();
-    }
-    out = std::move(rebuilt);
+    changed |= RelinkGroup(*group, &out);
   } else if (sortents != nullptr) {
     changed |= RelinkSortents(*sortents, &out);
   }
@@ -260,6 +172,116 @@ std::optional<Record> DbWriter::Relinked(const Record& record, const DbObject* o
   for (size_t k = body.size(); k < record.tags.size(); ++k) out.push_back(record.tags[k]);
   copy.tags = KeepTags(std::move(out));
   return copy;
+}
+
+bool DbWriter::RelinkDictionary(const Dictionary& dictionary, std::vector<Tag>* tags) {
+  // Entries the host keeps stay where the file put them (under the host's
+  // key); those it dropped go; new ones follow the last pair.
+  const Dictionary* dict = &dictionary;
+  std::vector<Tag>& out = *tags;
+  bool changed = false;
+  auto handle_tag = [&](int code, uint64_t h) { return Tag::String(code, Keep(HexOf(h))); };
+  std::vector<DictEntry> want = EntriesOf(*dict);
+  std::vector<bool> used(want.size(), false);
+  std::vector<Tag> rebuilt;
+  size_t insert_at = std::string::npos;
+  int pair_code = dict->owner() != nullptr && !dynamic_cast<const Dictionary*>(dict->owner()) ? 360 : 350;
+  for (size_t k = 0; k < out.size(); ++k) {
+    const Tag& t = out[k];
+    if (t.code == 3 && k + 1 < out.size() && (out[k + 1].code == 350 || out[k + 1].code == 360)) {
+      const Tag& h = out[k + 1];
+      pair_code = h.code;
+      uint64_t handle = HandleValue(&h);
+      auto bound = bound_by_handle_.find(handle);
+      if (bound == bound_by_handle_.end()) {
+        rebuilt.push_back(t);  // an object the host keeps raw
+        rebuilt.push_back(h);
+      } else {
+        auto w = std::find_if(want.begin(), want.end(),
+                              [&](const DictEntry& e) { return e.object == bound->second; });
+        if (w == want.end()) {
+          changed = true;
+        } else {
+          used[static_cast<size_t>(w - want.begin())] = true;
+          // A key the host does not know (empty) keeps the file's.
+          bool same_key = w->key == t.text || w->key.empty();
+          changed |= !same_key;
+          rebuilt.push_back(same_key ? t : Tag::String(3, Keep(w->key)));
+          rebuilt.push_back(h);
+        }
+      }
+      ++k;
+      insert_at = rebuilt.size();
+      continue;
+    }
+    rebuilt.push_back(t);
+    if (t.code == 281 || (t.code == 280 && insert_at == std::string::npos)) insert_at = rebuilt.size();
+  }
+  if (insert_at == std::string::npos) insert_at = rebuilt.size();
+  std::vector<Tag> added;
+  for (size_t w = 0; w < want.size(); ++w) {
+    bool in_file = want[w].object == nullptr
+                       ? std::any_of(rebuilt.begin(), rebuilt.end(),
+                                     [&](const Tag& x) { return (x.code == 350 || x.code == 360) && HandleValue(&x) == want[w].handle; })
+                       : used[w];
+    if (in_file) continue;
+    added.push_back(Tag::String(3, Keep(want[w].key)));
+    added.push_back(handle_tag(pair_code, want[w].handle));
+  }
+  if (!added.empty()) {
+    changed = true;
+    rebuilt.insert(rebuilt.begin() + static_cast<std::ptrdiff_t>(insert_at), added.begin(), added.end());
+  }
+  out = std::move(rebuilt);
+  return changed;
+}
+
+bool DbWriter::RelinkGroup(const Group& group_object, std::vector<Tag>* tags) {
+  // The members are written anew when they changed; description and
+  // selectable flag are patched in place.
+  const Group* group = &group_object;
+  std::vector<Tag>& out = *tags;
+  bool changed = false;
+  auto handle_tag = [&](int code, uint64_t h) { return Tag::String(code, Keep(HexOf(h))); };
+  std::vector<uint64_t> members;
+  for (const Entity* e : group->LiveMembers()) {
+    if (Written(e)) members.push_back(e->handle());
+  }
+  std::vector<uint64_t> in_file;
+  for (const Tag& t : out) {
+    if (t.code == 340) in_file.push_back(HandleValue(&t));
+  }
+  std::vector<Tag> rebuilt;
+  bool placed = false;
+  auto place = [&] {
+    for (uint64_t h : members) rebuilt.push_back(handle_tag(340, h));
+    placed = true;
+  };
+  const auto& d = group->data();
+  for (const Tag& t : out) {
+    if (t.code == 340) {
+      if (in_file != members && !placed) place();
+      if (in_file == members) rebuilt.push_back(t);
+      continue;
+    }
+    if (t.code == 300 && t.text != d.description) {
+      rebuilt.push_back(Tag::String(300, Keep(d.description)));
+      changed = true;
+      continue;
+    }
+    if (t.code == 71 && (t.integer != 0) != d.selectable) {
+      rebuilt.push_back(Tag::Integer(71, d.selectable ? 1 : 0));
+      changed = true;
+      continue;
+    }
+    rebuilt.push_back(t);
+  }
+  if (in_file != members) {
+    changed = true;
+    if (!placed) place();
+  }
+  out = std::move(rebuilt);
+  return changed;
 }
 
 bool DbWriter::RelinkSortents(const SortentsTable& table, std::vector<Tag>* tags) {

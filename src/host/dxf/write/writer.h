@@ -194,6 +194,10 @@ class DbWriter {
   // Whether `handle` names something this file will hold: a live object,
   // or a record of the model kept as it is.
   bool Present(uint64_t handle) const;
+  // A dictionary's entries and a group's members brought up to date in the
+  // tags of its record; true when something changed.
+  bool RelinkDictionary(const Dictionary& dictionary, std::vector<Tag>* tags);
+  bool RelinkGroup(const Group& group, std::vector<Tag>* tags);
   // The draw-order pairs of a table read from the file, made to give the
   // host's order; returns whether they changed.
   bool RelinkSortents(const SortentsTable& table, std::vector<Tag>* tags);
