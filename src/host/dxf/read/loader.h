@@ -58,6 +58,13 @@ class Loader {
   void LoadBlocks();
   void LoadEntities();
   void LoadObjects();
+  // The objects of the OBJECTS section the host models, read in a first
+  // pass (LoadLayout, LoadMaterial) and linked in a second (Link...).
+  void LoadLayout(const Record& record,
+                  const std::unordered_map<uint64_t, BlockRecord*>& block_by_handle);
+  void LoadMaterial(const Record& record);
+  void LinkDictionary(const Record& record, Dictionary* dict);
+  void LinkGroup(const Record& record, Group* group);
   void FillObject(const Record& record, DbObject* object);
   void LoadXData(const Record& record, DbObject* object);
   void LinkExtensionDictionaries();

@@ -83,6 +83,90 @@ std::vector<Entity*> Loader::DrawOrderOf(std::span<const Tag> table, BlockRecord
   return order;
 }
 
+void Loader::LoadLayout(const Record& record,
+                        const std::unordered_map<uint64_t, BlockRecord*>& block_by_handle) {
+  // The layout's own part names it; the plot settings before it start
+  // with a page setup name, also group 1 and usually empty.
+  auto own = record.Subclass("AcDbLayout");
+  std::string_view name = record.StringOr(1);
+  std::optional<int64_t> tab_order = record.IntegerOf(71);
+  if (own) {
+    for (const Tag& t : *own) {
+      if (t.code == 1) name = t.text;
+      if (t.code == 71 && t.IsInteger()) tab_order = t.integer;
+    }
+  }
+  auto it = block_by_handle.find(LayoutBlockHandle(record));
+  BlockRecord* block = it == block_by_handle.end() ? nullptr : it->second;
+  if (block == nullptr) {
+    Repair("layout \"" + std::string(name) + "\" names no block record: kept as it is");
+    return;
+  }
+  Layout* layout = block->data().layout;
+  if (layout != nullptr && source_.records.count(layout) == 0) {
+    BindExisting(record, layout);
+  } else {
+    auto made = std::make_shared<Layout>();
+    layout = made.get();
+    Bind(record, made);
+    doc_.AddRecord(doc_.layouts(), layout);
+  }
+  auto& d = layout->mutable_data();
+  d.name = std::string(name);
+  d.block = block;
+  d.tab_order = static_cast<int32_t>(tab_order.value_or(d.tab_order));
+  block->mutable_data().layout = layout;
+  layout_blocks_used_[block] = true;
+}
+
+void Loader::LoadMaterial(const Record& record) {
+  std::string name(record.StringOr(1));
+  MaterialRecord* found = doc_.materials().Find(name);
+  if (found != nullptr && source_.records.count(found) == 0) {
+    BindExisting(record, found);
+  } else {
+    auto m = std::make_shared<MaterialRecord>();
+    m->mutable_data().name = name;
+    MaterialRecord* raw = m.get();
+    Bind(record, m);
+    doc_.AddRecord(doc_.materials(), raw);
+  }
+}
+
+void Loader::LinkDictionary(const Record& record, Dictionary* dict) {
+  auto& entries = dict->mutable_data().entries;
+  std::string key;
+  for (const Tag& t : record.Body()) {
+    if (t.code == 3) {
+      key = std::string(t.text);
+    } else if ((t.code == 350 || t.code == 360) && !key.empty()) {
+      uint64_t h = HandleValue(&t);
+      if (DbObject* target = doc_.FindByHandle(h)) {
+        entries.emplace_back(key, target);
+        if (t.code == 360 || target->owner() == nullptr) target->set_owner(dict);
+      } else if (handles_.positions.count(h) == 0) {
+        // Neither a live object nor a record the host keeps raw.
+        Repair("dictionary " + std::string(record.Handle()) + " entry \"" + key +
+               "\" points to missing object " + std::string(t.text) + ": removed");
+      }
+      key.clear();
+    }
+  }
+  for (auto& [name, target] : entries) {
+    if (auto* g = dynamic_cast<Group*>(target)) g->mutable_data().name = name;
+  }
+}
+
+void Loader::LinkGroup(const Record& record, Group* g) {
+  auto& d = g->mutable_data();
+  d.description = std::string(record.StringOr(300));
+  d.anonymous = IntOr(record, 70, 0) != 0;
+  d.selectable = IntOr(record, 71, 1) != 0;
+  for (const Tag* t : record.FindAll(340)) {
+    if (auto* e = AsEntity(doc_.FindByHandle(HandleValue(t)))) d.members.push_back(e);
+  }
+}
+
 void Loader::LoadObjects() {
   Section* section = source_.model.FindSection("OBJECTS");
   if (section == nullptr) return;
@@ -110,50 +194,9 @@ void Loader::LoadObjects() {
     } else if (type == "SORTENTSTABLE") {
       Bind(record, std::make_shared<SortentsTable>());
     } else if (type == "LAYOUT") {
-      // The layout's own part names it; the plot settings before it start
-      // with a page setup name, also group 1 and usually empty.
-      auto own = record.Subclass("AcDbLayout");
-      std::string_view name = record.StringOr(1);
-      std::optional<int64_t> tab_order = record.IntegerOf(71);
-      if (own) {
-        for (const Tag& t : *own) {
-          if (t.code == 1) name = t.text;
-          if (t.code == 71 && t.IsInteger()) tab_order = t.integer;
-        }
-      }
-      auto it = block_by_handle.find(LayoutBlockHandle(record));
-      BlockRecord* block = it == block_by_handle.end() ? nullptr : it->second;
-      if (block == nullptr) {
-        Repair("layout \"" + std::string(name) + "\" names no block record: kept as it is");
-        continue;
-      }
-      Layout* layout = block->data().layout;
-      if (layout != nullptr && source_.records.count(layout) == 0) {
-        BindExisting(record, layout);
-      } else {
-        auto made = std::make_shared<Layout>();
-        layout = made.get();
-        Bind(record, made);
-        doc_.AddRecord(doc_.layouts(), layout);
-      }
-      auto& d = layout->mutable_data();
-      d.name = std::string(name);
-      d.block = block;
-      d.tab_order = static_cast<int32_t>(tab_order.value_or(d.tab_order));
-      block->mutable_data().layout = layout;
-      layout_blocks_used_[block] = true;
+      LoadLayout(record, block_by_handle);
     } else if (type == "MATERIAL") {
-      std::string name(record.StringOr(1));
-      MaterialRecord* found = doc_.materials().Find(name);
-      if (found != nullptr && source_.records.count(found) == 0) {
-        BindExisting(record, found);
-      } else {
-        auto m = std::make_shared<MaterialRecord>();
-        m->mutable_data().name = name;
-        MaterialRecord* raw = m.get();
-        Bind(record, m);
-        doc_.AddRecord(doc_.materials(), raw);
-      }
+      LoadMaterial(record);
     }
   }
   for (const Record& record : section->records) {
@@ -163,35 +206,9 @@ void Loader::LoadObjects() {
     }
     DbObject* object = it->second.object;
     if (auto* dict = dynamic_cast<Dictionary*>(object)) {
-      auto& entries = dict->mutable_data().entries;
-      std::string key;
-      for (const Tag& t : record.Body()) {
-        if (t.code == 3) {
-          key = std::string(t.text);
-        } else if ((t.code == 350 || t.code == 360) && !key.empty()) {
-          uint64_t h = HandleValue(&t);
-          if (DbObject* target = doc_.FindByHandle(h)) {
-            entries.emplace_back(key, target);
-            if (t.code == 360 || target->owner() == nullptr) target->set_owner(dict);
-          } else if (handles_.positions.count(h) == 0) {
-            // Neither a live object nor a record the host keeps raw.
-            Repair("dictionary " + std::string(record.Handle()) + " entry \"" + key +
-                   "\" points to missing object " + std::string(t.text) + ": removed");
-          }
-          key.clear();
-        }
-      }
-      for (auto& [name, target] : entries) {
-        if (auto* g = dynamic_cast<Group*>(target)) g->mutable_data().name = name;
-      }
+      LinkDictionary(record, dict);
     } else if (auto* g = dynamic_cast<Group*>(object)) {
-      auto& d = g->mutable_data();
-      d.description = std::string(record.StringOr(300));
-      d.anonymous = IntOr(record, 70, 0) != 0;
-      d.selectable = IntOr(record, 71, 1) != 0;
-      for (const Tag* t : record.FindAll(340)) {
-        if (auto* e = AsEntity(doc_.FindByHandle(HandleValue(t)))) d.members.push_back(e);
-      }
+      LinkGroup(record, g);
     } else if (auto* s = dynamic_cast<SortentsTable*>(object)) {
       auto& d = s->mutable_data();
       if (auto sub = record.Subclass("AcDbSortentsTable")) {
