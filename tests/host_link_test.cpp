@@ -7,12 +7,12 @@
 #include "frame/host_link.h"
 #include "frame/library_errors.h"
 #include "selection/dynamic_ss.h"
-#include "support/host_test.h"
+#include "tests/support/host_fixture.h"
 
 namespace tovik {
 namespace {
 
-using HostLink = HostTest;
+using HostLink = LinkedHostTest;
 
 std::string NameOf(const ObjectRef& document) {
   return document ? CStr(GetProperty(document, "Name")) : "Nothing";

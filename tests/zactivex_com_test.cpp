@@ -10,7 +10,7 @@
 #include "frame/conversions.h"
 #include "frame/host_link.h"
 #include "selection/dynamic_ss.h"
-#include "support/host_test.h"
+#include "tests/support/host_fixture.h"
 
 namespace tovik {
 namespace {
@@ -38,7 +38,7 @@ class SiblingLibrary : public DispatchObject<SiblingLibrary> {
   bool fail = false;
 };
 
-class ZActiveXLink : public HostTest {
+class ZActiveXLink : public LinkedHostTest {
  protected:
   std::shared_ptr<HeadlessForm> AddForm(const char* name, int64_t hwnd, bool visible) {
     auto form = std::make_shared<HeadlessForm>(name, hwnd);

@@ -12,13 +12,13 @@
 #include "frame/conversions.h"
 #include "frame/host_link.h"
 #include "frame/library_state.h"
-#include "tests/support/host_test.h"
+#include "tests/support/host_fixture.h"
 #include "xdata/xdata.h"
 
 namespace tovik {
 namespace {
 
-using Transactions = HostTest;
+using Transactions = LinkedHostTest;
 
 int32_t ModelSpaceCount(const ObjectRef& doc) {
   return CLng(GetProperty(GetProperty(doc, "ModelSpace").Object(), "Count"));

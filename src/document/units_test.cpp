@@ -7,12 +7,12 @@
 #include "document/acad_doc_space.h"
 #include "frame/conversions.h"
 #include "frame/library_state.h"
-#include "tests/support/host_test.h"
+#include "tests/support/host_fixture.h"
 
 namespace tovik {
 namespace {
 
-using Units = HostTest;
+using Units = LinkedHostTest;
 
 void SetInsUnits(const ObjectRef& doc, int16_t code) {
   CallMethod(doc, "SetVariable", {Variant("INSUNITS"), Variant(code)});

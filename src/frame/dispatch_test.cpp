@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/support/error_number.h"
+#include "tests/support/errors.h"
 
 #include "frame/automation_error.h"
 #include "frame/conversions.h"
@@ -85,8 +85,6 @@ class Recorder : public EventSink {
   std::vector<std::string> log;
 };
 
-using tovik::test_support::ErrorNumberOf;
-
 TEST(Dispatch, MembersAreFoundByNameInAnyCase) {
   ObjectRef list = std::make_shared<NumberList>();
   LetProperty(list, "name", Variant("Heights"));
@@ -99,14 +97,14 @@ TEST(Dispatch, MembersAreFoundByNameInAnyCase) {
 
 TEST(Dispatch, CallFailuresUseTheRuntimeNumbers) {
   ObjectRef list = std::make_shared<NumberList>();
-  EXPECT_EQ(ErrorNumberOf([&] { GetProperty(list, "Nope"); }), kErrNotSupported);
+  EXPECT_EQ(ErrorOf([&] { GetProperty(list, "Nope"); }).Number(), kErrNotSupported);
   // Count is read-only: assigning it is not supported.
-  EXPECT_EQ(ErrorNumberOf([&] { LetProperty(list, "Count", Variant(int32_t{3})); }),
+  EXPECT_EQ(ErrorOf([&] { LetProperty(list, "Count", Variant(int32_t{3})); }).Number(),
             kErrNotSupported);
-  EXPECT_EQ(ErrorNumberOf([&] { CallMethod(list, "Add", {Variant(1.0), Variant(2.0)}); }),
+  EXPECT_EQ(ErrorOf([&] { CallMethod(list, "Add", {Variant(1.0), Variant(2.0)}); }).Number(),
             kErrWrongArgCount);
-  EXPECT_EQ(ErrorNumberOf([&] { CallMethod(list, "Sum"); }), kErrArgNotOptional);
-  EXPECT_EQ(ErrorNumberOf([&] { GetProperty(ObjectRef(), "Name"); }), kErrObjectNotSet);
+  EXPECT_EQ(ErrorOf([&] { CallMethod(list, "Sum"); }).Number(), kErrArgNotOptional);
+  EXPECT_EQ(ErrorOf([&] { GetProperty(ObjectRef(), "Name"); }).Number(), kErrObjectNotSet);
 }
 
 TEST(Dispatch, OmittedOptionalArgumentsReadAsMissing) {
@@ -140,7 +138,7 @@ TEST(Dispatch, DefaultMemberAndEnumeration) {
   EXPECT_EQ(CDbl(items[0]), 4.0);
   // A Variant holding the object converts through its default member, which
   // here needs an argument.
-  EXPECT_EQ(ErrorNumberOf([&] { CDbl(Variant(ObjectRef(list))); }), kErrArgNotOptional);
+  EXPECT_EQ(ErrorOf([&] { CDbl(Variant(ObjectRef(list))); }).Number(), kErrArgNotOptional);
 }
 
 TEST(Dispatch, EventsReachConnectedSinksWhileTheyLive) {

@@ -2,15 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/support/error_number.h"
+#include "tests/support/errors.h"
 
 #include "frame/automation_error.h"
 #include "frame/conversions.h"
 
 namespace tovik {
 namespace {
-
-using tovik::test_support::ErrorNumberOf;
 
 TEST(Variant, TypeNamesAsTheRuntimeReportsThem) {
   struct Case {
@@ -53,7 +51,7 @@ TEST(Variant, TrueIsMinusOne) {
   EXPECT_EQ(CStr(Variant(true)), "True");
   EXPECT_EQ(CStr(Variant(false)), "False");
   // CByte(True) overflows: -1 is outside 0..255.
-  EXPECT_EQ(ErrorNumberOf([] { CByte(Variant(true)); }), kErrOverflow);
+  EXPECT_EQ(ErrorOf([] { CByte(Variant(true)); }).Number(), kErrOverflow);
 }
 
 TEST(Variant, ArrayCopyIsDeep) {
@@ -75,25 +73,25 @@ TEST(Variant, ArraysKeepTheirLowerBound) {
   EXPECT_EQ(a.UBound(), 3);
   a.Set(3, Variant(int16_t{4}));
   EXPECT_EQ(TypeName(a.At(3)), "Double");  // converted to the element type
-  EXPECT_EQ(ErrorNumberOf([&] { a.At(0); }), kErrSubscript);
-  EXPECT_EQ(ErrorNumberOf([&] { a.At(4); }), kErrSubscript);
+  EXPECT_EQ(ErrorOf([&] { a.At(0); }).Number(), kErrSubscript);
+  EXPECT_EQ(ErrorOf([&] { a.At(4); }).Number(), kErrSubscript);
   a.Redim(1, 5, /*preserve=*/true);
   EXPECT_EQ(a.UBound(), 5);
   EXPECT_EQ(CDbl(a.At(3)), 4.0);
-  EXPECT_EQ(ErrorNumberOf([&] { a.LBound(2); }), kErrSubscript);
+  EXPECT_EQ(ErrorOf([&] { a.LBound(2); }).Number(), kErrSubscript);
   SafeArray empty = SafeArray::Empty();
   EXPECT_EQ(empty.UBound(), -1);
 }
 
 TEST(Variant, TypedArraysRefuseWhatTheyCannotHold) {
   SafeArray doubles(VarType::kDouble, 0, 1);
-  EXPECT_EQ(ErrorNumberOf([&] { doubles.Set(0, Variant("abc")); }), kErrTypeMismatch);
+  EXPECT_EQ(ErrorOf([&] { doubles.Set(0, Variant("abc")); }).Number(), kErrTypeMismatch);
   doubles.Set(0, Variant("2.5"));
   EXPECT_EQ(CDbl(doubles.At(0)), 2.5);
   SafeArray integers(VarType::kInteger, 0, 1);
-  EXPECT_EQ(ErrorNumberOf([&] { integers.Set(0, Variant(40000.0)); }), kErrOverflow);
+  EXPECT_EQ(ErrorOf([&] { integers.Set(0, Variant(40000.0)); }).Number(), kErrOverflow);
   SafeArray objects(VarType::kObject, 0, 1);
-  EXPECT_EQ(ErrorNumberOf([&] { objects.Set(0, Variant(1.0)); }), kErrTypeMismatch);
+  EXPECT_EQ(ErrorOf([&] { objects.Set(0, Variant(1.0)); }).Number(), kErrTypeMismatch);
 }
 
 TEST(Variant, MultiDimensionalArrays) {
@@ -102,7 +100,7 @@ TEST(Variant, MultiDimensionalArrays) {
   EXPECT_EQ(CDbl(m.At({2, 3})), 5.0);
   EXPECT_EQ(CDbl(m.At({3, 2})), 0.0);
   EXPECT_EQ(m.UBound(2), 3);
-  EXPECT_EQ(ErrorNumberOf([&] { m.At({4, 0}); }), kErrSubscript);
+  EXPECT_EQ(ErrorOf([&] { m.At({4, 0}); }).Number(), kErrSubscript);
 }
 
 TEST(Conversions, IntegerConversionsRoundHalfToEvenAndOverflow) {
@@ -120,13 +118,13 @@ TEST(Conversions, IntegerConversionsRoundHalfToEvenAndOverflow) {
   for (const Case& c : cases) {
     SCOPED_TRACE(c.in);
     if (c.overflows) {
-      EXPECT_EQ(ErrorNumberOf([&] { CInt(Variant(c.in)); }), kErrOverflow);
+      EXPECT_EQ(ErrorOf([&] { CInt(Variant(c.in)); }).Number(), kErrOverflow);
     } else {
       EXPECT_EQ(CInt(Variant(c.in)), c.cint);
     }
   }
   EXPECT_EQ(CLng(Variant(2147483647.4)), 2147483647);
-  EXPECT_EQ(ErrorNumberOf([] { CLng(Variant(2147483647.5)); }), kErrOverflow);
+  EXPECT_EQ(ErrorOf([] { CLng(Variant(2147483647.5)); }).Number(), kErrOverflow);
   EXPECT_EQ(CInt(Variant(" 12 ")), 12);
 }
 
@@ -134,10 +132,10 @@ TEST(Conversions, EmptyNullStringsAndObjects) {
   EXPECT_EQ(CDbl(Variant()), 0.0);
   EXPECT_EQ(CStr(Variant()), "");
   EXPECT_FALSE(CBool(Variant()));
-  EXPECT_EQ(ErrorNumberOf([] { CStr(Variant::Null()); }), kErrInvalidUseOfNull);
-  EXPECT_EQ(ErrorNumberOf([] { CDbl(Variant("1.2.3")); }), kErrTypeMismatch);
-  EXPECT_EQ(ErrorNumberOf([] { CDbl(Variant::Nothing()); }), kErrObjectNotSet);
-  EXPECT_EQ(ErrorNumberOf([] { CDbl(Variant(SafeArray::Empty())); }), kErrTypeMismatch);
+  EXPECT_EQ(ErrorOf([] { CStr(Variant::Null()); }).Number(), kErrInvalidUseOfNull);
+  EXPECT_EQ(ErrorOf([] { CDbl(Variant("1.2.3")); }).Number(), kErrTypeMismatch);
+  EXPECT_EQ(ErrorOf([] { CDbl(Variant::Nothing()); }).Number(), kErrObjectNotSet);
+  EXPECT_EQ(ErrorOf([] { CDbl(Variant(SafeArray::Empty())); }).Number(), kErrTypeMismatch);
   EXPECT_TRUE(CBool(Variant("true")));
   EXPECT_FALSE(CBool(Variant("0")));
   EXPECT_EQ(CStr(Variant(0.1 + 0.2)), "0.3");

@@ -6,12 +6,11 @@
 #include <numbers>
 #include <random>
 
-#include "geometry/test_util.h"
+#include "tests/support/geometry.h"
 
 namespace tovik::geometry {
 namespace {
 
-constexpr double kPi = std::numbers::pi;
 double Deg(double d) { return d * kPi / 180.0; }
 
 // The box of many points along the arc: always inside the exact box and

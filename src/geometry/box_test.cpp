@@ -5,7 +5,7 @@
 #include <cmath>
 #include <numbers>
 
-#include "geometry/test_util.h"
+#include "tests/support/geometry.h"
 
 namespace tovik::geometry {
 namespace {

@@ -7,12 +7,11 @@
 #include <random>
 #include <vector>
 
-#include "geometry/test_util.h"
+#include "tests/support/geometry.h"
 
 namespace tovik::geometry {
 namespace {
 
-constexpr double kPi = std::numbers::pi;
 
 TEST(Bulge, ToArcByHand) {
   struct Case {

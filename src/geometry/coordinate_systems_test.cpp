@@ -5,13 +5,12 @@
 #include <numbers>
 #include <random>
 
-#include "geometry/test_util.h"
+#include "tests/support/geometry.h"
 
 namespace tovik::geometry {
 namespace {
 
 using CS = CoordinateSystem;
-constexpr double kPi = std::numbers::pi;
 
 // A UCS at (10,0,0) turned 90° about Z: X = WCS Y, Y = WCS −X.
 CoordinateContext TurnedUcs() {

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/support/error_number.h"
+#include "tests/support/errors.h"
 
 #include <functional>
 
@@ -12,8 +12,6 @@
 
 namespace tovik {
 namespace {
-
-using tovik::test_support::ErrorNumberOf;
 
 TEST(DLength, OneMillimetreAndOneUnitInEverySupportedUnit) {
   struct Case {
@@ -72,9 +70,9 @@ TEST(DLength, UnknownUnitsAreRefusedAndLeaveTheLength) {
   length.SetValue(7.0, kLengthMetre);
   for (int32_t unit : {-1, 6, 10}) {
     SCOPED_TRACE(unit);
-    EXPECT_EQ(ErrorNumberOf([&] { length.SetValue(1.0, unit); }), kErrInvalidCall);
-    EXPECT_EQ(ErrorNumberOf([&] { length.GetValue(unit); }), kErrInvalidCall);
-    EXPECT_EQ(ErrorNumberOf([&] { length.ChangeUnit(unit); }), kErrInvalidCall);
+    EXPECT_EQ(ErrorOf([&] { length.SetValue(1.0, unit); }).Number(), kErrInvalidCall);
+    EXPECT_EQ(ErrorOf([&] { length.GetValue(unit); }).Number(), kErrInvalidCall);
+    EXPECT_EQ(ErrorOf([&] { length.ChangeUnit(unit); }).Number(), kErrInvalidCall);
   }
   EXPECT_EQ(length.GetValue(kLengthMillimetre), 7000.0);
 }

@@ -6,12 +6,11 @@
 #include <numbers>
 #include <random>
 
-#include "geometry/test_util.h"
+#include "tests/support/geometry.h"
 
 namespace tovik::geometry {
 namespace {
 
-constexpr double kPi = std::numbers::pi;
 
 TEST(Ellipse, ExtentsByHand) {
   const double s2 = std::sqrt(2.0), w = std::sqrt(2.5);

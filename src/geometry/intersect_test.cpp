@@ -7,12 +7,11 @@
 #include <numbers>
 #include <random>
 
-#include "geometry/test_util.h"
+#include "tests/support/geometry.h"
 
 namespace tovik::geometry {
 namespace {
 
-constexpr double kPi = std::numbers::pi;
 
 Linear Seg(Vec3 a, Vec3 b) { return {a, b, LinearKind::kSegment}; }
 

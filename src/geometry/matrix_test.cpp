@@ -6,12 +6,11 @@
 #include <numbers>
 #include <random>
 
-#include "geometry/test_util.h"
+#include "tests/support/geometry.h"
 
 namespace tovik::geometry {
 namespace {
 
-constexpr double kPi = std::numbers::pi;
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 TEST(Matrix4, TranslationMovesPointsNotVectors) {

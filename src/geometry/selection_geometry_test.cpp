@@ -7,12 +7,11 @@
 #include <vector>
 
 #include "geometry/coordinate_systems.h"
-#include "geometry/test_util.h"
+#include "tests/support/geometry.h"
 
 namespace tovik::geometry {
 namespace {
 
-constexpr double kPi = std::numbers::pi;
 const Matrix4 kPlan = Matrix4::Identity();
 
 PlanShape Shape(const Curve& c) { return PlanOfCurve(c, kPlan); }

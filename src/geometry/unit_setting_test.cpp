@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/support/error_number.h"
+#include "tests/support/errors.h"
 
 #include <functional>
 #include <string>
@@ -23,8 +23,6 @@ class Counter : public EventSink {
   std::vector<std::string> events;
 };
 
-using tovik::test_support::ErrorNumberOf;
-
 TEST(UnitSetting, ModifiedIsRaisedOnlyForRealChanges) {
   auto setting = UnitSetting::Make();
   auto counter = std::make_shared<Counter>();
@@ -32,8 +30,8 @@ TEST(UnitSetting, ModifiedIsRaisedOnlyForRealChanges) {
   LetProperty(setting, "LengthUnit", Variant(int16_t{kLengthInch}));
   LetProperty(setting, "LengthUnit", Variant(int16_t{kLengthInch}));  // same value
   setting->SetAnglePrecision(4);
-  EXPECT_EQ(ErrorNumberOf([&] { setting->SetLengthUnit(6); }), kErrInvalidCall);
-  EXPECT_EQ(ErrorNumberOf([&] { setting->SetLinearPrecision(17); }), kErrInvalidCall);
+  EXPECT_EQ(ErrorOf([&] { setting->SetLengthUnit(6); }).Number(), kErrInvalidCall);
+  EXPECT_EQ(ErrorOf([&] { setting->SetLinearPrecision(17); }).Number(), kErrInvalidCall);
   EXPECT_EQ(counter->events, (std::vector<std::string>{"Modified", "Modified"}));
   // Loading is not a modification.
   setting->LoadTable(UnitSetting::Make()->ToTable());
@@ -84,7 +82,7 @@ TEST(UnitSetting, LoadTableRefusesOtherTablesAndChangesNothing) {
   for (Case& c : cases) {
     SCOPED_TRACE(c.name);
     UnitSetting setting;
-    EXPECT_EQ(ErrorNumberOf([&] { setting.LoadTable(c.table); }), c.error);
+    EXPECT_EQ(ErrorOf([&] { setting.LoadTable(c.table); }).Number(), c.error);
     EXPECT_EQ(setting.LengthUnit(), kLengthMillimetre);
     EXPECT_EQ(setting.AngleUnit(), kAngleDegree);
   }

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/support/error_number.h"
+#include "tests/support/errors.h"
 
 #include <functional>
 
@@ -11,8 +11,6 @@
 
 namespace tovik {
 namespace {
-
-using tovik::test_support::ErrorNumberOf;
 
 TEST(VectorService, ScaleVectorGivesAZeroBasedDoubleArray) {
   SafeArray one_based(VarType::kVariant, 1, 3);
@@ -31,7 +29,7 @@ TEST(VectorService, NonNumericVectorsAreATypeMismatch) {
   for (Variant v : {Variant(1.0), Variant(SafeArray::Of({Variant(1.0), Variant("2")})),
                     Variant(SafeArray::Of({Variant(SafeArray::OfDoubles({1.0}))}))}) {
     SCOPED_TRACE(TypeName(v));
-    EXPECT_EQ(ErrorNumberOf([&] { ScaleVector(v, 2.0); }), kErrTypeMismatch);
+    EXPECT_EQ(ErrorOf([&] { ScaleVector(v, 2.0); }).Number(), kErrTypeMismatch);
   }
 }
 

@@ -10,6 +10,7 @@
 #include "frame/conversions.h"
 #include "frame/runtime_number.h"
 #include "tests/support/typed_value.h"
+#include "tests/support/errors.h"
 
 namespace tovik {
 namespace {
@@ -20,15 +21,6 @@ Variant Table(std::initializer_list<Variant> items) { return Variant(SafeArray::
 Variant SampleTable() {
   return Table({Variant(int16_t{1}), Variant(2.5), Variant("ab"), Variant(true), Variant(),
                 Table({Variant(int16_t{3}), Variant("x")})});
-}
-
-AutomationError ErrorOf(const std::function<void()>& statement) {
-  try {
-    statement();
-  } catch (const AutomationError& e) {
-    return e;
-  }
-  return AutomationError(0, "no error");
 }
 
 void ExpectNativeOnlyError(const AutomationError& e) {

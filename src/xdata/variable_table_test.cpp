@@ -7,18 +7,10 @@
 #include <vector>
 
 #include "frame/automation_error.h"
+#include "tests/support/errors.h"
 
 namespace tovik {
 namespace {
-
-AutomationError ErrorOf(const std::function<void()>& statement) {
-  try {
-    statement();
-  } catch (const AutomationError& e) {
-    return e;
-  }
-  return AutomationError(0, "no error");
-}
 
 std::string Listing(const std::vector<VariableEntry>& entries) {
   std::string out;

@@ -6,14 +6,14 @@
 
 #include "frame/conversions.h"
 #include "host/dxf/dxf_file.h"
-#include "tests/support/host_test.h"
+#include "tests/support/host_fixture.h"
 #include "tests/support/typed_value.h"
 #include "xdata/xdata.h"
 
 namespace tovik {
 namespace {
 
-using XdataDxf = HostTest;
+using XdataDxf = LinkedHostTest;
 
 using test_support::Typed;
 

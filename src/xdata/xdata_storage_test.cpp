@@ -8,13 +8,13 @@
 
 #include "frame/conversions.h"
 #include "frame/library_state.h"
-#include "tests/support/host_test.h"
+#include "tests/support/host_fixture.h"
 #include "xdata/xdata.h"
 
 namespace tovik {
 namespace {
 
-using XdataStorage = HostTest;
+using XdataStorage = LinkedHostTest;
 
 std::string Render(const Variant& v) {
   if (v.IsArray()) {

@@ -6,17 +6,14 @@
 #include <algorithm>
 #include <cmath>
 #include <initializer_list>
-#include <numbers>
 #include <utility>
 #include <vector>
 
 #include "geometry/vec3.h"
+#include "tests/support/geometry.h"
 #include "tests/support/host_fixture.h"
 
 namespace tovik::host {
-
-inline constexpr double kPi = std::numbers::pi;
-inline constexpr double kGeoTol = 1e-9;
 
 // A 3-Double point out of a Variant.
 inline geometry::Vec3 V3(const Variant& v) {
@@ -27,14 +24,6 @@ inline geometry::Vec3 V3(const Variant& v) {
 // A flat Double array.
 inline Variant Doubles(std::initializer_list<double> values) {
   return Variant(SafeArray::OfDoubles(values));
-}
-
-// An Integer (VT_I2) array, as xdata and filter codes are passed.
-inline Variant Codes(std::initializer_list<int16_t> codes) {
-  SafeArray a(VarType::kInteger, 0, static_cast<int32_t>(codes.size()));
-  int32_t i = 0;
-  for (int16_t c : codes) a.Set(i++, Variant(c));
-  return Variant(std::move(a));
 }
 
 // The doubles of a Variant array, each compared within tol.

@@ -39,7 +39,7 @@ int32_t NumberOfText(const std::string& text) {
 void ExpectErrors(const std::vector<ErrorCase>& cases) {
   for (const ErrorCase& c : cases) {
     SCOPED_TRACE(std::string(c.what) + ": " + c.member);
-    Raised r = ErrorOf([&] {
+    AutomationError r = ErrorOf([&] {
       std::vector<Variant> args = c.args;
       switch (c.op) {
         case Op::kGet:
@@ -48,8 +48,8 @@ void ExpectErrors(const std::vector<ErrorCase>& cases) {
         case Op::kSet: SetProperty(c.object, c.member, args.at(0).RawObject()); break;
       }
     });
-    EXPECT_EQ(r.description, c.text);
-    EXPECT_EQ(r.number, NumberOfText(c.text));
+    EXPECT_EQ(r.Description(), c.text);
+    EXPECT_EQ(r.Number(), NumberOfText(c.text));
   }
 }
 

@@ -77,8 +77,8 @@ TEST_F(CopyObjectsTest, ACopyIntoAnotherDrawingBringsWhatItNames) {
                          other));
   // The target's undo takes the whole copy back; the source keeps its own.
   static_cast<Document*>(other.get())->Undo(1);
-  EXPECT_EQ(ErrorOf([&] { Item(other, "Blocks", "B"); }).number, kScodeKeyNotFound);
-  EXPECT_EQ(ErrorOf([&] { Item(other, "Layers", "Moved"); }).number, kScodeKeyNotFound);
+  EXPECT_EQ(ErrorOf([&] { Item(other, "Blocks", "B"); }).Number(), kScodeKeyNotFound);
+  EXPECT_EQ(ErrorOf([&] { Item(other, "Layers", "Moved"); }).Number(), kScodeKeyNotFound);
   EXPECT_EQ(CLng(GetProperty(other_ms, "Count")), 0);
   EXPECT_EQ(CLng(GetProperty(ms, "Count")), 2);
 }
@@ -204,13 +204,13 @@ TEST_F(CopyObjectsTest, RefusalsCopyNothing) {
   for (Case& c : cases) {
     SCOPED_TRACE(c.what);
     c.args.push_back(Variant());
-    EXPECT_EQ(ErrorOf([&] { CallMethodRef(doc, "CopyObjects", c.args); }).description, c.text);
+    EXPECT_EQ(ErrorOf([&] { CallMethodRef(doc, "CopyObjects", c.args); }).Description(), c.text);
     EXPECT_TRUE(c.args.back().IsEmpty());
     EXPECT_EQ(CLng(GetProperty(other_ms, "Count")), 1);
     EXPECT_EQ(CLng(GetProperty(ms, "Count")), source_count);
     EXPECT_EQ(Count(other, "Layers"), 1);
   }
-  EXPECT_EQ(ErrorOf([&] { CallMethod(doc, "CopyObjects"); }).number, 449);
+  EXPECT_EQ(ErrorOf([&] { CallMethod(doc, "CopyObjects"); }).Number(), 449);
 }
 
 TEST_F(CopyObjectsTest, ANestedEntityCopiesIntoTheCurrentSpace) {

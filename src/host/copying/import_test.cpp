@@ -58,15 +58,15 @@ TEST_F(ImportTest, RefusalsLeaveTheDrawingAsItWas) {
   ObjectRef existing = Line(0, 0, 1, 1);
   for (Case& c : cases) {
     SCOPED_TRACE(c.what);
-    EXPECT_EQ(ErrorOf([&] { CallMethodRef(doc, "Import", c.args); }).description, c.text);
+    EXPECT_EQ(ErrorOf([&] { CallMethodRef(doc, "Import", c.args); }).Description(), c.text);
     EXPECT_EQ(CLng(GetProperty(ms, "Count")), 1);
     EXPECT_EQ(CLng(GetProperty(GetProperty(doc, "Layers").Object(), "Count")), 1);
   }
-  Raised r = ErrorOf([&] { CallMethod(doc, "Import", {Variant(dxf), Pt(0, 0)}); });
-  EXPECT_EQ(r.number, 449);
-  EXPECT_EQ(r.description, "Argument not optional");
+  AutomationError r = ErrorOf([&] { CallMethod(doc, "Import", {Variant(dxf), Pt(0, 0)}); });
+  EXPECT_EQ(r.Number(), 449);
+  EXPECT_EQ(r.Description(), "Argument not optional");
   r = ErrorOf([&] { CallMethod(doc, "Import", {Variant(missing), Pt(0, 0), Variant(1.0)}); });
-  EXPECT_EQ(r.number, -2145386437);
+  EXPECT_EQ(r.Number(), -2145386437);
 }
 
 }  // namespace

@@ -64,9 +64,9 @@ TEST(Application, DocumentsErrors) {
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.what);
-    Raised r = ErrorOf(c.statement);
-    EXPECT_EQ(r.number, c.number);
-    EXPECT_EQ(r.description, c.text);
+    AutomationError r = ErrorOf(c.statement);
+    EXPECT_EQ(r.Number(), c.number);
+    EXPECT_EQ(r.Description(), c.text);
   }
 }
 
@@ -109,8 +109,8 @@ TEST(Application, ZoomWindowCentresTheView) {
   EXPECT_DOUBLE_EQ(ctr[0], 170);
   EXPECT_DOUBLE_EQ(ctr[1], 65);
   EXPECT_DOUBLE_EQ(CDbl(CallMethod(doc, "GetVariable", {Variant("VIEWSIZE")})), 180);
-  Raised r = ErrorOf([&] { CallMethod(app, "ZoomWindow", {Variant(1.0), Pt(1, 1)}); });
-  EXPECT_EQ(r.description, "Invalid argument LowerLeft in ZoomWindow");
+  AutomationError r = ErrorOf([&] { CallMethod(app, "ZoomWindow", {Variant(1.0), Pt(1, 1)}); });
+  EXPECT_EQ(r.Description(), "Invalid argument LowerLeft in ZoomWindow");
 }
 
 TEST(HostEvents, NamedObjectStoreKeysByOwnerIdentity) {

@@ -59,12 +59,12 @@ TEST_F(DocumentTest, SetVariableChecksNameTypeAndAccess) {
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.what);
-    Raised r = ErrorOf([&] { CallMethod(doc, "SetVariable", {Variant(c.name), c.value}); });
-    EXPECT_EQ(r.number, c.number);
-    EXPECT_EQ(r.description, c.text);
+    AutomationError r = ErrorOf([&] { CallMethod(doc, "SetVariable", {Variant(c.name), c.value}); });
+    EXPECT_EQ(r.Number(), c.number);
+    EXPECT_EQ(r.Description(), c.text);
   }
-  Raised r = ErrorOf([&] { CallMethod(doc, "GetVariable", {Variant("NOSUCHVAR")}); });
-  EXPECT_EQ(r.description, "Error getting system variable");
+  AutomationError r = ErrorOf([&] { CallMethod(doc, "GetVariable", {Variant("NOSUCHVAR")}); });
+  EXPECT_EQ(r.Description(), "Error getting system variable");
   EXPECT_EQ(CInt(CallMethod(doc, "GetVariable", {Variant("USERI1")})), -32768);
 }
 
@@ -72,8 +72,8 @@ TEST_F(DocumentTest, ActiveSpaceFollowsTileModeAndLayouts) {
   EXPECT_EQ(CLng(GetProperty(doc, "ActiveSpace")), 1);
   EXPECT_EQ(CInt(CallMethod(doc, "GetVariable", {Variant("CVPORT")})), 2);
   // MSpace cannot be set while the Model tab is current.
-  Raised r = ErrorOf([&] { LetProperty(doc, "MSpace", Variant(true)); });
-  EXPECT_EQ(r.description, "Not applicable");
+  AutomationError r = ErrorOf([&] { LetProperty(doc, "MSpace", Variant(true)); });
+  EXPECT_EQ(r.Description(), "Not applicable");
   LetProperty(doc, "ActiveSpace", Variant(int32_t{0}));
   EXPECT_EQ(CInt(CallMethod(doc, "GetVariable", {Variant("TILEMODE")})), 0);
   EXPECT_EQ(CInt(CallMethod(doc, "GetVariable", {Variant("CVPORT")})), 1);
@@ -104,12 +104,12 @@ TEST_F(DocumentTest, HandlesAreUpperHexUniqueAndNeverReused) {
   EXPECT_TRUE(SameObject(CallMethod(doc, "HandleToObject", {Variant(lower)}).Object(), a));
   for (const std::string& bad : {hb, std::string("XYZ"), std::string("FFFFFF")}) {
     SCOPED_TRACE(bad);
-    Raised r = ErrorOf([&] { CallMethod(doc, "HandleToObject", {Variant(bad)}); });
-    EXPECT_EQ(r.description, "Invalid handle");
+    AutomationError r = ErrorOf([&] { CallMethod(doc, "HandleToObject", {Variant(bad)}); });
+    EXPECT_EQ(r.Description(), "Invalid handle");
   }
   ObjectRef other = app_->AddDocument();
-  Raised r = ErrorOf([&] { CallMethod(other, "HandleToObject", {Variant(hb)}); });
-  EXPECT_EQ(r.description, "Invalid handle");
+  AutomationError r = ErrorOf([&] { CallMethod(other, "HandleToObject", {Variant(hb)}); });
+  EXPECT_EQ(r.Description(), "Invalid handle");
 }
 
 TEST_F(DocumentTest, ErasedObjectAnswersOnlyHandleAndObjectName) {
@@ -120,12 +120,12 @@ TEST_F(DocumentTest, ErasedObjectAnswersOnlyHandleAndObjectName) {
   EXPECT_EQ(CStr(GetProperty(line, "ObjectName")), "AcDbLine");
   for (const char* member : {"Layer", "StartPoint", "ObjectID", "Length"}) {
     SCOPED_TRACE(member);
-    Raised r = ErrorOf([&] { GetProperty(line, member); });
-    EXPECT_EQ(r.number, kScodeObjectErased);
-    EXPECT_EQ(r.description, "Object was erased");
+    AutomationError r = ErrorOf([&] { GetProperty(line, member); });
+    EXPECT_EQ(r.Number(), kScodeObjectErased);
+    EXPECT_EQ(r.Description(), "Object was erased");
   }
-  Raised r = ErrorOf([&] { CallMethod(line, "Delete"); });
-  EXPECT_EQ(r.number, kScodeObjectErased);
+  AutomationError r = ErrorOf([&] { CallMethod(line, "Delete"); });
+  EXPECT_EQ(r.Number(), kScodeObjectErased);
   EXPECT_EQ(CLng(GetProperty(ms, "Count")), 0);
 }
 
@@ -159,10 +159,10 @@ TEST_F(DocumentTest, ClosedDocumentRefusesMembers) {
   ObjectRef line = Line(0, 0, 1, 0);
   CallMethod(doc, "Close");
   EXPECT_EQ(CStr(GetProperty(doc, "Name")), "Drawing1.dwg");
-  Raised r = ErrorOf([&] { GetProperty(doc, "ModelSpace"); });
-  EXPECT_EQ(r.description, "No database");
+  AutomationError r = ErrorOf([&] { GetProperty(doc, "ModelSpace"); });
+  EXPECT_EQ(r.Description(), "No database");
   r = ErrorOf([&] { GetProperty(line, "Layer"); });
-  EXPECT_EQ(r.description, "Object was erased");
+  EXPECT_EQ(r.Description(), "Object was erased");
 }
 
 }  // namespace

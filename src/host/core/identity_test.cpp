@@ -29,17 +29,17 @@ TEST_F(IdentityTest, ObjectIdsFindTheirObjectsInThisDrawing) {
   for (int i = 0; i < 5; ++i) CallMethod(other_ms, "AddLine", {Pt(0, 0), Pt(1, i)});
   ObjectRef other_line = CallMethod(other_ms, "Item", {Variant(int32_t{0})}).Object();
   EXPECT_NE(CLngLng(GetProperty(other_line, "ObjectID")), CLngLng(id));
-  Raised r = ErrorOf([&] { CallMethod(other, "ObjectIDToObject", {id}); });
-  EXPECT_EQ(r.description, "Invalid object ID");
+  AutomationError r = ErrorOf([&] { CallMethod(other, "ObjectIDToObject", {id}); });
+  EXPECT_EQ(r.Description(), "Invalid object ID");
   r = ErrorOf([&] { CallMethod(other, "ObjectIDToObject32", {id32}); });
-  EXPECT_EQ(r.description, "Invalid object ID");
+  EXPECT_EQ(r.Description(), "Invalid object ID");
   r = ErrorOf([&] { CallMethod(doc, "ObjectIDToObject", {GetProperty(other_line, "ObjectID")}); });
-  EXPECT_EQ(r.description, "Invalid object ID");
+  EXPECT_EQ(r.Description(), "Invalid object ID");
   CallMethod(line, "Delete");
   r = ErrorOf([&] { CallMethod(doc, "ObjectIDToObject", {id}); });
-  EXPECT_EQ(r.description, "Invalid object ID");
+  EXPECT_EQ(r.Description(), "Invalid object ID");
   r = ErrorOf([&] { CallMethod(doc, "ObjectIDToObject", {Variant("12")}); });
-  EXPECT_EQ(r.description, "Invalid argument ObjectID in ObjectIDToObject");
+  EXPECT_EQ(r.Description(), "Invalid argument ObjectID in ObjectIDToObject");
 }
 
 TEST(Identity32, OlderBuildAnswersOnlyThe32BitMembers) {
@@ -49,10 +49,10 @@ TEST(Identity32, OlderBuildAnswersOnlyThe32BitMembers) {
   ObjectRef line = CallMethod(ms, "AddLine", {Pt(0, 0), Pt(1, 1)}).Object();
   for (const char* member : {"ObjectID", "OwnerID"}) {
     SCOPED_TRACE(member);
-    EXPECT_EQ(ErrorOf([&] { GetProperty(line, member); }).number, kErrNotSupported);
+    EXPECT_EQ(ErrorOf([&] { GetProperty(line, member); }).Number(), kErrNotSupported);
   }
   Variant id = GetProperty(line, "ObjectID32");
-  EXPECT_EQ(ErrorOf([&] { CallMethod(doc, "ObjectIDToObject", {id}); }).number,
+  EXPECT_EQ(ErrorOf([&] { CallMethod(doc, "ObjectIDToObject", {id}); }).Number(),
             kErrNotSupported);
   EXPECT_TRUE(SameObject(CallMethod(doc, "ObjectIDToObject32", {id}).Object(), line));
   EXPECT_EQ(CLng(GetProperty(line, "OwnerID32")), CLng(GetProperty(ms, "ObjectID32")));

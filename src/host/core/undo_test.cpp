@@ -43,12 +43,12 @@ TEST_F(UndoTest, UndoOneRevertsTheWholeLastGroup) {
   std::vector<Variant> args{Variant(""), types, values};
   CallMethodRef(kept, "GetXData", args);
   EXPECT_TRUE(args[1].IsEmpty());
-  EXPECT_EQ(ErrorOf([&] { GetProperty(added, "Layer"); }).description, "Object was erased");
+  EXPECT_EQ(ErrorOf([&] { GetProperty(added, "Layer"); }).Description(), "Object was erased");
   EXPECT_EQ(CStr(GetProperty(doomed, "Layer")), "0");  // revived
   EXPECT_EQ(CLng(GetProperty(ms, "Count")), 2);
   EXPECT_TRUE(SameObject(CallMethod(ms, "Item", {Variant(int32_t{1})}).Object(), doomed));
   EXPECT_EQ(CInt(CallMethod(doc, "GetVariable", {Variant("USERI2")})), 0);
-  EXPECT_EQ(ErrorOf([&] { CallMethod(layers, "Item", {Variant("Walls")}); }).description,
+  EXPECT_EQ(ErrorOf([&] { CallMethod(layers, "Item", {Variant("Walls")}); }).Description(),
             "Key not found");
   EXPECT_EQ(CLng(GetProperty(groups, "Count")), 0);
   ObjectRef apps = GetProperty(doc, "RegisteredApplications").Object();
@@ -80,7 +80,7 @@ TEST_F(UndoTest, OutsideGroupsEachCallIsOneStep) {
   CallMethod(doc, "SendCommand", {Variant("U ")});
   EXPECT_EQ(Doubles(GetProperty(line, "EndPoint")), (std::vector<double>{5, 5, 0}));
   CallMethod(doc, "SendCommand", {Variant("UNDO 2 ")});
-  EXPECT_EQ(ErrorOf([&] { GetProperty(line, "EndPoint"); }).description, "Object was erased");
+  EXPECT_EQ(ErrorOf([&] { GetProperty(line, "EndPoint"); }).Description(), "Object was erased");
 }
 
 TEST_F(UndoTest, UndoRevertsBlockInsertWithAttributesAndDraworder) {
@@ -101,7 +101,7 @@ TEST_F(UndoTest, UndoRevertsBlockInsertWithAttributesAndDraworder) {
   CallMethod(table, "MoveToBottom", {ObjectsValue({b})});
   CallMethod(doc, "EndUndoMark");
   CallMethod(doc, "SendCommand", {Variant("Undo 1 ")});
-  EXPECT_EQ(ErrorOf([&] { GetProperty(ref, "Name"); }).number, kScodeObjectErased);
+  EXPECT_EQ(ErrorOf([&] { GetProperty(ref, "Name"); }).Number(), kScodeObjectErased);
   Variant order;
   std::vector<Variant> args{order};
   CallMethodRef(table, "GetFullDrawOrder", args);

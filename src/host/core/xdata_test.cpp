@@ -4,18 +4,13 @@
 
 #include "host/core/host_error.h"
 #include "tests/support/host_fixture.h"
+#include "tests/support/errors.h"
 
 namespace tovik::host {
 namespace {
 
 using XDataTest = HostTest;
 
-Variant Codes(std::initializer_list<int> codes) {
-  SafeArray a(VarType::kInteger, 0, static_cast<int32_t>(codes.size()));
-  int32_t i = 0;
-  for (int c : codes) a.Set(i++, Variant(static_cast<int16_t>(c)));
-  return Variant(std::move(a));
-}
 Variant Values(std::initializer_list<Variant> values) { return Variant(SafeArray::Of(values)); }
 
 struct Read {
@@ -100,9 +95,9 @@ TEST_F(XDataTest, ValidationRefusesAndChangesNothing) {
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.what);
-    Raised r = ErrorOf([&] { CallMethod(line, "SetXData", {c.types, c.values}); });
-    EXPECT_EQ(r.number, c.number);
-    EXPECT_EQ(r.description, c.text);
+    AutomationError r = ErrorOf([&] { CallMethod(line, "SetXData", {c.types, c.values}); });
+    EXPECT_EQ(r.Number(), c.number);
+    EXPECT_EQ(r.Description(), c.text);
     EXPECT_EQ(GetXData(line, "").types.Array().Count(), 2);
   }
   ObjectRef apps = GetProperty(doc, "RegisteredApplications").Object();
@@ -118,8 +113,8 @@ TEST_F(XDataTest, RenamingTheApplicationCarriesTheData) {
   ObjectRef apps = GetProperty(doc, "RegisteredApplications").Object();
   CallMethod(apps, "Add", {Variant("TAKEN")});
   ObjectRef app = CallMethod(apps, "Item", {Variant("OLD")}).Object();
-  Raised r = ErrorOf([&] { LetProperty(app, "Name", Variant("taken")); });
-  EXPECT_EQ(r.description, "Duplicate record name");
+  AutomationError r = ErrorOf([&] { LetProperty(app, "Name", Variant("taken")); });
+  EXPECT_EQ(r.Description(), "Duplicate record name");
   LetProperty(app, "Name", Variant("NEWNAME"));
   for (const ObjectRef& o : {a, b}) {
     EXPECT_TRUE(GetXData(o, "OLD").types.IsEmpty());
@@ -130,7 +125,7 @@ TEST_F(XDataTest, RenamingTheApplicationCarriesTheData) {
   }
   // An app that data still uses cannot be deleted.
   r = ErrorOf([&] { CallMethod(app, "Delete"); });
-  EXPECT_EQ(r.description, "Object is referenced");
+  EXPECT_EQ(r.Description(), "Object is referenced");
 }
 
 }  // namespace

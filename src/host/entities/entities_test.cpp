@@ -6,12 +6,12 @@
 
 #include "host/core/host_error.h"
 #include "tests/support/host_fixture.h"
+#include "tests/support/geometry.h"
 
 namespace tovik::host {
 namespace {
 
 using EntitiesTest = HostTest;
-constexpr double kPi = std::numbers::pi;
 
 std::vector<double> Doubles(const Variant& v) { return v.Array().ToDoubles(); }
 
@@ -85,10 +85,10 @@ TEST_F(EntitiesTest, ColourObjectIsDetachedUntilAssignedBack) {
   // ACI 30 is (255, 127, 0) in the standard palette.
   EXPECT_EQ(CLng(GetProperty(read, "Green")), 127);
   EXPECT_EQ(CLng(GetProperty(read, "ColorMethod")), 195);
-  Raised r = ErrorOf([&] {
+  AutomationError r = ErrorOf([&] {
     CallMethod(read, "SetRGB", {Variant(int32_t{256}), Variant(int32_t{0}), Variant(int32_t{0})});
   });
-  EXPECT_EQ(r.description, "Invalid input");
+  EXPECT_EQ(r.Description(), "Invalid input");
 }
 
 TEST_F(EntitiesTest, CommonPropertyErrors) {
@@ -107,15 +107,15 @@ TEST_F(EntitiesTest, CommonPropertyErrors) {
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.property);
-    Raised r = ErrorOf([&] { LetProperty(line, c.property, c.value); });
-    EXPECT_EQ(r.description, c.text);
+    AutomationError r = ErrorOf([&] { LetProperty(line, c.property, c.value); });
+    EXPECT_EQ(r.Description(), c.text);
   }
   EXPECT_EQ(Doubles(GetProperty(line, "StartPoint")), (std::vector<double>{0, 0, 0}));
   // Members a kind lacks.
-  EXPECT_EQ(ErrorOf([&] { GetProperty(ms, "Thickness"); }).number, kErrNotSupported);
+  EXPECT_EQ(ErrorOf([&] { GetProperty(ms, "Thickness"); }).Number(), kErrNotSupported);
   ObjectRef mtext = CallMethod(ms, "AddMText", {Pt(0, 0), Variant(1.0), Variant("m")}).Object();
-  EXPECT_EQ(ErrorOf([&] { GetProperty(mtext, "Thickness"); }).number, kErrNotSupported);
-  EXPECT_EQ(ErrorOf([&] { GetProperty(line, "Elevation"); }).number, kErrNotSupported);
+  EXPECT_EQ(ErrorOf([&] { GetProperty(mtext, "Thickness"); }).Number(), kErrNotSupported);
+  EXPECT_EQ(ErrorOf([&] { GetProperty(line, "Elevation"); }).Number(), kErrNotSupported);
 }
 
 TEST_F(EntitiesTest, CurvesComputeWhatTheHostComputes) {
@@ -131,7 +131,7 @@ TEST_F(EntitiesTest, CurvesComputeWhatTheHostComputes) {
   ObjectRef circle = CallMethod(ms, "AddCircle", {Pt(0, 0), Variant(1.0)}).Object();
   LetProperty(circle, "Area", Variant(4 * kPi));
   EXPECT_NEAR(CDbl(GetProperty(circle, "Radius")), 2, 1e-12);
-  EXPECT_EQ(ErrorOf([&] { CallMethod(ms, "AddCircle", {Pt(0, 0), Variant(0.0)}); }).description,
+  EXPECT_EQ(ErrorOf([&] { CallMethod(ms, "AddCircle", {Pt(0, 0), Variant(0.0)}); }).Description(),
             "Invalid input");
   // A unit square with one half-circle side (bulge 1 on the right edge).
   ObjectRef pl = CallMethod(ms, "AddLightWeightPolyline",
@@ -142,28 +142,28 @@ TEST_F(EntitiesTest, CurvesComputeWhatTheHostComputes) {
   EXPECT_NEAR(CDbl(GetProperty(pl, "Area")), 1 + kPi / 8, 1e-12);
   EXPECT_EQ(Doubles(CallMethod(pl, "Coordinate", {Variant(int16_t{2})})),
             (std::vector<double>{1, 1}));
-  EXPECT_EQ(ErrorOf([&] { CallMethod(pl, "Coordinate", {Variant(int16_t{4})}); }).description,
+  EXPECT_EQ(ErrorOf([&] { CallMethod(pl, "Coordinate", {Variant(int16_t{4})}); }).Description(),
             "Invalid argument Index in Coordinate");
   LetProperty(pl, "Coordinates", DoublesValue({0, 0, 5, 0, 5, 5}));
   EXPECT_EQ(CDbl(CallMethod(pl, "GetBulge", {Variant(int16_t{1})})), 1.0);  // kept
   EXPECT_EQ(ErrorOf([&] {
               CallMethod(ms, "AddLightWeightPolyline", {DoublesValue({0, 0, 1})});
-            }).description,
+            }).Description(),
             "Invalid argument VerticesList in AddLightWeightPolyline");
 }
 
 TEST_F(EntitiesTest, TextAlignmentRules) {
   ObjectRef text = CallMethod(ms, "AddText", {Variant("abc"), Pt(1, 2), Variant(2.5)}).Object();
   EXPECT_EQ(Doubles(GetProperty(text, "TextAlignmentPoint")), (std::vector<double>{0, 0, 0}));
-  EXPECT_EQ(ErrorOf([&] { LetProperty(text, "TextAlignmentPoint", Pt(3, 3)); }).description,
+  EXPECT_EQ(ErrorOf([&] { LetProperty(text, "TextAlignmentPoint", Pt(3, 3)); }).Description(),
             "Not applicable");
   LetProperty(text, "Alignment", Variant(int32_t{10}));  // MiddleCenter
-  EXPECT_EQ(ErrorOf([&] { LetProperty(text, "InsertionPoint", Pt(3, 3)); }).description,
+  EXPECT_EQ(ErrorOf([&] { LetProperty(text, "InsertionPoint", Pt(3, 3)); }).Description(),
             "Not applicable");
   LetProperty(text, "TextAlignmentPoint", Pt(7, 8));
   EXPECT_EQ(Doubles(GetProperty(text, "TextAlignmentPoint")), (std::vector<double>{7, 8, 0}));
   EXPECT_EQ(CStr(GetProperty(text, "StyleName")), "Standard");
-  EXPECT_EQ(ErrorOf([&] { LetProperty(text, "StyleName", Variant("Nope")); }).description,
+  EXPECT_EQ(ErrorOf([&] { LetProperty(text, "StyleName", Variant("Nope")); }).Description(),
             "Key not found");
 }
 
@@ -194,7 +194,7 @@ TEST_F(EntitiesTest, BlockReferenceAttributesAndAnonymousCopy) {
   EXPECT_NEAR(p[1], 104, 1e-9);
   EXPECT_EQ(CallMethod(ref, "GetConstantAttributes").Array().Count(), 1);
   EXPECT_EQ(CLngLng(GetProperty(att, "OwnerID")), CLngLng(GetProperty(ref, "ObjectID")));
-  EXPECT_EQ(ErrorOf([&] { CallMethod(att, "Delete"); }).description, "Not applicable");
+  EXPECT_EQ(ErrorOf([&] { CallMethod(att, "Delete"); }).Description(), "Not applicable");
   CallMethod(ref, "ConvertToAnonymousBlock");
   std::string anon = CStr(GetProperty(ref, "Name"));
   EXPECT_EQ(anon.rfind("*U", 0), 0u);
@@ -202,7 +202,7 @@ TEST_F(EntitiesTest, BlockReferenceAttributesAndAnonymousCopy) {
   EXPECT_EQ(CLng(GetProperty(copy, "Count")), 3);
   EXPECT_EQ(CLng(GetProperty(block, "Count")), 3);
   CallMethod(ref, "Delete");
-  EXPECT_EQ(ErrorOf([&] { GetProperty(att, "TextString"); }).description, "Object was erased");
+  EXPECT_EQ(ErrorOf([&] { GetProperty(att, "TextString"); }).Description(), "Object was erased");
 }
 
 TEST_F(EntitiesTest, DynamicPropertiesFollowTheirRules) {
@@ -230,9 +230,9 @@ TEST_F(EntitiesTest, DynamicPropertiesFollowTheirRules) {
   LetProperty(dist, "Value", Variant(int32_t{25}));
   EXPECT_EQ(GetProperty(dist, "Value").Type(), VarType::kDouble);
   EXPECT_DOUBLE_EQ(CDbl(GetProperty(dist, "Value")), 25);
-  EXPECT_EQ(ErrorOf([&] { LetProperty(origin, "Value", Pt(1, 1)); }).description,
+  EXPECT_EQ(ErrorOf([&] { LetProperty(origin, "Value", Pt(1, 1)); }).Description(),
             "Not applicable");
-  EXPECT_EQ(ErrorOf([&] { LetProperty(vis, "Value", Variant("C")); }).description,
+  EXPECT_EQ(ErrorOf([&] { LetProperty(vis, "Value", Variant("C")); }).Description(),
             "Invalid input");
   LetProperty(vis, "Value", Variant("B"));
   EXPECT_EQ(CStr(GetProperty(vis, "Value")), "B");
@@ -251,10 +251,10 @@ TEST_F(EntitiesTest, HatchLoopsMustCloseAndComeOuterFirst) {
             open_end = Line(0, 3, 0, 1);
   ObjectRef hole = CallMethod(ms, "AddCircle", {Pt(2, 1.5), Variant(1.0)}).Object();
   EXPECT_EQ(ErrorOf([&] { CallMethod(hatch, "AppendInnerLoop", {ObjectsValue({hole})}); })
-                .description,
+                .Description(),
             "Not applicable");
   EXPECT_EQ(ErrorOf([&] { CallMethod(hatch, "AppendOuterLoop", {ObjectsValue({a, b, c, open_end})}); })
-                .description,
+                .Description(),
             "Invalid input");
   ObjectRef d = Line(0, 3, 0, 0);
   // c runs backwards (0,3)->(4,3) after b ends at (4,3): chained reversed.
@@ -310,7 +310,7 @@ TEST_F(EntitiesTest, CopyAndCopyObjects) {
   ObjectRef inner = CallMethod(CallMethod(blocks, "Add", {Pt(0, 0), Variant("X")}).Object(),
                                "AddLine", {Pt(0, 0), Pt(1, 0)}).Object();
   EXPECT_EQ(ErrorOf([&] { CallMethod(doc, "CopyObjects", {ObjectsValue({line, inner})}); })
-                .description,
+                .Description(),
             "Invalid owner object");
 }
 

@@ -22,18 +22,18 @@ TEST_F(InputTest, GetPointAndDistanceAnswerFromTheQueue) {
   EXPECT_EQ(CallMethod(util, "GetPoint", {Variant::Missing(), Variant("Point: ")}).Array().ToDoubles(),
             (std::vector<double>{1, 2, 3}));
   EXPECT_DOUBLE_EQ(CDbl(CallMethod(util, "GetDistance")), 4.5);
-  Raised r = ErrorOf([&] { CallMethod(util, "GetPoint"); });
-  EXPECT_EQ(r.number, kScodeUserInputKeyword);
-  EXPECT_EQ(r.description, "User input is a keyword");
+  AutomationError r = ErrorOf([&] { CallMethod(util, "GetPoint"); });
+  EXPECT_EQ(r.Number(), kScodeUserInputKeyword);
+  EXPECT_EQ(r.Description(), "User input is a keyword");
   EXPECT_EQ(CStr(CallMethod(util, "GetInput")), "Exit");
   r = ErrorOf([&] { CallMethod(util, "GetDistance"); });
-  EXPECT_EQ(r.number, kScodeUserInputKeyword);
+  EXPECT_EQ(r.Number(), kScodeUserInputKeyword);
   EXPECT_EQ(CStr(CallMethod(util, "GetInput")), "");
   r = ErrorOf([&] { CallMethod(util, "GetPoint"); });
-  EXPECT_EQ(r.number, kScodeCancelled);
+  EXPECT_EQ(r.Number(), kScodeCancelled);
   // Nothing queued: as if the user pressed Escape.
   r = ErrorOf([&] { CallMethod(util, "GetPoint"); });
-  EXPECT_EQ(r.number, kScodeCancelled);
+  EXPECT_EQ(r.Number(), kScodeCancelled);
   EXPECT_NE(document().command_log().find("Point: "), std::string::npos);
 }
 
@@ -62,8 +62,8 @@ TEST_F(InputTest, GetSubEntityReportsNestingOnlyForNestedPicks) {
   EXPECT_DOUBLE_EQ(CDbl(m.At({0, 3})), 10);  // translation x
   EXPECT_DOUBLE_EQ(CDbl(m.At({1, 3})), 20);
   EXPECT_EQ(CLngLng(outs[3].Array().Items()[0]), CLngLng(GetProperty(ref, "ObjectID")));
-  Raised r = ErrorOf([&] { CallMethodRef(util, "GetSubEntity", outs); });
-  EXPECT_EQ(r.number, kScodeCancelled);
+  AutomationError r = ErrorOf([&] { CallMethodRef(util, "GetSubEntity", outs); });
+  EXPECT_EQ(r.Number(), kScodeCancelled);
 }
 
 TEST_F(InputTest, SelectOnScreenTakesQueuedPicks) {

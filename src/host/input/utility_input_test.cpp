@@ -24,9 +24,9 @@ class UserInputTest : public HostTest {
   }
   // The keyword error a request ends with, and what GetInput gives then.
   std::string KeywordOf(const char* member) {
-    Raised r = ErrorOf([&] { CallMethod(util, member); });
-    EXPECT_EQ(r.number, kScodeUserInputKeyword) << member;
-    EXPECT_EQ(r.description, "User input is a keyword");
+    AutomationError r = ErrorOf([&] { CallMethod(util, member); });
+    EXPECT_EQ(r.Number(), kScodeUserInputKeyword) << member;
+    EXPECT_EQ(r.Description(), "User input is a keyword");
     return CStr(CallMethod(util, "GetInput"));
   }
 
@@ -77,7 +77,7 @@ TEST_F(UserInputTest, EnterIsAKeywordUnlessNullInputIsRefused) {
   // Refused and nothing else queued: the user's Escape.
   Init(1);
   Queue({UserInput::Enter()});
-  EXPECT_EQ(ErrorOf([&] { CallMethod(util, "GetInteger"); }).number, kScodeCancelled);
+  EXPECT_EQ(ErrorOf([&] { CallMethod(util, "GetInteger"); }).Number(), kScodeCancelled);
   // GetKeyword returns "" for Enter rather than raising.
   Init(0, "Yes No");
   Queue({UserInput::Enter()});
@@ -184,12 +184,12 @@ TEST_F(UserInputTest, BadArgumentsAreRefusedBeforeAnyAnswerIsTaken) {
   Queue({UserInput::Number(1)});
   for (const Case& c : cases) {
     SCOPED_TRACE(c.member);
-    Raised r = ErrorOf([&] {
+    AutomationError r = ErrorOf([&] {
       std::vector<Variant> args = c.args;
       CallMethodRef(util, c.member, args);
     });
-    EXPECT_EQ(r.number, c.number);
-    EXPECT_EQ(r.description, c.text);
+    EXPECT_EQ(r.Number(), c.number);
+    EXPECT_EQ(r.Description(), c.text);
     EXPECT_EQ(document().queued_input(), 1u);
   }
 }

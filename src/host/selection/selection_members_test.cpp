@@ -149,9 +149,9 @@ TEST_F(SelectionTest, RefusesBadModesPointsAndFilters) {
   for (const auto& c : cases) {
     SCOPED_TRACE(c.text);
     std::vector<Variant> args = c.args;
-    const Raised r = ErrorOf([&] { CallMethodRef(ss, c.member, args); });
-    EXPECT_EQ(r.number, kScodeInvalidArgument);
-    EXPECT_EQ(r.description, c.text);
+    const AutomationError r = ErrorOf([&] { CallMethodRef(ss, c.member, args); });
+    EXPECT_EQ(r.Number(), kScodeInvalidArgument);
+    EXPECT_EQ(r.Description(), c.text);
   }
 }
 
@@ -170,9 +170,9 @@ TEST_F(SelectionTest, TranslateCoordinatesUsesTheUcs) {
   EXPECT_EQ(translate(Pt(0, 0), 0, 1, 0).Array().ToDoubles(), (std::vector<double>{0, 10, 0}));
   EXPECT_EQ(translate(Pt(0, 0), 0, 1, 1).Array().ToDoubles(), (std::vector<double>{0, 0, 0}));
   EXPECT_EQ(translate(Pt(5, 0), 1, 0, 0).Array().ToDoubles(), (std::vector<double>{10, 5, 0}));
-  const Raised r = ErrorOf([&] { translate(Variant(SafeArray::Of({1.0, 2.0, 3.0})), 0, 1, 0); });
-  EXPECT_EQ(r.description, "Invalid argument Point in TranslateCoordinates");
-  EXPECT_EQ(r.number, kScodeInvalidArgument);
+  const AutomationError r = ErrorOf([&] { translate(Variant(SafeArray::Of({1.0, 2.0, 3.0})), 0, 1, 0); });
+  EXPECT_EQ(r.Description(), "Invalid argument Point in TranslateCoordinates");
+  EXPECT_EQ(r.Number(), kScodeInvalidArgument);
 }
 
 }  // namespace

@@ -253,9 +253,9 @@ TEST_F(SelectionMoreTest, DegenerateInputGivesTheHostsErrorOrASelection) {
   };
   for (const auto& r : refusals) {
     SCOPED_TRACE(r.what);
-    const Raised raised = ErrorOf(r.statement);
-    EXPECT_EQ(raised.number, r.number);
-    EXPECT_EQ(raised.description, r.text);
+    const AutomationError raised = ErrorOf(r.statement);
+    EXPECT_EQ(raised.Number(), r.number);
+    EXPECT_EQ(raised.Description(), r.text);
   }
   // The refused edits left the dot where it was.
   ExpectPoint(GetProperty(dot, "StartPoint"), {2, 2, 0}, 0);
@@ -277,9 +277,9 @@ TEST_F(SelectionMoreTest, TranslateCoordinatesThroughAnOcs) {
   // A normal that is not unit is normalised first: (0,0,−5) is −Z.
   ExpectPoint(translate(Pt(1, 2, 3), 0, 4, 0, Pt(0, 0, -5)), {-1, 2, -3});
   // OCS to OCS is refused.
-  const Raised r = ErrorOf([&] { translate(Pt(1, 2, 3), 4, 4, 0, Pt(0, 0, 1)); });
-  EXPECT_EQ(r.number, kInvalidInput);
-  EXPECT_EQ(r.description, "Invalid input");
+  const AutomationError r = ErrorOf([&] { translate(Pt(1, 2, 3), 4, 4, 0, Pt(0, 0, 1)); });
+  EXPECT_EQ(r.Number(), kInvalidInput);
+  EXPECT_EQ(r.Description(), "Invalid input");
 }
 
 }  // namespace

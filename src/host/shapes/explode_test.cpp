@@ -141,9 +141,9 @@ TEST_F(ExplodeTest, RefusalsLeaveTheDrawingAsItWas) {
   for (const auto& c : cases) {
     SCOPED_TRACE(c.what);
     const int32_t before = Count();
-    const Raised r = ErrorOf([&] { CallMethod(c.target, "Explode"); });
-    EXPECT_EQ(r.number, c.number);
-    EXPECT_EQ(r.description, c.text);
+    const AutomationError r = ErrorOf([&] { CallMethod(c.target, "Explode"); });
+    EXPECT_EQ(r.Number(), c.number);
+    EXPECT_EQ(r.Description(), c.text);
     EXPECT_EQ(Count(), before);  // no half-made pieces left behind
   }
   // An empty block explodes into an empty array.

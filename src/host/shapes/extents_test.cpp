@@ -8,12 +8,12 @@
 #include "host/core/host_error.h"
 #include "host/entities/kinds.h"
 #include "tests/support/host_fixture.h"
+#include "tests/support/geometry.h"
 
 namespace tovik::host {
 namespace {
 
 using geometry::Vec3;
-constexpr double kPi = std::numbers::pi;
 constexpr double kTol = 1e-9;
 
 Vec3 V(const Variant& v) {
@@ -81,9 +81,9 @@ TEST_F(GeometryTest, TextExtentsFollowTheFontModelAndAlignment) {
   LetProperty(t, "TextAlignmentPoint", Pt(0, 0));
   ExpectBox(t, {-2.4, -1, 0}, {2.4, 1, 0});
   LetProperty(t, "TextString", Variant(""));
-  const Raised r = ErrorOf([&] { Box(t); });
-  EXPECT_EQ(r.number, -2145386458);
-  EXPECT_EQ(r.description, "Null extents");
+  const AutomationError r = ErrorOf([&] { Box(t); });
+  EXPECT_EQ(r.Number(), -2145386458);
+  EXPECT_EQ(r.Description(), "Null extents");
 }
 
 TEST_F(GeometryTest, BlockReferenceExtentsAreTheTransformedContents) {
@@ -119,8 +119,8 @@ TEST_F(GeometryTest, BlockReferenceExtentsAreTheTransformedContents) {
   ExpectBox(tilted, {0, 0, -0.5}, {0, 2.5, 0.5});
   // An empty block has no extents.
   Block("EMPTY");
-  const Raised r = ErrorOf([&] { Box(Insert(ms, "EMPTY", {0, 0, 0}, {1, 1, 1}, 0)); });
-  EXPECT_EQ(r.description, "Null extents");
+  const AutomationError r = ErrorOf([&] { Box(Insert(ms, "EMPTY", {0, 0, 0}, {1, 1, 1}, 0)); });
+  EXPECT_EQ(r.Description(), "Null extents");
 }
 
 TEST_F(GeometryTest, TransformsMoveEveryPartAsHandComputed) {
@@ -248,7 +248,7 @@ TEST_F(GeometryTest, ExplodeMakesPiecesAndKeepsTheOriginal) {
   ObjectRef el = pieces.Array().At(0).Object();
   EXPECT_EQ(TypeName(Variant(el)), "IAcadEllipse");
   ExpectBox(el, {8, -1, 0}, {12, 1, 0});
-  EXPECT_EQ(ErrorOf([&] { CallMethod(Line(0, 0, 1, 1), "Explode"); }).number, 438);
+  EXPECT_EQ(ErrorOf([&] { CallMethod(Line(0, 0, 1, 1), "Explode"); }).Number(), 438);
 }
 
 }  // namespace

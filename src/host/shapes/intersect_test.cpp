@@ -70,9 +70,9 @@ TEST_F(IntersectTest, RaysAndConstructionLinesRunOnFromTheirBase) {
       {"construction line missing a circle", diagonal, circle, 0, {}},
   });
   // Neither has extents.
-  const Raised r = ErrorOf([&] { BoxOf(ray); });
-  EXPECT_EQ(r.number, -2145386458);
-  EXPECT_EQ(r.description, "Null extents");
+  const AutomationError r = ErrorOf([&] { BoxOf(ray); });
+  EXPECT_EQ(r.Number(), -2145386458);
+  EXPECT_EQ(r.Description(), "Null extents");
 }
 
 TEST_F(IntersectTest, EllipsesAndEllipticalArcs) {
@@ -184,13 +184,13 @@ TEST_F(IntersectTest, DegenerateCurvesAndBadOptions) {
   });
   for (const Variant& option : {Variant(int32_t(4)), Variant(int32_t(-1))}) {
     SCOPED_TRACE(CLng(option));
-    const Raised r = ErrorOf([&] { CallMethod(base, "IntersectWith", {Variant(dot), option}); });
-    EXPECT_EQ(r.number, kScodeInvalidArgument);
-    EXPECT_EQ(r.description, "Invalid argument ExtendOption in IntersectWith");
+    const AutomationError r = ErrorOf([&] { CallMethod(base, "IntersectWith", {Variant(dot), option}); });
+    EXPECT_EQ(r.Number(), kScodeInvalidArgument);
+    EXPECT_EQ(r.Description(), "Invalid argument ExtendOption in IntersectWith");
   }
-  const Raised r = ErrorOf([&] { CallMethod(base, "IntersectWith", {Variant(doc), Variant(int32_t(0))}); });
-  EXPECT_EQ(r.number, kScodeInvalidArgument);
-  EXPECT_EQ(r.description, "Invalid argument IntersectObject in IntersectWith");
+  const AutomationError r = ErrorOf([&] { CallMethod(base, "IntersectWith", {Variant(doc), Variant(int32_t(0))}); });
+  EXPECT_EQ(r.Number(), kScodeInvalidArgument);
+  EXPECT_EQ(r.Description(), "Invalid argument IntersectObject in IntersectWith");
 }
 
 }  // namespace

@@ -451,9 +451,9 @@ TEST_F(TransformTest, TransformByAppliesRowMajorMatricesAndRefusesWhatCannotBeHe
   for (const auto& r : refusals) {
     SCOPED_TRACE(r.what);
     ObjectRef circle = CallMethod(ms, "AddCircle", {Pt(1, 1), Variant(2.0)}).Object();
-    const Raised raised = ErrorOf([&] { CallMethod(circle, "TransformBy", {r.matrix}); });
-    EXPECT_EQ(raised.number, r.number);
-    EXPECT_EQ(raised.description, r.text);
+    const AutomationError raised = ErrorOf([&] { CallMethod(circle, "TransformBy", {r.matrix}); });
+    EXPECT_EQ(raised.Number(), r.number);
+    EXPECT_EQ(raised.Description(), r.text);
     // Nothing changed.
     EXPECT_NEAR(CDbl(GetProperty(circle, "Radius")), 2, 0);
     ExpectPoint(GetProperty(circle, "Center"), {1, 1, 0}, 0);

@@ -95,7 +95,7 @@ TEST_F(SurfaceTest, EveryMemberTheLibraryCallsAnswersByName) {
                            "USERR4", "INSUNITS", "VIEWCTR", "VIEWSIZE", "VIEWDIR", "VIEWTWIST",
                            "SCREENSIZE", "UCSORG", "UCSXDIR", "UCSYDIR", "TARGET", "CLAYER"}) {
     SCOPED_TRACE(name);
-    EXPECT_EQ(ErrorOf([&] { CallMethod(doc, "GetVariable", {Variant(name)}); }).number, 0);
+    EXPECT_EQ(ErrorOf([&] { CallMethod(doc, "GetVariable", {Variant(name)}); }).Number(), 0);
   }
 }
 
@@ -114,13 +114,13 @@ TEST_F(SurfaceTest, ErasedEntitiesRefuseEveryMemberButHandle) {
     for (const char* member : members) {
       if (o->GetIdOfName(member) == kDispIdUnknown) continue;
       SCOPED_TRACE(std::string(TypeName(Variant(o))) + "." + member);
-      Raised r = ErrorOf([&] { GetProperty(o, member); });
-      EXPECT_EQ(r.number, kScodeObjectErased);
-      EXPECT_EQ(r.description, "Object was erased");
+      AutomationError r = ErrorOf([&] { GetProperty(o, member); });
+      EXPECT_EQ(r.Number(), kScodeObjectErased);
+      EXPECT_EQ(r.Description(), "Object was erased");
     }
   }
   // The attribute reference went with its block reference.
-  EXPECT_EQ(ErrorOf([&] { GetProperty(attref, "TextString"); }).number, kScodeObjectErased);
+  EXPECT_EQ(ErrorOf([&] { GetProperty(attref, "TextString"); }).Number(), kScodeObjectErased);
 }
 
 }  // namespace

@@ -19,7 +19,7 @@ TEST_F(SurfaceTest, MaterialsAndLayerStateFollowTheirRecords) {
   EXPECT_EQ(CStr(GetProperty(line, "Material")), "Steel");  // the table's spelling
   EXPECT_EQ(ErrorOf([&] {
               CallMethod(CallMethod(materials, "Item", {Variant("Steel")}).Object(), "Delete");
-            }).description,
+            }).Description(),
             "Object is referenced");
   // An entity on a layer turned off is left out of window selections.
   ObjectRef layer0 =
@@ -41,11 +41,11 @@ TEST_F(SurfaceTest, BlockSettingsDriveWhatReferencesDo) {
   EXPECT_FALSE(CBool(GetProperty(block, "IsLayout")));
   EXPECT_TRUE(CBool(GetProperty(ref, "HasAttributes")));
   LetProperty(block, "Explodable", Variant(false));
-  EXPECT_EQ(ErrorOf([&] { CallMethod(ref, "Explode"); }).description, "Not applicable");
+  EXPECT_EQ(ErrorOf([&] { CallMethod(ref, "Explode"); }).Description(), "Not applicable");
   LetProperty(block, "Explodable", Variant(true));
   EXPECT_GT(CallMethod(ref, "Explode").Array().Count(), 0);
   // A static copy under a name in use is refused; a new name repoints.
-  EXPECT_EQ(ErrorOf([&] { CallMethod(ref, "ConvertToStaticBlock", {Variant("b")}); }).description,
+  EXPECT_EQ(ErrorOf([&] { CallMethod(ref, "ConvertToStaticBlock", {Variant("b")}); }).Description(),
             "Duplicate record name");
   CallMethod(ref, "ConvertToStaticBlock", {Variant("Fixed")});
   EXPECT_EQ(CStr(GetProperty(ref, "Name")), "Fixed");
@@ -73,7 +73,7 @@ TEST_F(SurfaceTest, TextAnglesAndAttributeFlagsAreViewsOfTheirData) {
   LetProperty(text, "ObliqueAngle", Variant(kLimit - 1e-9));
   EXPECT_NEAR(CDbl(GetProperty(text, "ObliqueAngle")), kLimit, 1e-8);
   LetProperty(text, "ObliqueAngle", Variant(-0.5));
-  EXPECT_EQ(ErrorOf([&] { LetProperty(text, "ObliqueAngle", Variant(kLimit + 1e-3)); }).number,
+  EXPECT_EQ(ErrorOf([&] { LetProperty(text, "ObliqueAngle", Variant(kLimit + 1e-3)); }).Number(),
             NumberOfText("Invalid input"));
   // Invisible and Constant are bits of Mode.
   LetProperty(attdef, "Mode", Variant(int32_t{3}));
@@ -138,10 +138,10 @@ TEST_F(SurfaceTest, GetEntityTakesAPickAndGivesTheOutermostObject) {
   EXPECT_TRUE(SameObject(outs[0].RawObject(), ref));
   EXPECT_EQ(outs[1].Array().ToDoubles(), (std::vector<double>{5, 6, 0}));
   // A miss (nothing queued) or an erased pick is the user's Escape.
-  EXPECT_EQ(ErrorOf([&] { CallMethodRef(utility, "GetEntity", outs); }).number, kScodeCancelled);
+  EXPECT_EQ(ErrorOf([&] { CallMethodRef(utility, "GetEntity", outs); }).Number(), kScodeCancelled);
   document().QueueInput(UserInput::Pick(entity(line), {}));
   CallMethod(line, "Delete");
-  EXPECT_EQ(ErrorOf([&] { CallMethodRef(utility, "GetEntity", outs); }).number, kScodeCancelled);
+  EXPECT_EQ(ErrorOf([&] { CallMethodRef(utility, "GetEntity", outs); }).Number(), kScodeCancelled);
 }
 
 TEST_F(SurfaceTest, EraseDeletesEveryMemberOrNone) {
@@ -150,14 +150,14 @@ TEST_F(SurfaceTest, EraseDeletesEveryMemberOrNone) {
   CallMethod(layers, "Add", {Variant("Locked")});
   LetProperty(arc, "Layer", Variant("Locked"));
   LetProperty(CallMethod(layers, "Item", {Variant("Locked")}).Object(), "Lock", Variant(true));
-  EXPECT_EQ(ErrorOf([&] { CallMethod(set, "Erase"); }).description, "On locked layer");
+  EXPECT_EQ(ErrorOf([&] { CallMethod(set, "Erase"); }).Description(), "On locked layer");
   EXPECT_DOUBLE_EQ(CDbl(GetProperty(circle, "Radius")), 2);  // still there
   EXPECT_EQ(CLng(GetProperty(set, "Count")), 2);
   LetProperty(CallMethod(layers, "Item", {Variant("Locked")}).Object(), "Lock", Variant(false));
   CallMethod(set, "Erase");
   EXPECT_EQ(CLng(GetProperty(set, "Count")), 0);
-  EXPECT_EQ(ErrorOf([&] { GetProperty(circle, "Radius"); }).number, kScodeObjectErased);
-  EXPECT_EQ(ErrorOf([&] { GetProperty(arc, "Radius"); }).number, kScodeObjectErased);
+  EXPECT_EQ(ErrorOf([&] { GetProperty(circle, "Radius"); }).Number(), kScodeObjectErased);
+  EXPECT_EQ(ErrorOf([&] { GetProperty(arc, "Radius"); }).Number(), kScodeObjectErased);
 }
 
 TEST_F(SurfaceTest, HighlightMarksTheEntitiesASetOrGroupHolds) {

@@ -37,10 +37,10 @@ TEST_F(LayoutsTest, CollectionListsModelThenPaperLayoutsWithTheirBlocks) {
   EXPECT_EQ(Name(BlockOf("Layout1")), "*Paper_Space");
   EXPECT_EQ(Name(BlockOf("Layout2")), "*Paper_Space0");
   EXPECT_TRUE(SameObject(GetProperty(doc, "PaperSpace").Object(), BlockOf("Layout1")));
-  EXPECT_EQ(ErrorOf([&] { Layout("Layout9"); }).number, kScodeKeyNotFound);
-  EXPECT_EQ(ErrorOf([&] { CallMethod(layouts, "Item", {Variant(int32_t{3})}); }).number,
+  EXPECT_EQ(ErrorOf([&] { Layout("Layout9"); }).Number(), kScodeKeyNotFound);
+  EXPECT_EQ(ErrorOf([&] { CallMethod(layouts, "Item", {Variant(int32_t{3})}); }).Number(),
             kScodeKeyNotFound);
-  EXPECT_EQ(ErrorOf([&] { CallMethod(layouts, "Item", {Pt(0, 0)}); }).description,
+  EXPECT_EQ(ErrorOf([&] { CallMethod(layouts, "Item", {Pt(0, 0)}); }).Description(),
             "Invalid argument Index in Item");
 }
 
@@ -65,11 +65,11 @@ TEST_F(LayoutsTest, AddMakesANewPaperBlockLastInTabOrderAndRefusesNamesInUse) {
   };
   for (const Refusal& r : refusals) {
     SCOPED_TRACE(r.text);
-    EXPECT_EQ(ErrorOf([&] { CallMethod(layouts, "Add", {r.name}); }).description, r.text);
+    EXPECT_EQ(ErrorOf([&] { CallMethod(layouts, "Add", {r.name}); }).Description(), r.text);
   }
   EXPECT_EQ(CLng(GetProperty(layouts, "Count")), 4);
   EXPECT_EQ(CLng(GetProperty(GetProperty(doc, "Blocks").Object(), "Count")), 4);
-  EXPECT_EQ(ErrorOf([&] { CallMethod(layouts, "Add"); }).number, 449);
+  EXPECT_EQ(ErrorOf([&] { CallMethod(layouts, "Add"); }).Number(), 449);
 }
 
 TEST_F(LayoutsTest, ActivatingAPaperLayoutGivesItsBlockThePaperSpaceName) {
@@ -99,7 +99,7 @@ TEST_F(LayoutsTest, ActivatingAPaperLayoutGivesItsBlockThePaperSpaceName) {
                                  {Variant("Layout2")}).Object();
   app_->Activate(std::static_pointer_cast<Document>(doc));
   for (const ObjectRef& wrong : {foreign, ms}) {
-    EXPECT_EQ(ErrorOf([&] { SetProperty(doc, "ActiveLayout", wrong); }).description,
+    EXPECT_EQ(ErrorOf([&] { SetProperty(doc, "ActiveLayout", wrong); }).Description(),
               "Invalid argument ActiveLayout in ActiveLayout");
   }
   EXPECT_EQ(Name(GetProperty(doc, "ActiveLayout").Object()), "Model");
@@ -126,7 +126,7 @@ TEST_F(LayoutsTest, RenameAndTabOrderKeepNamesUniqueAndTabsSequential) {
   };
   for (const Refusal& r : refusals) {
     SCOPED_TRACE(std::string(r.member) + " " + r.text);
-    EXPECT_EQ(ErrorOf([&] { LetProperty(r.layout, r.member, r.value); }).description, r.text);
+    EXPECT_EQ(ErrorOf([&] { LetProperty(r.layout, r.member, r.value); }).Description(), r.text);
   }
   LetProperty(Layout("Detail"), "TabOrder", Variant(int32_t{1}));
   EXPECT_EQ(Tab("Detail"), 1);
@@ -143,25 +143,25 @@ TEST_F(LayoutsTest, DeleteTakesTheBlockAndHandsPaperSpaceOn) {
   ObjectRef block1 = BlockOf("Layout1"), block2 = BlockOf("Layout2");
   SetProperty(doc, "ActiveLayout", layout1);
   ObjectRef on_paper = CallMethod(block1, "AddLine", {Pt(0, 0), Pt(1, 1)}).Object();
-  EXPECT_EQ(ErrorOf([&] { CallMethod(Layout("Model"), "Delete"); }).description,
+  EXPECT_EQ(ErrorOf([&] { CallMethod(Layout("Model"), "Delete"); }).Description(),
             "Not applicable");
   // An entity on a locked layer keeps the whole layout.
   ObjectRef layer0 = CallMethod(GetProperty(doc, "Layers").Object(), "Item", {Variant("0")}).Object();
   LetProperty(layer0, "Lock", Variant(true));
-  EXPECT_EQ(ErrorOf([&] { CallMethod(layout1, "Delete"); }).description, "On locked layer");
+  EXPECT_EQ(ErrorOf([&] { CallMethod(layout1, "Delete"); }).Description(), "On locked layer");
   EXPECT_FALSE(CStr(GetProperty(on_paper, "Layer")).empty());
   LetProperty(layer0, "Lock", Variant(false));
   CallMethod(layout1, "Delete");
   EXPECT_EQ(CLng(GetProperty(layouts, "Count")), 2);
-  EXPECT_EQ(ErrorOf([&] { GetProperty(on_paper, "Layer"); }).number, kScodeObjectErased);
-  EXPECT_EQ(ErrorOf([&] { GetProperty(block1, "Count"); }).number, kScodeObjectErased);
-  EXPECT_EQ(ErrorOf([&] { GetProperty(layout1, "TabOrder"); }).number, kScodeObjectErased);
+  EXPECT_EQ(ErrorOf([&] { GetProperty(on_paper, "Layer"); }).Number(), kScodeObjectErased);
+  EXPECT_EQ(ErrorOf([&] { GetProperty(block1, "Count"); }).Number(), kScodeObjectErased);
+  EXPECT_EQ(ErrorOf([&] { GetProperty(layout1, "TabOrder"); }).Number(), kScodeObjectErased);
   // The remaining paper layout is shown, named "*Paper_Space" and first.
   EXPECT_TRUE(SameObject(GetProperty(doc, "PaperSpace").Object(), block2));
   EXPECT_EQ(Name(block2), "*Paper_Space");
   EXPECT_EQ(Name(GetProperty(doc, "ActiveLayout").Object()), "Layout2");
   EXPECT_EQ(Tab("Layout2"), 1);
-  EXPECT_EQ(ErrorOf([&] { CallMethod(Layout("Layout2"), "Delete"); }).description,
+  EXPECT_EQ(ErrorOf([&] { CallMethod(Layout("Layout2"), "Delete"); }).Description(),
             "Not applicable");
   // Undo brings the layout, its block and its entity back.
   document().Undo(1);

@@ -36,14 +36,14 @@ TEST_F(TablesTest, ItemTakesIndexOrNameCaseInsensitivelyNonAsciiToo) {
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.what);
-    Raised r = ErrorOf([&] { CallMethod(layers, "Item", {c.index}); });
-    EXPECT_EQ(r.number, c.number);
-    EXPECT_EQ(r.description, c.text);
+    AutomationError r = ErrorOf([&] { CallMethod(layers, "Item", {c.index}); });
+    EXPECT_EQ(r.Number(), c.number);
+    EXPECT_EQ(r.Description(), c.text);
   }
-  Raised r = ErrorOf([&] { CallMethod(layers, "Add", {Variant("a<b")}); });
-  EXPECT_EQ(r.description, "Invalid input");
+  AutomationError r = ErrorOf([&] { CallMethod(layers, "Add", {Variant("a<b")}); });
+  EXPECT_EQ(r.Description(), "Invalid input");
   r = ErrorOf([&] { CallMethod(layers, "Delete"); });
-  EXPECT_EQ(r.description, "Cannot delete");
+  EXPECT_EQ(r.Description(), "Cannot delete");
 }
 
 TEST_F(TablesTest, LayerRules) {
@@ -56,23 +56,23 @@ TEST_F(TablesTest, LayerRules) {
   EXPECT_EQ(CStr(GetProperty(line, "Layer")), "Used");  // the table's spelling
   EXPECT_EQ(CLng(GetProperty(used, "Color")), 7);
   EXPECT_EQ(CStr(GetProperty(used, "Linetype")), "Continuous");
-  EXPECT_EQ(ErrorOf([&] { CallMethod(layer0, "Delete"); }).description, "Object is referenced");
-  EXPECT_EQ(ErrorOf([&] { CallMethod(used, "Delete"); }).description, "Object is referenced");
-  EXPECT_EQ(ErrorOf([&] { LetProperty(layer0, "Freeze", Variant(true)); }).description,
+  EXPECT_EQ(ErrorOf([&] { CallMethod(layer0, "Delete"); }).Description(), "Object is referenced");
+  EXPECT_EQ(ErrorOf([&] { CallMethod(used, "Delete"); }).Description(), "Object is referenced");
+  EXPECT_EQ(ErrorOf([&] { LetProperty(layer0, "Freeze", Variant(true)); }).Description(),
             "Invalid layer");
-  EXPECT_EQ(ErrorOf([&] { LetProperty(line, "Layer", Variant("Nope")); }).description,
+  EXPECT_EQ(ErrorOf([&] { LetProperty(line, "Layer", Variant("Nope")); }).Description(),
             "Key not found");
   // A locked layer's entities refuse every change but can be read.
   LetProperty(used, "Lock", Variant(true));
-  Raised r = ErrorOf([&] { LetProperty(line, "EndPoint", Pt(4, 4)); });
-  EXPECT_EQ(r.description, "On locked layer");
-  EXPECT_EQ(ErrorOf([&] { CallMethod(line, "Delete"); }).description, "On locked layer");
+  AutomationError r = ErrorOf([&] { LetProperty(line, "EndPoint", Pt(4, 4)); });
+  EXPECT_EQ(r.Description(), "On locked layer");
+  EXPECT_EQ(ErrorOf([&] { CallMethod(line, "Delete"); }).Description(), "On locked layer");
   EXPECT_EQ(CStr(GetProperty(line, "Layer")), "Used");  // reading still works
   // Moving an entity onto a locked layer is refused too.
   ObjectRef other = Line(0, 0, 2, 2);
-  EXPECT_EQ(ErrorOf([&] { LetProperty(other, "Layer", Variant("Used")); }).description,
+  EXPECT_EQ(ErrorOf([&] { LetProperty(other, "Layer", Variant("Used")); }).Description(),
             "On locked layer");
-  EXPECT_EQ(ErrorOf([&] { CallMethod(spare, "Delete"); }).number, 0);
+  EXPECT_EQ(ErrorOf([&] { CallMethod(spare, "Delete"); }).Number(), 0);
 }
 
 TEST_F(TablesTest, BlocksAnonymousNamesAndDeleteRules) {
@@ -93,27 +93,27 @@ TEST_F(TablesTest, BlocksAnonymousNamesAndDeleteRules) {
   EXPECT_EQ(PointArg(GetProperty(door, "Origin"), {"", ""}), (geometry::Vec3{5, 5, 0}));
   ObjectRef ref = CallMethod(ms, "InsertBlock", {Pt(0, 0), Variant("door"), Variant(1.0),
                                                  Variant(1.0), Variant(1.0)}).Object();
-  EXPECT_EQ(ErrorOf([&] { CallMethod(door, "Delete"); }).description, "Object is referenced");
-  EXPECT_EQ(ErrorOf([&] { CallMethod(ms, "Delete"); }).description, "Not applicable");
+  EXPECT_EQ(ErrorOf([&] { CallMethod(door, "Delete"); }).Description(), "Object is referenced");
+  EXPECT_EQ(ErrorOf([&] { CallMethod(ms, "Delete"); }).Description(), "Not applicable");
   EXPECT_EQ(ErrorOf([&] {
               CallMethod(ms, "InsertBlock", {Pt(0, 0), Variant("Window"), Variant(1.0),
                                              Variant(1.0), Variant(1.0)});
-            }).description,
+            }).Description(),
             "Key not found");
   EXPECT_EQ(ErrorOf([&] {
               CallMethod(ms, "InsertBlock", {Pt(0, 0), Variant("Door"), Variant(0.0),
                                              Variant(1.0), Variant(1.0)});
-            }).description,
+            }).Description(),
             "Invalid input");
   // Inserting a block into itself is refused.
   EXPECT_EQ(ErrorOf([&] {
               CallMethod(door, "InsertBlock", {Pt(0, 0), Variant("Door"), Variant(1.0),
                                                Variant(1.0), Variant(1.0)});
-            }).description,
+            }).Description(),
             "Invalid input");
   CallMethod(ref, "Delete");
   CallMethod(door, "Delete");
-  EXPECT_EQ(ErrorOf([&] { CallMethod(blocks, "Item", {Variant("Door")}); }).description,
+  EXPECT_EQ(ErrorOf([&] { CallMethod(blocks, "Item", {Variant("Door")}); }).Description(),
             "Key not found");
 }
 
@@ -121,7 +121,7 @@ TEST_F(TablesTest, GroupsCountLiveMembersOnly) {
   ObjectRef groups = GetProperty(doc, "Groups").Object();
   ObjectRef group = CallMethod(groups, "Add", {Variant("TOVIK_COM")}).Object();
   EXPECT_EQ(TypeName(Variant(group)), "IAcadGroup");
-  EXPECT_EQ(ErrorOf([&] { CallMethod(groups, "Add", {Variant("tovik_com")}); }).description,
+  EXPECT_EQ(ErrorOf([&] { CallMethod(groups, "Add", {Variant("tovik_com")}); }).Description(),
             "Duplicate record name");
   ObjectRef a = Line(0, 0, 1, 1), b = Line(0, 0, 2, 2);
   CallMethod(group, "AppendItems", {ObjectsValue({a, b, a})});
@@ -129,12 +129,12 @@ TEST_F(TablesTest, GroupsCountLiveMembersOnly) {
   CallMethod(a, "Delete");
   EXPECT_EQ(CLng(GetProperty(group, "Count")), 1);
   EXPECT_TRUE(SameObject(CallMethod(group, "Item", {Variant(int16_t{0})}).Object(), b));
-  EXPECT_EQ(ErrorOf([&] { CallMethod(group, "Item", {Variant(int16_t{1})}); }).description,
+  EXPECT_EQ(ErrorOf([&] { CallMethod(group, "Item", {Variant(int16_t{1})}); }).Description(),
             "Key not found");
   // Write-only display properties set every member; reading is refused.
   LetProperty(group, "Lineweight", Variant(int32_t{50}));
   EXPECT_EQ(CLng(GetProperty(b, "Lineweight")), 50);
-  EXPECT_EQ(ErrorOf([&] { GetProperty(group, "Lineweight"); }).number, kErrNotSupported);
+  EXPECT_EQ(ErrorOf([&] { GetProperty(group, "Lineweight"); }).Number(), kErrNotSupported);
   CallMethod(group, "RemoveItems", {ObjectsValue({b})});
   EXPECT_EQ(CLng(GetProperty(group, "Count")), 0);
   ObjectRef anon = CallMethod(groups, "Add", {Variant("*")}).Object();
@@ -149,10 +149,10 @@ TEST_F(TablesTest, SelectionSetNamesAreCaseSensitiveAndUnique) {
   ObjectRef s1 = CallMethod(sets, "Add", {Variant("Work")}).Object();
   ObjectRef s2 = CallMethod(sets, "Add", {Variant("WORK")}).Object();
   EXPECT_FALSE(SameObject(s1, s2));
-  Raised r = ErrorOf([&] { CallMethod(sets, "Add", {Variant("Work")}); });
-  EXPECT_EQ(r.description, "Duplicate key");
+  AutomationError r = ErrorOf([&] { CallMethod(sets, "Add", {Variant("Work")}); });
+  EXPECT_EQ(r.Description(), "Duplicate key");
   EXPECT_TRUE(SameObject(CallMethod(sets, "Item", {Variant("WORK")}).Object(), s2));
-  EXPECT_EQ(ErrorOf([&] { CallMethod(sets, "Item", {Variant("work")}); }).description,
+  EXPECT_EQ(ErrorOf([&] { CallMethod(sets, "Item", {Variant("work")}); }).Description(),
             "Key not found");
   ObjectRef a = Line(0, 0, 1, 1), b = Line(0, 0, 2, 2);
   CallMethod(s1, "AddItems", {ObjectsValue({a, b, a})});
@@ -172,7 +172,7 @@ TEST_F(TablesTest, SelectionSetNamesAreCaseSensitiveAndUnique) {
   ObjectRef foreign = CallMethod(GetProperty(app_->AddDocument()->Self(), "ModelSpace").Object(),
                                  "AddLine", {Pt(0, 0), Pt(1, 1)}).Object();
   r = ErrorOf([&] { CallMethod(s2, "AddItems", {ObjectsValue({foreign})}); });
-  EXPECT_EQ(r.description, "Invalid argument Objects in AddItems");
+  EXPECT_EQ(r.Description(), "Invalid argument Objects in AddItems");
 }
 
 TEST_F(TablesTest, DictionariesAndXRecords) {
@@ -190,15 +190,15 @@ TEST_F(TablesTest, DictionariesAndXRecords) {
   CallMethodRef(xrec, "GetXRecordData", outs);
   EXPECT_EQ(CStr(outs[1].Array().Items()[0]), "v");
   EXPECT_TRUE(SameObject(CallMethod(dict, "GetObject", {Variant("DATA")}).Object(), xrec));
-  EXPECT_EQ(ErrorOf([&] { CallMethod(dict, "GetObject", {Variant("None")}); }).description,
+  EXPECT_EQ(ErrorOf([&] { CallMethod(dict, "GetObject", {Variant("None")}); }).Description(),
             "Key not found");
   EXPECT_EQ(ErrorOf([&] { CallMethod(dict, "AddObject", {Variant("K"), Variant("AcDbNope")}); })
-                .description,
+                .Description(),
             "Invalid input");
   // An existing keyword is replaced and the old object erased.
   ObjectRef sub = CallMethod(dict, "AddObject", {Variant("data"), Variant("AcDbDictionary")}).Object();
   EXPECT_EQ(CLng(GetProperty(dict, "Count")), 1);
-  EXPECT_EQ(ErrorOf([&] { CallMethod(xrec, "GetXRecordData", {Variant(), Variant()}); }).number,
+  EXPECT_EQ(ErrorOf([&] { CallMethod(xrec, "GetXRecordData", {Variant(), Variant()}); }).Number(),
             kScodeObjectErased);
   ObjectRef removed = CallMethod(dict, "Remove", {Variant("Data")}).Object();
   EXPECT_TRUE(SameObject(removed, sub));
@@ -243,12 +243,12 @@ TEST_F(TablesTest, DrawOrderTableMovesEntities) {
   EXPECT_EQ(order(), "dcabe");
   CallMethod(c, "Delete");
   EXPECT_EQ(order(), "dabe");
-  EXPECT_EQ(ErrorOf([&] { CallMethod(table, "MoveToTop", {ObjectsValue({a, a})}); }).description,
+  EXPECT_EQ(ErrorOf([&] { CallMethod(table, "MoveToTop", {ObjectsValue({a, a})}); }).Description(),
             "Invalid input");
   ObjectRef other = CallMethod(CallMethod(GetProperty(doc, "Blocks").Object(), "Add",
                                           {Pt(0, 0), Variant("B")}).Object(),
                                "AddLine", {Pt(0, 0), Pt(9, 9)}).Object();
-  EXPECT_EQ(ErrorOf([&] { CallMethod(table, "MoveToTop", {ObjectsValue({other})}); }).description,
+  EXPECT_EQ(ErrorOf([&] { CallMethod(table, "MoveToTop", {ObjectsValue({other})}); }).Description(),
             "Invalid input");
   // The block's draw order (what the preview draws) follows the table.
   auto drawn = app_->active_document()->model_space()->DrawOrder();

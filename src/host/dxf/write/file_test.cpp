@@ -59,9 +59,9 @@ TEST_F(DxfDrawingFile, AFileOfManyPiecesHoldsTheDrawingInOrder) {
 TEST_F(DxfDrawingFile, AFileThatCannotBeCreatedRaisesTheHostError) {
   Line(0, 0, 1, 1);
   std::string path = ::testing::TempDir() + "/no-such-folder/d.dxf";
-  Raised raised = ErrorOf([&] { WriteDrawingFile(document(), path); });
-  EXPECT_EQ(raised.number, -2147467259);
-  EXPECT_EQ(raised.description, path + ": cannot write the file");
+  AutomationError raised = ErrorOf([&] { WriteDrawingFile(document(), path); });
+  EXPECT_EQ(raised.Number(), -2147467259);
+  EXPECT_EQ(raised.Description(), path + ": cannot write the file");
   EXPECT_FALSE(std::filesystem::exists(path));
 }
 

@@ -1,15 +1,24 @@
-// Test helpers for geometry: tolerance-aware expectations and random
-// transforms for synced-transform tests. Test-only; not part of the library.
-#ifndef TOVIK_GEOMETRY_TEST_UTIL_H_
-#define TOVIK_GEOMETRY_TEST_UTIL_H_
+// Test helpers for geometry: the constants and tolerances the tests share,
+// tolerance-aware expectations and random transforms.
+#ifndef TOVIK_TESTS_SUPPORT_GEOMETRY_H_
+#define TOVIK_TESTS_SUPPORT_GEOMETRY_H_
 
 #include <gtest/gtest.h>
 
+#include <numbers>
 #include <random>
 
 #include "geometry/box.h"
 #include "geometry/matrix.h"
 #include "geometry/vec3.h"
+
+namespace tovik {
+
+inline constexpr double kPi = std::numbers::pi;
+// Geometry computed from exact inputs agrees to this.
+inline constexpr double kGeoTol = 1e-9;
+
+}  // namespace tovik
 
 namespace tovik::geometry::testing {
 
@@ -56,4 +65,4 @@ inline Matrix4 RandomAffine(std::mt19937& rng) {
 
 }  // namespace tovik::geometry::testing
 
-#endif  // TOVIK_GEOMETRY_TEST_UTIL_H_
+#endif  // TOVIK_TESTS_SUPPORT_GEOMETRY_H_
