@@ -1,12 +1,15 @@
 #!/usr/bin/python3
-"""Reads every drawing of the shared corpus with `tovik convert`, writes it
-back and has ezdxf (shared/tools/dxf-summary) compare original and copy.
+"""Has a converter read every drawing of the shared corpus and write it back,
+then has ezdxf (shared/tools/dxf-summary) compare original and copy.
 
-Fails when a drawing cannot be read, when the copy has ezdxf audit errors,
-or when the comparison lists a difference that known_differences.txt does
-not explain. Exit 77 (skipped) when python3-ezdxf is not installed.
+The converter is a command that takes the source and the copy's path last:
+`tovik convert` (the whole host) or `tovik_dxf_rewrite` (the tag layer
+alone). Fails when a drawing cannot be read, when the copy has ezdxf audit
+errors, or when the comparison lists a difference that the known
+differences file does not explain. Exit 77 (skipped) when python3-ezdxf is
+not installed.
 
-    corpus_check.py TOVIK_BINARY SHARED_DIR OUT_DIR
+    corpus_check.py SHARED_DIR OUT_DIR KNOWN_DIFFERENCES[:MORE...] CONVERTER [ARG...]
 """
 import os
 import re
@@ -27,7 +30,9 @@ def load_known(path):
 
 
 def main():
-    tovik, shared, out = sys.argv[1], sys.argv[2], sys.argv[3]
+    if len(sys.argv) < 5:
+        raise SystemExit(__doc__)
+    shared, out, known_path, converter = sys.argv[1], sys.argv[2], sys.argv[3], sys.argv[4:]
     try:
         import ezdxf  # noqa: F401
     except ImportError:
@@ -35,7 +40,7 @@ def main():
         return 77
     summary = os.path.join(shared, "tools", "dxf-summary")
     corpus = os.path.join(shared, "dxf")
-    known = load_known(os.path.join(os.path.dirname(__file__), "known_differences.txt"))
+    known = [k for path in known_path.split(":") for k in load_known(path)]
     os.makedirs(out, exist_ok=True)
     files = sorted(
         os.path.relpath(os.path.join(d, f), corpus)
@@ -44,7 +49,7 @@ def main():
     for name in files:
         source = os.path.join(corpus, name)
         copy = os.path.join(out, name.replace("/", "__"))
-        run = subprocess.run([tovik, "convert", source, copy], capture_output=True, text=True)
+        run = subprocess.run(converter + [source, copy], capture_output=True, text=True)
         if run.returncode != 0:
             failed.append(f"{name}: not read: {run.stderr.strip()}")
             continue
