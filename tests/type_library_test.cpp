@@ -30,22 +30,6 @@ void ExpectCannotCreate(const std::function<void()>& statement) {
   }
 }
 
-TEST(TypeLibrary, ListsTheTenClassesInOrderWithTheirRules) {
-  const std::pair<const char*, const char*> expected[] = {
-      {"AcadSpace", "global, creatable"},     {"DynamicSS", "creatable"},
-      {"SSDimensions", "not creatable"},      {"SSAnimation", "not creatable"},
-      {"AutoCAD_Enum", "global, creatable"},  {"AcadTransaction", "not creatable"},
-      {"AcadDocSpace", "global, creatable"},  {"Xdata", "global, creatable"},
-      {"DwgPicture", "not creatable"},        {"ZActiveXCOM", "global, creatable"},
-  };
-  ASSERT_EQ(Classes().size(), std::size(expected));
-  for (size_t i = 0; i < std::size(expected); ++i) {
-    SCOPED_TRACE(expected[i].first);
-    EXPECT_EQ(Classes()[i].name, expected[i].first);
-    EXPECT_EQ(InstancingText(Classes()[i].instancing), expected[i].second);
-  }
-}
-
 TEST(TypeLibrary, CreateObjectMakesCreatableClassesAndRefusesTheRest) {
   ResetLibraryState();
   for (const ClassInfo& info : Classes()) {
@@ -129,27 +113,6 @@ TEST(LibraryError, CarriesNumber2411WithItsTextAndSource) {
   // The validation lists keep their spelling.
   EXPECT_EQ(kDuplicateVarnamePrefix, "Dupplicate Varname: ");
   EXPECT_EQ(kDuplicateVarIdPrefix, "Dupplicated VarID: ");
-}
-
-TEST(AutoCADEnum, PublishesTheHostValues) {
-  std::set<std::string> names;
-  int members = 0;
-  for (const EnumInfo& e : PublishedEnumerations()) {
-    names.insert(std::string(e.name));
-    members += static_cast<int>(e.members.size());
-  }
-  EXPECT_EQ(names.size(), 16u);
-  // 2+5+9+5+4+4+8+3+4+15+21+4+7+5+2+7 members in the published table.
-  EXPECT_EQ(members, 105);
-  const EnumInfo& window = PublishedEnumerations()[7];
-  EXPECT_EQ(window.name, "AcWindowState");
-  EXPECT_EQ(window.members[1].name, "acMin");
-  EXPECT_EQ(window.members[1].value, 2);
-  EXPECT_EQ(acColorMethodForeground, 197);
-  EXPECT_EQ(acInsertUnitsParsecs, 20);
-  EXPECT_EQ(acAttributeModeMultipleLine, 32);
-  EXPECT_EQ(acModelSpace, 1);
-  EXPECT_EQ(kListLayersItems[1], "DET_STEEL\tDET_STEEL\t1");
 }
 
 }  // namespace

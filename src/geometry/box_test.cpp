@@ -66,11 +66,5 @@ TEST(BoundingBox, TransformUsesAllEightCorners) {
   EXPECT_BOX_CLOSE(moved, BoundingBox({1, 2, 3}, {2, 3, 3}));
 }
 
-TEST(BoundingBox, PrintToShowsCornersOrEmpty) {
-  EXPECT_EQ(::testing::PrintToString(BoundingBox()), "BoundingBox(empty)");
-  EXPECT_EQ(::testing::PrintToString(BoundingBox({0, 0, 0}, {1, 2, 3})),
-            "BoundingBox((0, 0, 0) .. (1, 2, 3))");
-}
-
 }  // namespace
 }  // namespace tovik::geometry

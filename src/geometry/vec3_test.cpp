@@ -10,23 +10,6 @@ namespace {
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInf = std::numeric_limits<double>::infinity();
 
-TEST(Vec3, ArithmeticAndProducts) {
-  const Vec3 a{1, 2, 3}, b{4, -5, 6};
-  EXPECT_EQ(a + b, (Vec3{5, -3, 9}));
-  EXPECT_EQ(a - b, (Vec3{-3, 7, -3}));
-  EXPECT_EQ(a * 2.0, (Vec3{2, 4, 6}));
-  EXPECT_EQ(2.0 * a, (Vec3{2, 4, 6}));
-  EXPECT_EQ(b / 2.0, (Vec3{2, -2.5, 3}));
-  EXPECT_EQ(-a, (Vec3{-1, -2, -3}));
-  EXPECT_DOUBLE_EQ(Dot(a, b), 4 - 10 + 18);
-  // Right-handed: X × Y = Z, Y × Z = X, Z × X = Y.
-  EXPECT_EQ(Cross(Vec3{1, 0, 0}, Vec3{0, 1, 0}), (Vec3{0, 0, 1}));
-  EXPECT_EQ(Cross(Vec3{0, 1, 0}, Vec3{0, 0, 1}), (Vec3{1, 0, 0}));
-  EXPECT_EQ(Cross(Vec3{0, 0, 1}, Vec3{1, 0, 0}), (Vec3{0, 1, 0}));
-  EXPECT_EQ(Cross(a, b), (Vec3{2 * 6 - 3 * -5, 3 * 4 - 1 * 6, 1 * -5 - 2 * 4}));
-  EXPECT_DOUBLE_EQ(Length(Vec3{2, 3, 6}), 7.0);
-}
-
 TEST(Vec3, NormalizedRefusesZeroAndNonFinite) {
   ASSERT_TRUE(Normalized(Vec3{0, 3, 4}).has_value());
   EXPECT_EQ(*Normalized(Vec3{0, 3, 4}), (Vec3{0, 0.6, 0.8}));
@@ -73,19 +56,6 @@ TEST(Vec3, NormalizeAngleIntoOneTurn) {
   EXPECT_GE(r, 0.0);
   EXPECT_LT(r, kTwoPi);
   EXPECT_TRUE(std::isnan(NormalizeAngle(kNaN)));
-}
-
-TEST(Vec2, CrossSignAndPerp) {
-  EXPECT_GT(Cross(Vec2{1, 0}, Vec2{0, 1}), 0.0);  // CCW is positive
-  EXPECT_LT(Cross(Vec2{0, 1}, Vec2{1, 0}), 0.0);
-  EXPECT_EQ(Perp(Vec2{1, 0}), (Vec2{0, 1}));
-  EXPECT_EQ(Xy(Vec3{1, 2, 3}), (Vec2{1, 2}));
-  EXPECT_EQ(Lift(Vec2{1, 2}, 5), (Vec3{1, 2, 5}));
-}
-
-TEST(Vec3, PrintToShowsCoordinates) {
-  EXPECT_EQ(::testing::PrintToString(Vec3{1, 2.5, -3}), "(1, 2.5, -3)");
-  EXPECT_EQ(::testing::PrintToString(Vec2{1, 2}), "(1, 2)");
 }
 
 }  // namespace

@@ -18,6 +18,7 @@
 #include "host/tables/block.h"
 #include "host/tables/dictionary.h"
 #include "host/tables/records.h"
+#include "tests/support/dxf_checks.h"
 
 namespace tovik::host::dxf {
 namespace {
@@ -132,14 +133,14 @@ TEST(DxfDrawingRead, MapsOcsGeometryAndDegreesToTheLiveObject) {
   EXPECT_DOUBLE_EQ(arc->data().end_angle, 3.141592653589793);
 }
 
-constexpr const char* kAttribDrawing = "/work/shared/dxf/ezdxf/multi_insert_with_attribs.dxf";
+const std::string kAttribDrawing = CorpusDrawing("ezdxf/multi_insert_with_attribs.dxf");
 
 TEST(DxfDrawingWrite, AutomationEditsSurviveSaveAndReloadAndNothingElseChanges) {
-  if (!std::filesystem::exists(kAttribDrawing)) GTEST_SKIP() << "corpus drawing not present";
+  SKIP_WITHOUT_DRAWING(kAttribDrawing);
   auto app = Application::Create({.open_drawing = false});
   InstallDxfFileIo(*app);
   ObjectRef docs = GetProperty(ObjectRef(app), "Documents").Object();
-  ObjectRef doc = CallMethod(docs, "Open", {Variant(std::string(kAttribDrawing))}).Object();
+  ObjectRef doc = CallMethod(docs, "Open", {Variant(kAttribDrawing)}).Object();
   ObjectRef ms = GetProperty(doc, "ModelSpace").Object();
   ObjectRef insert = CallMethod(ms, "Item", {Variant(int32_t{0})}).Object();
   std::string handle = GetProperty(insert, "Handle").RawString();

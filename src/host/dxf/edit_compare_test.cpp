@@ -17,50 +17,16 @@
 #include "host/core/application.h"
 #include "host/dxf/dxf_file.h"
 #include "host/surface/args.h"
+#include "tests/support/dxf_checks.h"
 
 namespace tovik::host::dxf {
 namespace {
 
-const std::string kShared = TOVIK_SHARED_DIR;
-const std::string kSummary = kShared + "/tools/dxf-summary";
-const std::string kDrawing = kShared + "/dxf/ezdxf/text.dxf";
-
-bool HaveEzdxf() {
-  return std::system("/usr/bin/python3 -c 'import ezdxf' >/dev/null 2>&1") == 0;
-}
-
-// Runs `command` and returns what it printed on standard output; `status`
-// receives its exit status.
-std::string RunCommand(const std::string& command, int* status) {
-  std::string out;
-  FILE* pipe = popen(command.c_str(), "r");
-  if (pipe == nullptr) return out;
-  char buffer[4096];
-  size_t n;
-  while ((n = fread(buffer, 1, sizeof buffer, pipe)) > 0) out.append(buffer, n);
-  int raw = pclose(pipe);
-  *status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-  return out;
-}
-
-// The difference lines of a comparison ("[entity] lost LINE #38B ..."),
-// without the summary line.
-std::set<std::string> DifferenceLines(const std::string& report) {
-  std::set<std::string> lines;
-  size_t start = 0;
-  while (start < report.size()) {
-    size_t end = report.find('\n', start);
-    if (end == std::string::npos) end = report.size();
-    std::string line = report.substr(start, end - start);
-    if (line.starts_with("[")) lines.insert(line);
-    start = end + 1;
-  }
-  return lines;
-}
+const std::string kDrawing = CorpusDrawing("ezdxf/text.dxf");
 
 TEST(DxfEditCompare, AnIndependentReaderSeesExactlyTheEditsAndNothingElse) {
-  if (!std::filesystem::exists(kDrawing)) GTEST_SKIP() << "corpus drawing not present";
-  if (!HaveEzdxf()) GTEST_SKIP() << "python3-ezdxf is not installed (scripts/install-deps.sh)";
+  SKIP_WITHOUT_DRAWING(kDrawing);
+  SKIP_WITHOUT_EZDXF();
   auto app = Application::Create({.open_drawing = false});
   InstallDxfFileIo(*app);
   ObjectRef docs = GetProperty(ObjectRef(app), "Documents").Object();
@@ -96,8 +62,7 @@ TEST(DxfEditCompare, AnIndependentReaderSeesExactlyTheEditsAndNothingElse) {
   CallMethod(doc, "SaveAs", {Variant(out)});
 
   int status = 0;
-  std::string report =
-      RunCommand("/usr/bin/python3 " + kSummary + " --compare " + kDrawing + " " + out + " 2>&1", &status);
+  std::string report = DxfSummary("--compare " + kDrawing + " " + out, &status);
   EXPECT_EQ(status, 1) << report;  // 1: differences found
   std::set<std::string> got = DifferenceLines(report);
   const std::string ms_name = "(block '*Model_Space', layer '0')";

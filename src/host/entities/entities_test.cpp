@@ -15,46 +15,6 @@ using EntitiesTest = HostTest;
 
 std::vector<double> Doubles(const Variant& v) { return v.Array().ToDoubles(); }
 
-TEST_F(EntitiesTest, TypeNamesAreTheHostsOwn) {
-  ObjectRef blocks = GetProperty(doc, "Blocks").Object();
-  CallMethod(blocks, "Add", {Pt(0, 0), Variant("B")});
-  struct Case {
-    const char* expected;
-    Variant made;
-  } cases[] = {
-      {"IAcadLine", CallMethod(ms, "AddLine", {Pt(0, 0), Pt(1, 0)})},
-      {"IAcadCircle", CallMethod(ms, "AddCircle", {Pt(0, 0), Variant(1.0)})},
-      {"IAcadArc", CallMethod(ms, "AddArc", {Pt(0, 0), Variant(1.0), Variant(0.0), Variant(1.0)})},
-      {"IAcadLWPolyline",
-       CallMethod(ms, "AddLightWeightPolyline", {DoublesValue({0, 0, 1, 0})})},
-      {"IAcadPoint", CallMethod(ms, "AddPoint", {Pt(0, 0)})},
-      {"IAcadText", CallMethod(ms, "AddText", {Variant("t"), Pt(0, 0), Variant(1.0)})},
-      {"IAcadMText", CallMethod(ms, "AddMText", {Pt(0, 0), Variant(10.0), Variant("m")})},
-      {"IAcadHatch", CallMethod(ms, "AddHatch", {Variant(int32_t{1}), Variant("ANSI31"),
-                                                 Variant(false)})},
-      {"IAcadEllipse", CallMethod(ms, "AddEllipse", {Pt(0, 0), Pt(2, 0), Variant(0.5)})},
-      {"IAcadBlockReference", CallMethod(ms, "InsertBlock", {Pt(0, 0), Variant("B"), Variant(1.0),
-                                                            Variant(1.0), Variant(1.0)})},
-      {"IAcadAttribute",
-       CallMethod(ms, "AddAttribute", {Variant(1.0), Variant(int32_t{0}), Variant("p"), Pt(0, 0),
-                                       Variant("TAG"), Variant("v")})},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.expected);
-    EXPECT_EQ(TypeName(c.made), c.expected);
-  }
-  auto& d = document();
-  auto* dim = d.Create<Dimension>();
-  d.InitEntity(dim);
-  dim->mutable_data().kind = DimensionKind::kArcLength;
-  auto* spline = d.Create<GenericEntity>();
-  d.InitEntity(spline);
-  spline->mutable_data().kind = GenericKind::kSpline;
-  EXPECT_EQ(TypeName(Variant(d.Ref(dim))), "IAcadDimArcLength");
-  EXPECT_EQ(TypeName(Variant(d.Ref(spline))), "IAcadSpline");
-  EXPECT_EQ(CStr(GetProperty(d.Ref(spline), "ObjectName")), "AcDbSpline");
-}
-
 TEST_F(EntitiesTest, NewEntitiesGetTheCurrentLayerAndByLayerProperties) {
   ObjectRef layers = GetProperty(doc, "Layers").Object();
   SetProperty(doc, "ActiveLayer", CallMethod(layers, "Add", {Variant("Cur")}).Object());
@@ -282,36 +242,6 @@ TEST_F(EntitiesTest, DimensionMeasuresFromItsDefinitionPoints) {
   dim->mutable_data().kind = DimensionKind::kAligned;
   EXPECT_DOUBLE_EQ(CDbl(GetProperty(ref, "Measurement")), 5);
   EXPECT_EQ(TypeName(Variant(ref)), "IAcadDimAligned");
-}
-
-TEST_F(EntitiesTest, CopyAndCopyObjects) {
-  ObjectRef line = Line(0, 0, 1, 1);
-  CallMethod(line, "SetXData", {Variant(SafeArray::Of({Variant(int16_t{1001}), Variant(int16_t{1000})})),
-                                Variant(SafeArray::Of({Variant("APP"), Variant("x")}))});
-  ObjectRef copy = CallMethod(line, "Copy").Object();
-  EXPECT_NE(CStr(GetProperty(copy, "Handle")), CStr(GetProperty(line, "Handle")));
-  std::vector<Variant> args{Variant("APP"), Variant(), Variant()};
-  CallMethodRef(copy, "GetXData", args);
-  EXPECT_EQ(CStr(args[2].Array().Items()[1]), "x");
-  ObjectRef other_doc = app_->AddDocument();
-  ObjectRef other_ms = GetProperty(other_doc, "ModelSpace").Object();
-  ObjectRef layers = GetProperty(doc, "Layers").Object();
-  CallMethod(layers, "Add", {Variant("Moved")});
-  LetProperty(line, "Layer", Variant("Moved"));
-  Variant copies = CallMethod(doc, "CopyObjects", {ObjectsValue({line, copy}), Variant(other_ms)});
-  ASSERT_EQ(copies.Array().Count(), 2);
-  ObjectRef first = copies.Array().Items()[0].RawObject();
-  EXPECT_TRUE(SameObject(GetProperty(first, "Document").Object(), other_doc));
-  EXPECT_EQ(CStr(GetProperty(first, "Layer")), "Moved");  // the layer came along
-  Variant beside = CallMethod(doc, "CopyObjects", {ObjectsValue({line})});
-  EXPECT_EQ(CLng(GetProperty(ms, "Count")), 3);
-  EXPECT_EQ(beside.Array().ElementType(), VarType::kObject);
-  ObjectRef blocks = GetProperty(doc, "Blocks").Object();
-  ObjectRef inner = CallMethod(CallMethod(blocks, "Add", {Pt(0, 0), Variant("X")}).Object(),
-                               "AddLine", {Pt(0, 0), Pt(1, 0)}).Object();
-  EXPECT_EQ(ErrorOf([&] { CallMethod(doc, "CopyObjects", {ObjectsValue({line, inner})}); })
-                .Description(),
-            "Invalid owner object");
 }
 
 }  // namespace

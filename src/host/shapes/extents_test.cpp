@@ -200,56 +200,5 @@ TEST_F(GeometryTest, BlockReferenceTransformsCarryAttributes) {
   EXPECT_NEAR(CDbl(GetProperty(mirrored, "XScaleFactor")), -1, kTol);
 }
 
-TEST_F(GeometryTest, IntersectWithHonoursExtendOptions) {
-  ObjectRef line = Line(0, 0, 10, 0);
-  ObjectRef circle = CallMethod(ms, "AddCircle", {Pt(5, 0), Variant(2.0)}).Object();
-  EXPECT_EQ(Intersect(line, circle, 0), (std::vector<double>{3, 0, 0, 7, 0, 0}));
-  ObjectRef a = Line(0, 0, 1, 0), b = Line(2, -1, 2, 1);
-  const struct {
-    int option;
-    std::vector<double> points;
-  } cases[] = {{0, {}}, {1, {2, 0, 0}}, {2, {}}, {3, {2, 0, 0}}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.option);
-    auto got = Intersect(a, b, c.option);
-    ASSERT_EQ(got.size(), c.points.size());
-    for (size_t i = 0; i < got.size(); ++i) EXPECT_NEAR(got[i], c.points[i], kTol);
-  }
-  // An open polyline extends only its end segments: the first backwards.
-  ObjectRef pl = CallMethod(ms, "AddLightWeightPolyline",
-                            {Variant(SafeArray::OfDoubles({0, 0, 1, 0, 1, 1}))}).Object();
-  ObjectRef left = Line(-5, -1, -5, 1), right = Line(3, -1, 3, 1);
-  auto hit = Intersect(pl, left, 1);
-  ASSERT_EQ(hit.size(), 3u);
-  EXPECT_NEAR(hit[0], -5, kTol);
-  EXPECT_TRUE(Intersect(pl, right, 1).empty());  // forwards from (0,0) is not extended
-  Variant none = CallMethod(a, "IntersectWith", {Variant(right), Variant(int32_t(0))});
-  EXPECT_EQ(none.Array().UBound(), -1);  // an empty array, not Empty
-}
-
-TEST_F(GeometryTest, ExplodeMakesPiecesAndKeepsTheOriginal) {
-  ObjectRef pl = CallMethod(ms, "AddLightWeightPolyline",
-                            {Variant(SafeArray::OfDoubles({0, 0, 2, 0, 2, 2}))}).Object();
-  CallMethod(pl, "SetBulge", {Variant(int16_t(1)), Variant(1.0)});
-  Variant parts = CallMethod(pl, "Explode");
-  ASSERT_EQ(parts.Array().Count(), 2);
-  EXPECT_EQ(TypeName(parts.Array().At(0)), "IAcadLine");
-  ObjectRef arc = parts.Array().At(1).Object();
-  EXPECT_EQ(TypeName(Variant(arc)), "IAcadArc");
-  EXPECT_TRUE(geometry::IsClose(V(GetProperty(arc, "Center")), {2, 1, 0}, kTol));
-  EXPECT_NEAR(CDbl(GetProperty(arc, "Radius")), 1.0, kTol);
-  EXPECT_EQ(CLng(GetProperty(ms, "Count")), 3);  // the polyline remains
-  // A non-uniformly scaled circle explodes into an ellipse.
-  ObjectRef b = Block("C");
-  CallMethod(b, "AddCircle", {Pt(0, 0), Variant(1.0)});
-  ObjectRef ref = Insert(ms, "C", {10, 0, 0}, {2, 1, 1}, 0);
-  Variant pieces = CallMethod(ref, "Explode");
-  ASSERT_EQ(pieces.Array().Count(), 1);
-  ObjectRef el = pieces.Array().At(0).Object();
-  EXPECT_EQ(TypeName(Variant(el)), "IAcadEllipse");
-  ExpectBox(el, {8, -1, 0}, {12, 1, 0});
-  EXPECT_EQ(ErrorOf([&] { CallMethod(Line(0, 0, 1, 1), "Explode"); }).Number(), 438);
-}
-
 }  // namespace
 }  // namespace tovik::host
