@@ -33,7 +33,7 @@ struct Record {
   // SEQEND; empty for other records.
   std::vector<Record> followers;
   // Where the drawing read from this record keeps the record's binding to
-  // its live object (RecordBindings in db_source.h), so that finding it
+  // its live object (RecordBindings in source.h), so that finding it
   // needs no hashing; kNoSlot until bound. Not part of the record's content
   // (hence mutable): the model is read-only once loaded.
   static constexpr std::uint32_t kNoSlot = 0xFFFFFFFFu;

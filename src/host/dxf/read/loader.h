@@ -1,6 +1,6 @@
 // The loader's working state: the document being built, the file's model
-// and name lookups. Shared by the structure pass (db_reader.cpp) and the
-// entity mapping (db_reader_entities.cpp).
+// and name lookups. Shared by the structure pass (read/reader.cpp) and the
+// entity mapping (read/entities.cpp).
 #ifndef TOVIK_HOST_DXF_READ_LOADER_H_
 #define TOVIK_HOST_DXF_READ_LOADER_H_
 
@@ -35,7 +35,7 @@ class Loader {
   // Binds an object that already exists (a standard record).
   void BindExisting(const Record& record, DbObject* object);
 
-  // Entity mapping (db_reader_entities.cpp): a live entity for `record`,
+  // Entity mapping (read/entities.cpp): a live entity for `record`,
   // appended to `block`; attributes of an INSERT follow it.
   void LoadEntity(const Record& record, BlockRecord* block);
 

@@ -1,7 +1,7 @@
 // The structure pass of the DXF loader: header, tables, blocks, entities,
 // objects, extended data and extension dictionaries, mapped onto a fresh
-// document. Entity kinds are mapped in db_reader_entities.cpp; validation
-// of the file's structure is in db_validate.cpp.
+// document. Entity kinds are mapped in read/entities.cpp; validation
+// of the file's structure is in read/validate.cpp.
 #include "host/dxf/dxf_file.h"
 
 #include <algorithm>

@@ -3,8 +3,8 @@
 // lineweight, linetype scale, visibility), thickness and normal, extended
 // data, extension dictionary and group reactors; block references with
 // their attributes and SEQEND. Hatches, dimensions and generic kinds are in
-// db_writer_new_kinds.cpp, copies written from their source record in
-// db_writer_copies.cpp.
+// write/entity_kinds.cpp, copies written from their source record in
+// write/copies.cpp.
 #include <cmath>
 #include <cstdlib>
 #include <numbers>

@@ -1,9 +1,9 @@
-// The writer's machinery shared by the structure pass (db_writer.cpp), the
-// text output and entry points (db_writer_output.cpp), the records written
-// back patched (db_writer_patch.cpp), the records written from the live
+// The writer's machinery shared by the structure pass (write/writer.cpp), the
+// text output and entry points (write/output.cpp), the records written
+// back patched (write/patch.cpp), the records written from the live
 // objects (db_writer_new*.cpp), the records no live object stands for
-// (db_writer_standard.cpp) and the links of records written back
-// (db_writer_links.cpp).
+// (write/standard.cpp) and the links of records written back
+// (write/links.cpp).
 //
 // One writer serves every drawing: a drawing read from DXF walks its model,
 // a new drawing walks an empty model. Whatever the model lacks (a section, a
@@ -92,7 +92,7 @@ class DbWriter {
   // the object and its extended data regenerated when it changed.
   void EmitPatched(const Record& record, const Binding& binding);
   // A record for an object the file did not have, written from the object
-  // (db_writer_new.cpp for entities, db_writer_new_records.cpp for table
+  // (write/entities.cpp for entities, write/records.cpp for table
   // records and objects); `owner_handle` is its owner's handle.
   void EmitNew(const DbObject& object, uint64_t owner_handle);
 
@@ -121,7 +121,7 @@ class DbWriter {
   }
   void PutRecordTags(const Record& record);
 
-  // The groups the host models for `object`, in DXF order (db_writer_patch.cpp).
+  // The groups the host models for `object`, in DXF order (write/patch.cpp).
   void Modelled(const DbObject& object, std::vector<Tag>* want);
   // Extended data as tags.
   void XDataTags(const XData& xdata, std::vector<Tag>* out);
@@ -139,7 +139,7 @@ class DbWriter {
   bool utf8() const { return encoder_ == nullptr; }
 
  private:
-  // ----------------------------------------------- structure (db_writer.cpp)
+  // ----------------------------------------------- structure (write/writer.cpp)
   void Plan();
   void EmitSectionOf(SectionKind kind, const Section* section);
   void EmitHeader(const Section& section);
@@ -163,7 +163,7 @@ class DbWriter {
   // Whether `object` has no record in the model (it is written from itself).
   bool IsNew(const DbObject* object) const;
 
-  // ----------------------------------------- records (db_writer_standard.cpp)
+  // ----------------------------------------- records (write/standard.cpp)
   void EmitNewHeader();
   void EmitMissingHeaderVariables(const Section& section);
   void EmitClasses(const Section* section);
@@ -171,7 +171,7 @@ class DbWriter {
   void EmitActiveViewport(uint64_t owner);
   void EmitStandardObject(const StandardObject& standard);
 
-  // --------------------------------------- upgrade (db_writer_upgrade.cpp)
+  // --------------------------------------- upgrade (write/upgrade.cpp)
   // `body` with the subclass markers an R12 entity of `type` lacks (as it
   // is when it has markers).
   std::vector<Tag> WithSubclassMarkers(std::string_view type, std::span<const Tag> body);
@@ -183,7 +183,7 @@ class DbWriter {
   Record UpgradedEntry(const Record& entry, const DbObject& object, uint64_t owner,
                        std::string_view table);
 
-  // ------------------------------------------- links (db_writer_links.cpp)
+  // ------------------------------------------- links (write/links.cpp)
   // The record as it must be written now: entries, members and reactors
   // naming erased objects left out, entries and members the drawing gained
   // added, an extension dictionary the object gained named. nullopt when
