@@ -119,6 +119,8 @@ TEST(TolerantEqual, ComparesWithTheToleranceItWritesBack) {
       // 1.000002 / 1 - 1 = 2E-06 > 1E-06.
       {"beyond 1E-06 relative", Variant(1.0), Variant(1.000002), 0, false, 1e-06},
       {"both below the tolerance", Variant(0.0000001), Variant(-0.0000001), 0, true, 1e-06},
+      // 0.5 / 1E-07 - 1 = 4999999: one value near zero is not enough.
+      {"only one below the tolerance", Variant(0.0000001), Variant(0.5), 0, false, 1e-06},
       {"Long with t=0 stays exact", Variant(int32_t{1}), Variant(1.0000001), 0, false, 0},
       {"relative 10% on 100", Variant(100.0), Variant(109.0), 0.1, true, 0.1},
       {"negative tolerance acts by magnitude", Variant(100.0), Variant(109.0), -0.1, true, -0.1},

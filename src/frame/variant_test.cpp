@@ -126,6 +126,9 @@ TEST(Conversions, IntegerConversionsRoundHalfToEvenAndOverflow) {
   EXPECT_EQ(CLng(Variant(2147483647.4)), 2147483647);
   EXPECT_EQ(ErrorOf([] { CLng(Variant(2147483647.5)); }).Number(), kErrOverflow);
   EXPECT_EQ(CInt(Variant(" 12 ")), 12);
+  // Single: beyond its largest finite value (3.4028235E+38) is an overflow.
+  EXPECT_EQ(CSng(Variant(3.4e38)), 3.4e38f);
+  EXPECT_EQ(ErrorOf([] { CSng(Variant(-3.5e38)); }).Number(), kErrOverflow);
 }
 
 TEST(Conversions, EmptyNullStringsAndObjects) {

@@ -60,6 +60,28 @@ TEST_F(XDataTest, RunsOfOtherAppsStayAndALone1001Removes) {
   EXPECT_TRUE(r.values.IsEmpty());
 }
 
+// The host counts an object's extended data as 2 bytes per group code, the
+// text and its terminator, and refuses more than 16383 bytes. Application
+// "A": 2 + 1 + 1; 64 strings of 250: 64 * 253; one more of n: 3 + n.
+// 4 + 16192 + 3 + 184 = 16383 fits; with 185 it is one byte over.
+TEST_F(XDataTest, SixteenThousandThreeHundredEightyThreeBytesFitAndOneMoreDoesNot) {
+  for (size_t last : {184, 185}) {
+    SCOPED_TRACE(last);
+    ObjectRef line = Line(0, 0, 1, 1);
+    SafeArray codes(VarType::kInteger, 0, 66);
+    std::vector<Variant> values{Variant("A")};
+    codes.Set(0, Variant(int16_t{1001}));
+    for (int32_t i = 1; i < 66; ++i) {
+      codes.Set(i, Variant(int16_t{1000}));
+      values.emplace_back(std::string(i < 65 ? 250 : last, 'x'));
+    }
+    const AutomationError e = ErrorOf([&] {
+      CallMethod(line, "SetXData", {Variant(std::move(codes)), Variant(SafeArray::OfVariants(values))});
+    });
+    EXPECT_EQ(e.Number(), last == 184 ? 0 : -2145386493);
+  }
+}
+
 TEST_F(XDataTest, ValidationRefusesAndChangesNothing) {
   ObjectRef line = Line(0, 0, 1, 1);
   CallMethod(line, "SetXData", {Codes({1001, 1000}), Values({Variant("KEEP"), Variant("k")})});
