@@ -74,46 +74,5 @@ TEST(TypeLibrary, GlobalClassesHaveOneImplicitInstanceUntilReset) {
   ResetLibraryState();
 }
 
-TEST(LibraryError, CarriesNumber2411WithItsTextAndSource) {
-  struct Case {
-    std::string description;
-    std::string_view source;
-    const char* expected_description;
-    const char* expected_source;
-  };
-  const Case cases[] = {
-      {std::string(kUnsupportedLengthUnit), "",
-       "Unsupported Length Unit. Supported Units are mm, cm, dm, m, ft and inch", ""},
-      {std::string(kInvalidDictionaryIndex), "", "Invalid index for Dictionary collection.",
-       ""},
-      {std::string(kSelectionNotInCurrentLayout), "",
-       "Selection Set is not in current layout to run ZoomTo command.", ""},
-      {std::string(kInvalidVariableTable), kSourceTovikStudio, "Invalid VariableTable",
-       "Tovik Studio"},
-      {VariableNameNotFound("station"), kSourceTovikCom,
-       "SetXdata fails. Variable names station not found", "Tovik COM"},
-      // No blank between VarID and the number.
-      {VariableIdNotFound(4), kSourceTovikCom, "SetXdata fails. VarID4 not found",
-       "Tovik COM"},
-      {VariableIdNotFound(-12), kSourceTovikCom, "SetXdata fails. VarID-12 not found",
-       "Tovik COM"},
-      {std::string(kTableNotNative), kSourceTovikCom, "Table must contain Native Datatype only",
-       "Tovik COM"},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.expected_description);
-    try {
-      throw errors::Library(c.description, c.source);
-    } catch (const AutomationError& e) {
-      EXPECT_EQ(e.Number(), 2411);
-      EXPECT_EQ(e.Description(), c.expected_description);
-      EXPECT_EQ(e.Source(), c.expected_source);
-    }
-  }
-  // The validation lists keep their spelling.
-  EXPECT_EQ(kDuplicateVarnamePrefix, "Dupplicate Varname: ");
-  EXPECT_EQ(kDuplicateVarIdPrefix, "Dupplicated VarID: ");
-}
-
 }  // namespace
 }  // namespace tovik

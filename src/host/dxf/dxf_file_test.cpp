@@ -133,49 +133,6 @@ TEST(DxfDrawingRead, MapsOcsGeometryAndDegreesToTheLiveObject) {
   EXPECT_DOUBLE_EQ(arc->data().end_angle, 3.141592653589793);
 }
 
-const std::string kAttribDrawing = CorpusDrawing("ezdxf/multi_insert_with_attribs.dxf");
-
-TEST(DxfDrawingWrite, AutomationEditsSurviveSaveAndReloadAndNothingElseChanges) {
-  SKIP_WITHOUT_DRAWING(kAttribDrawing);
-  auto app = Application::Create({.open_drawing = false});
-  InstallDxfFileIo(*app);
-  ObjectRef docs = GetProperty(ObjectRef(app), "Documents").Object();
-  ObjectRef doc = CallMethod(docs, "Open", {Variant(kAttribDrawing)}).Object();
-  ObjectRef ms = GetProperty(doc, "ModelSpace").Object();
-  ObjectRef insert = CallMethod(ms, "Item", {Variant(int32_t{0})}).Object();
-  std::string handle = GetProperty(insert, "Handle").RawString();
-  // Move by (10, 5), change the layer, an attribute's text, the xdata.
-  CallMethod(insert, "Move", {PointValue({0, 0, 0}), PointValue({10, 5, 0})});
-  CallMethod(GetProperty(doc, "Layers").Object(), "Add", {Variant(std::string("EDITED"))});
-  LetProperty(insert, "Layer", Variant(std::string("EDITED")));
-  Variant attributes = CallMethod(insert, "GetAttributes", {});
-  ObjectRef first = attributes.Array().Items()[0].Object();
-  LetProperty(first, "TextString", Variant(std::string("changed")));
-  SafeArray types(VarType::kInteger, 0, 2), values(VarType::kVariant, 0, 2);
-  types.Set(0, Variant(int16_t{1001}));
-  types.Set(1, Variant(int16_t{1000}));
-  values.Set(0, Variant(std::string("TOVIK_TEST")));
-  values.Set(1, Variant(std::string("note")));
-  CallMethod(insert, "SetXData", {Variant(types), Variant(values)});
-  ObjectRef added = CallMethod(ms, "AddLine", {PointValue({0, 0, 0}), PointValue({3, 4, 0})}).Object();
-  std::string added_handle = GetProperty(added, "Handle").RawString();
-  Variant old_point = GetProperty(insert, "InsertionPoint");
-
-  std::string out = ::testing::TempDir() + "/edited.dxf";
-  CallMethod(doc, "SaveAs", {Variant(out)});
-  ObjectRef again = CallMethod(docs, "Open", {Variant(out)}).Object();
-  ObjectRef reloaded = CallMethod(again, "HandleToObject", {Variant(handle)}).Object();
-  EXPECT_EQ(GetProperty(reloaded, "Layer").RawString(), "EDITED");
-  Variant point = GetProperty(reloaded, "InsertionPoint");
-  for (int32_t k = 0; k < 3; ++k) {
-    EXPECT_NEAR(point.Array().Items()[static_cast<size_t>(k)].RawDouble(),
-                old_point.Array().Items()[static_cast<size_t>(k)].RawDouble(), 1e-9);
-  }
-  ObjectRef att = CallMethod(reloaded, "GetAttributes", {}).Array().Items()[0].Object();
-  EXPECT_EQ(GetProperty(att, "TextString").RawString(), "changed");
-  ObjectRef line = CallMethod(again, "HandleToObject", {Variant(added_handle)}).Object();
-  EXPECT_EQ(GetProperty(line, "Length").RawDouble(), 5.0);
-}
 
 }  // namespace
 }  // namespace tovik::host::dxf

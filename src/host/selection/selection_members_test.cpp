@@ -105,28 +105,25 @@ TEST_F(SelectionTest, PreviousAndLastAndAddingNeverDuplicates) {
   EXPECT_EQ(Handles(), Of({circle}));
 }
 
-Variant Types(std::initializer_list<int16_t> codes) {
-  SafeArray a(VarType::kInteger, 0, static_cast<int32_t>(codes.size()));
-  int32_t i = 0;
-  for (int16_t c : codes) a.Set(i++, Variant(c));
-  return Variant(std::move(a));
-}
-
 TEST_F(SelectionTest, FiltersNestAndMatchWildcards) {
   ObjectRef layers = GetProperty(doc, "Layers").Object();
   CallMethod(layers, "Add", {Variant("WALL-1")});
   LetProperty(crossing, "Layer", Variant("WALL-1"));
   LetProperty(circle, "Color", Variant(int32_t(1)));
   // (LINE on WALL-#) or (anything red).
-  Variant ft = Types({-4, -4, 0, 8, -4, 62, -4});
+  Variant ft = Codes({-4, -4, 0, 8, -4, 62, -4});
   Variant fd(SafeArray::Of({Variant("<OR"), Variant("<AND"), Variant("line"), Variant("wall-#"),
                             Variant("AND>"), Variant(int16_t(1)), Variant("OR>")}));
   Run("Select", {Variant(int32_t(5)), Variant::Missing(), Variant::Missing(), ft, fd});
   EXPECT_EQ(Handles(), Of({crossing, circle}));
   // Not a line: the arc and the circle.
-  Run("Select", {Variant(int32_t(1)), Pt(0, 0), Pt(10, 10), Types({-4, 0, -4}),
+  Run("Select", {Variant(int32_t(1)), Pt(0, 0), Pt(10, 10), Codes({-4, 0, -4}),
                  Variant(SafeArray::Of({Variant("<NOT"), Variant("LINE"), Variant("NOT>")}))});
   EXPECT_EQ(Handles(), Of({circle, arc}));
+  // Radius (40) against a number: the circle's 1 is below 1.2, the arc's 1.5 is not.
+  Run("Select", {Variant(int32_t(5)), Variant::Missing(), Variant::Missing(), Codes({-4, 40}),
+                 Variant(SafeArray::Of({Variant("<"), Variant(1.2)}))});
+  EXPECT_EQ(Handles(), Of({circle}));
 }
 
 TEST_F(SelectionTest, RefusesBadModesPointsAndFilters) {
@@ -142,7 +139,7 @@ TEST_F(SelectionTest, RefusesBadModesPointsAndFilters) {
       // Three points of which two coincide: not a polygon.
       {"SelectByPolygon", {Variant(int32_t(6)), Variant(SafeArray::OfDoubles({0, 0, 0, 0, 0, 0, 1, 1, 0}))},
        "Invalid argument PointsList in SelectByPolygon"},
-      {"Select", {Variant(int32_t(5)), Variant::Missing(), Variant::Missing(), Types({8})},
+      {"Select", {Variant(int32_t(5)), Variant::Missing(), Variant::Missing(), Codes({8})},
        "Invalid argument FilterType in Select"},
       {"Select", {Variant(int32_t(0)), Pt(0, 0), Pt(NAN, 1)}, "Invalid argument Point2 in Select"},
   };
