@@ -140,19 +140,6 @@ TEST(Tokenizer, AsciiErrorsNameFileLineAndCode) {
   }
 }
 
-TEST(Tokenizer, ReadErrorKeepsItsParts) {
-  try {
-    Tokenize("0\nLINE\n10\nabc\n", "d.dxf");
-    FAIL() << "no error";
-  } catch (const ReadError& error) {
-    EXPECT_EQ(error.file_name(), "d.dxf");
-    EXPECT_EQ(error.position_kind(), PositionKind::kLine);
-    EXPECT_EQ(error.position(), 4u);
-    EXPECT_EQ(error.code(), 10);
-    EXPECT_EQ(error.what_wrong(), "expected a number, got \"abc\"");
-  }
-}
-
 TEST(Tokenizer, HandlesThatAreNotHexKeepTheirText) {
   // R12 files write empty handles; libdxfrw writes a style name under 340.
   TokenStream stream = Tokenize("5\n\n340\nStandard\n330\n1F\n", "t");
@@ -237,22 +224,6 @@ TEST(Tokenizer, BinaryErrorsNameTheByteOffset) {
       EXPECT_EQ(error.position_kind(), PositionKind::kByteOffset);
     }
   }
-}
-
-TEST(Tokenizer, CorpusR12BinaryReadsWithOneByteCodes) {
-  // acadsharp's R12 sample is the corpus's only one-byte-code binary file.
-  std::FILE* file =
-      std::fopen((std::string(TOVIK_SHARED_DIR) + "/dxf/acadsharp/sample_AC1009_binary.dxf").c_str(),
-                 "rb");
-  ASSERT_NE(file, nullptr);
-  std::string bytes(400000, '\0');
-  bytes.resize(std::fread(bytes.data(), 1, bytes.size(), file));
-  std::fclose(file);
-  TokenStream stream = Tokenize(bytes, "r12");
-  EXPECT_TRUE(stream.one_byte_codes);
-  EXPECT_TRUE(stream.saw_eof);
-  ASSERT_GE(stream.tags.size(), 4u);
-  EXPECT_EQ(stream.tags[3].text, "AC1009");  // 0 SECTION 2 HEADER 9 $ACADVER 1 AC1009
 }
 
 }  // namespace

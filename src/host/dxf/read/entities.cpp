@@ -218,7 +218,7 @@ std::shared_ptr<Entity> LoadHatch(Loader&, const Record& record, const RecordFie
   d.elevation = RealOr(r, 30, 0);
   d.normal = NormalOf(r);
   d.hatch_style = static_cast<int32_t>(IntOr(r, 75, 0));
-  auto part = record.Subclass("AcDbHatch");
+  auto part = record.Subclass(InfoOf(EntityKind::kHatch).subclass);
   d.loops = ReadHatchLoops(part ? *part : record.Body());
   return e;
 }

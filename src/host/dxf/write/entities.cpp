@@ -230,7 +230,7 @@ void DbWriter::EmitEntityGeometry(const Entity& entity) {
 
 void DbWriter::EmitLineGeometry(const Line& o) {
   const auto& d = o.data();
-  PutString(100, "AcDbLine");
+  PutString(100, InfoOf(EntityKind::kLine).subclass);
   PutThickness(d.thickness);
   PutPoint(10, d.start);
   PutPoint(11, d.end);
@@ -239,28 +239,29 @@ void DbWriter::EmitLineGeometry(const Line& o) {
 
 void DbWriter::EmitCircleGeometry(const Circle& o) {
   const auto& d = o.data();
-  PutString(100, "AcDbCircle");
-  PutThickness(d.thickness);
-  PutPoint(10, ToOcs(d.center, d.normal));
-  PutReal(40, d.radius);
-  PutNormal(d.normal);
+  PutCircleGroups(d.center, d.radius, d.normal, d.thickness);
 }
 
 void DbWriter::EmitArcGeometry(const Arc& o) {
   const auto& d = o.data();
-  PutString(100, "AcDbCircle");
-  PutThickness(d.thickness);
-  PutPoint(10, ToOcs(d.center, d.normal));
-  PutReal(40, d.radius);
-  PutNormal(d.normal);
-  PutString(100, "AcDbArc");
+  PutCircleGroups(d.center, d.radius, d.normal, d.thickness);
+  PutString(100, InfoOf(EntityKind::kArc).second_subclass);
   PutReal(50, d.start_angle * kRadToDeg);
   PutReal(51, d.end_angle * kRadToDeg);
 }
 
+void DbWriter::PutCircleGroups(const Vec3& center, double radius, const Vec3& normal,
+                               double thickness) {
+  PutString(100, InfoOf(EntityKind::kCircle).subclass);
+  PutThickness(thickness);
+  PutPoint(10, ToOcs(center, normal));
+  PutReal(40, radius);
+  PutNormal(normal);
+}
+
 void DbWriter::EmitPointGeometry(const PointEntity& o) {
   const auto& d = o.data();
-  PutString(100, "AcDbPoint");
+  PutString(100, InfoOf(EntityKind::kPoint).subclass);
   PutPoint(10, d.position);
   PutThickness(d.thickness);
   PutNormal(d.normal);
@@ -268,7 +269,7 @@ void DbWriter::EmitPointGeometry(const PointEntity& o) {
 
 void DbWriter::EmitEllipseGeometry(const Ellipse& o) {
   const auto& d = o.data();
-  PutString(100, "AcDbEllipse");
+  PutString(100, InfoOf(EntityKind::kEllipse).subclass);
   PutPoint(10, d.center);
   PutPoint(11, d.major_axis);
   PutPoint(210, d.normal);
@@ -279,7 +280,7 @@ void DbWriter::EmitEllipseGeometry(const Ellipse& o) {
 
 void DbWriter::EmitLwPolylineGeometry(const LwPolyline& o) {
   const auto& d = o.data();
-  PutString(100, "AcDbPolyline");
+  PutString(100, InfoOf(EntityKind::kLwPolyline).subclass);
   PutInt(90, static_cast<int64_t>(d.vertices.size()));
   PutInt(70, (d.closed ? 1 : 0) | (d.plinegen ? 128 : 0));
   bool widths = false;
@@ -300,7 +301,7 @@ void DbWriter::EmitLwPolylineGeometry(const LwPolyline& o) {
 
 void DbWriter::EmitMTextGeometry(const MText& o) {
   const auto& d = o.data();
-  PutString(100, "AcDbMText");
+  PutString(100, InfoOf(EntityKind::kMText).subclass);
   PutPoint(10, d.insertion);
   PutReal(40, d.height);
   PutReal(41, d.width);
@@ -338,7 +339,7 @@ void DbWriter::EmitBlockRefGeometry(const BlockRef& o) {
 
 void DbWriter::EmitWipeoutGeometry(const Wipeout& o) {
   const auto& d = o.data();
-  PutString(100, "AcDbWipeout");
+  PutString(100, InfoOf(EntityKind::kWipeout).subclass);
   PutInt(90, 0);
   PutPoint(10, d.origin);
   PutPoint(11, d.u);

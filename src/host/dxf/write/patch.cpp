@@ -271,7 +271,7 @@ bool LoopsToRewrite(const Record& record, const Hatch::Data& hatch, size_t* begi
       break;
     }
   }
-  auto part = record.Subclass("AcDbHatch");
+  auto part = record.Subclass(InfoOf(EntityKind::kHatch).subclass);
   return *end != 0 && !SameLoops(ReadHatchLoops(part ? *part : body), hatch.loops);
 }
 

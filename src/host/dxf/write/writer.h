@@ -236,6 +236,9 @@ class DbWriter {
   void EmitBlockRefGeometry(const BlockRef& o);
   void EmitWipeoutGeometry(const Wipeout& o);
   void PutThickness(double thickness);
+  // The AcDbCircle part a circle and an arc share.
+  void PutCircleGroups(const geometry::Vec3& center, double radius, const geometry::Vec3& normal,
+                       double thickness);
   void PutNormal(const geometry::Vec3& normal);
   void EmitTextGeometry(const Entity& entity);
   void EmitHatchGeometry(const Hatch& hatch);
