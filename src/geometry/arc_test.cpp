@@ -122,8 +122,8 @@ TEST(Arc, SyncedRandomSimilarityTransforms) {
     // A mirrored arc runs the other way round: its start is the old end.
     EXPECT_VEC_CLOSE(*StartPoint(*moved), mirror ? e : s);
     EXPECT_VEC_CLOSE(*EndPoint(*moved), mirror ? s : e);
-    EXPECT_NEAR(Sweep(*moved), Sweep(arc), 1e-9);
-    EXPECT_NEAR(ArcLength(*moved), ArcLength(arc) * *m.UniformScale(), 1e-9);
+    EXPECT_NEAR(Sweep(*moved), Sweep(arc), kGeoTol);
+    EXPECT_NEAR(ArcLength(*moved), ArcLength(arc) * *m.UniformScale(), kGeoTol);
     // The middle of the old arc lands on the middle of the new one.
     const Vec3 mid = m.TransformPoint(*PointAt(arc, arc.start_angle + Sweep(arc) / 2));
     EXPECT_VEC_CLOSE(*PointAt(*moved, moved->start_angle + Sweep(*moved) / 2), mid);

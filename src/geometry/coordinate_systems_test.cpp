@@ -146,7 +146,7 @@ TEST(TranslateCoordinates, EveryAllowedPairRoundTrips) {
           EXPECT_VEC_CLOSE(*back, p);
           // Rigid frames keep lengths of displacements.
           if (displacement) {
-            EXPECT_NEAR(Length(*there), Length(p), 1e-9);
+            EXPECT_NEAR(Length(*there), Length(p), kGeoTol);
           }
         }
       }

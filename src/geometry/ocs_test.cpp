@@ -71,7 +71,7 @@ TEST(Ocs, RoundTripAndRightHandedness) {
     EXPECT_VEC_CLOSE(*OcsToWcs(*WcsToOcs(p, n), n), p);
     EXPECT_VEC_CLOSE(WcsToOcsMatrix(n)->TransformPoint(OcsToWcsMatrix(n)->TransformPoint(p)), p);
     // The OCS z of a point is its height along the normal.
-    EXPECT_NEAR(WcsToOcs(p, n)->z, Dot(p, *Normalized(n)), 1e-9);
+    EXPECT_NEAR(WcsToOcs(p, n)->z, Dot(p, *Normalized(n)), kGeoTol);
   }
 }
 

@@ -152,12 +152,12 @@ TEST(Selection, ProjectionIntoThePlan) {
 TEST(Selection, PickDistances) {
   EXPECT_NEAR(*DistanceTo(Shape(Seg({0, 0}, {2, 0})), {1, 3}), 3.0, 1e-12);
   EXPECT_NEAR(*DistanceTo(Shape(Seg({0, 0}, {2, 0})), {5, 4}), 5.0, 1e-12);  // to the end
-  EXPECT_NEAR(*DistanceTo(Shape(Arc::Circle({0, 0, 0}, 1)), {3, 0}), 2.0, 1e-9);
-  EXPECT_NEAR(*DistanceTo(Shape(Arc::Circle({0, 0, 0}, 1)), {0.25, 0}), 0.75, 1e-9);
+  EXPECT_NEAR(*DistanceTo(Shape(Arc::Circle({0, 0, 0}, 1)), {3, 0}), 2.0, kGeoTol);
+  EXPECT_NEAR(*DistanceTo(Shape(Arc::Circle({0, 0, 0}, 1)), {0.25, 0}), 0.75, kGeoTol);
   // The quarter arc 0..90°: from (0,−2) the nearest point is its start (1,0).
-  EXPECT_NEAR(*DistanceTo(Shape(Arc{{0, 0, 0}, 1, {0, 0, 1}, 0, kPi / 2}), {0, -2}), std::sqrt(5.0), 1e-9);
+  EXPECT_NEAR(*DistanceTo(Shape(Arc{{0, 0, 0}, 1, {0, 0, 1}, 0, kPi / 2}), {0, -2}), std::sqrt(5.0), kGeoTol);
   // The 2:1 ellipse: (0,3) is 2 above its minor vertex (0,1).
-  EXPECT_NEAR(*DistanceTo(Shape(Ellipse{{0, 0, 0}, {2, 0, 0}, 0.5}), {0, 3}), 2.0, 1e-9);
+  EXPECT_NEAR(*DistanceTo(Shape(Ellipse{{0, 0, 0}, {2, 0, 0}, 0.5}), {0, 3}), 2.0, kGeoTol);
   PlanShape both = Shape(Seg({10, 0}, {10, 1}));
   Append(&both, PlanOfPoint({0, 0, 0}, kPlan));
   EXPECT_NEAR(*DistanceTo(both, {1, 0}), 1.0, 1e-12);

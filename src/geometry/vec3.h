@@ -16,6 +16,7 @@ inline constexpr double kAbsTol = 1e-9;
 // Relative tolerance for values far from zero (a fraction of the magnitude).
 inline constexpr double kRelTol = 1e-9;
 // Full turn, for angle normalisation.
+inline constexpr double kPi = std::numbers::pi;
 inline constexpr double kTwoPi = 2.0 * std::numbers::pi;
 
 // True when a and b differ by at most max(abs_tol, rel_tol * max(|a|, |b|)),

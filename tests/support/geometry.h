@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <numbers>
 #include <random>
 
 #include "geometry/box.h"
@@ -14,9 +13,10 @@
 
 namespace tovik {
 
-inline constexpr double kPi = std::numbers::pi;
-// Geometry computed from exact inputs agrees to this.
-inline constexpr double kGeoTol = 1e-9;
+// The geometry's own constants: π, and the absolute tolerance to which
+// geometry computed from exact inputs agrees.
+using geometry::kPi;
+inline constexpr double kGeoTol = geometry::kAbsTol;
 
 }  // namespace tovik
 

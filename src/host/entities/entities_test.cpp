@@ -150,8 +150,8 @@ TEST_F(EntitiesTest, BlockReferenceAttributesAndAnonymousCopy) {
   EXPECT_EQ(CStr(GetProperty(att, "TextString")), "default");
   // (12,1) - origin (10,0) = (2,1), scaled 2 -> (4,2), turned 90° -> (-2,4).
   std::vector<double> p = Doubles(GetProperty(att, "InsertionPoint"));
-  EXPECT_NEAR(p[0], 98, 1e-9);
-  EXPECT_NEAR(p[1], 104, 1e-9);
+  EXPECT_NEAR(p[0], 98, kGeoTol);
+  EXPECT_NEAR(p[1], 104, kGeoTol);
   EXPECT_EQ(CallMethod(ref, "GetConstantAttributes").Array().Count(), 1);
   EXPECT_EQ(CLngLng(GetProperty(att, "OwnerID")), CLngLng(GetProperty(ref, "ObjectID")));
   EXPECT_EQ(ErrorOf([&] { CallMethod(att, "Delete"); }).Description(), "Not applicable");
@@ -221,7 +221,7 @@ TEST_F(EntitiesTest, HatchLoopsMustCloseAndComeOuterFirst) {
   CallMethod(hatch, "AppendOuterLoop", {ObjectsValue({a, b, c, d})});
   CallMethod(hatch, "AppendInnerLoop", {ObjectsValue({hole})});
   EXPECT_EQ(CLng(GetProperty(hatch, "NumberOfLoops")), 2);
-  EXPECT_NEAR(CDbl(GetProperty(hatch, "Area")), 12 - kPi, 1e-9);
+  EXPECT_NEAR(CDbl(GetProperty(hatch, "Area")), 12 - kPi, kGeoTol);
   EXPECT_EQ(CStr(GetProperty(hatch, "PatternName")), "ANSI31");
   EXPECT_EQ(CLng(GetProperty(hatch, "PatternType")), 1);
 }

@@ -183,9 +183,9 @@ void ExpectSame(const Snapshot& got, const Snapshot& want) {
     if (w.IsArray()) {
       ExpectDoubles(g.Array().ToDoubles(), w.Array().ToDoubles(), 1e-9);
     } else if (name.find("Angle") != std::string::npos || name == "Rotation") {
-      EXPECT_NEAR(std::remainder(CDbl(g) - CDbl(w), 2 * kPi), 0, 1e-9);
+      EXPECT_NEAR(std::remainder(CDbl(g) - CDbl(w), 2 * kPi), 0, kGeoTol);
     } else if (w.IsNumber()) {
-      EXPECT_NEAR(CDbl(g), CDbl(w), 1e-9);
+      EXPECT_NEAR(CDbl(g), CDbl(w), kGeoTol);
     } else {
       EXPECT_EQ(CStr(g), CStr(w));
     }
