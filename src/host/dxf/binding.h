@@ -11,6 +11,7 @@
 
 #include "dxf/record.h"
 #include "frame/runtime_text.h"
+#include "geometry/ocs.h"
 #include "geometry/vec3.h"
 
 namespace tovik::host::dxf {
@@ -18,6 +19,16 @@ namespace tovik::host::dxf {
 using namespace ::tovik::dxf;
 
 inline constexpr double kDegToRad = std::numbers::pi / 180.0;
+inline constexpr double kRadToDeg = 180.0 / std::numbers::pi;
+
+// Whether `n` is exactly +Z, where OCS and WCS coincide.
+inline bool IsZAxis(const geometry::Vec3& n) { return n.x == 0 && n.y == 0 && n.z == 1; }
+// A world point in the OCS of `normal` (as given when the normal is +Z or
+// unusable).
+inline geometry::Vec3 ToOcs(const geometry::Vec3& p, const geometry::Vec3& normal) {
+  if (IsZAxis(normal)) return p;
+  return geometry::WcsToOcs(p, normal).value_or(p);
+}
 
 // The handle of `tag` when it is a valid handle tag, else 0.
 inline uint64_t HandleValue(const Tag* tag) {

@@ -14,7 +14,6 @@ namespace {
 
 using geometry::Vec2;
 
-constexpr double kDegToRad = std::numbers::pi / 180.0;
 // Points per full turn of an elliptic arc, and per span of a spline.
 constexpr int kEllipseSteps = 256;
 constexpr int kSplineStepsPerSpan = 32;

@@ -1,16 +1,16 @@
-// Entities written from the live objects: every kind the host models, with
-// the common properties (layer, linetype, material, colour and true colour,
-// lineweight, linetype scale, visibility), thickness and normal, extended
-// data, extension dictionary and group reactors; block references with
-// their attributes and SEQEND. Hatches, dimensions and generic kinds are in
-// write/entity_kinds.cpp, copies written from their source record in
-// write/copies.cpp.
+// Entities written from the live objects: the record head, the common
+// properties (layer, linetype, material, colour and true colour,
+// lineweight, linetype scale, visibility), extended data, extension
+// dictionary and group reactors, then the kind's own groups (kinds/); block
+// references with their attributes and SEQEND. Copies written from their
+// source record are in write/copies.cpp.
 #include <cmath>
 #include <cstdlib>
 #include <numbers>
 
 #include "geometry/ocs.h"
 #include "host/dxf/binding.h"
+#include "host/dxf/kinds/kinds.h"
 #include "host/dxf/write/writer.h"
 #include "host/entities/kinds.h"
 #include "host/selection/entity_filter.h"
@@ -24,14 +24,8 @@ namespace {
 
 using geometry::Vec3;
 
-constexpr double kRadToDeg = 180.0 / std::numbers::pi;
 
-bool IsZAxis(const Vec3& n) { return n.x == 0 && n.y == 0 && n.z == 1; }
 
-Vec3 ToOcs(const Vec3& p, const Vec3& normal) {
-  if (IsZAxis(normal)) return p;
-  return geometry::WcsToOcs(p, normal).value_or(p);
-}
 
 // The entity type written for a live entity; empty when the host cannot
 // write the kind from its own data.
@@ -192,17 +186,6 @@ void DbWriter::PutNormal(const Vec3& normal) {
   if (!IsZAxis(normal)) PutPoint(210, normal);
 }
 
-void DbWriter::PutMTextChunks(std::string_view text) {
-  std::string_view s = text;
-  while (s.size() > 250) {
-    size_t cut = 250;
-    while (cut > 0 && (static_cast<unsigned char>(s[cut]) & 0xC0) == 0x80) --cut;
-    PutString(3, s.substr(0, cut));
-    s.remove_prefix(cut);
-  }
-  PutString(1, s);
-}
-
 void DbWriter::EmitEntityGeometry(const Entity& entity) {
   switch (entity.Kind()) {
     case EntityKind::kLine: return EmitLineGeometry(static_cast<const Line&>(entity));
@@ -226,172 +209,6 @@ void DbWriter::EmitEntityGeometry(const Entity& entity) {
     case EntityKind::kGeneric:
       return EmitGenericGeometry(static_cast<const GenericEntity&>(entity));
   }
-}
-
-void DbWriter::EmitLineGeometry(const Line& o) {
-  const auto& d = o.data();
-  PutString(100, InfoOf(EntityKind::kLine).subclass);
-  PutThickness(d.thickness);
-  PutPoint(10, d.start);
-  PutPoint(11, d.end);
-  PutNormal(d.normal);
-}
-
-void DbWriter::EmitCircleGeometry(const Circle& o) {
-  const auto& d = o.data();
-  PutCircleGroups(d.center, d.radius, d.normal, d.thickness);
-}
-
-void DbWriter::EmitArcGeometry(const Arc& o) {
-  const auto& d = o.data();
-  PutCircleGroups(d.center, d.radius, d.normal, d.thickness);
-  PutString(100, InfoOf(EntityKind::kArc).second_subclass);
-  PutReal(50, d.start_angle * kRadToDeg);
-  PutReal(51, d.end_angle * kRadToDeg);
-}
-
-void DbWriter::PutCircleGroups(const Vec3& center, double radius, const Vec3& normal,
-                               double thickness) {
-  PutString(100, InfoOf(EntityKind::kCircle).subclass);
-  PutThickness(thickness);
-  PutPoint(10, ToOcs(center, normal));
-  PutReal(40, radius);
-  PutNormal(normal);
-}
-
-void DbWriter::EmitPointGeometry(const PointEntity& o) {
-  const auto& d = o.data();
-  PutString(100, InfoOf(EntityKind::kPoint).subclass);
-  PutPoint(10, d.position);
-  PutThickness(d.thickness);
-  PutNormal(d.normal);
-}
-
-void DbWriter::EmitEllipseGeometry(const Ellipse& o) {
-  const auto& d = o.data();
-  PutString(100, InfoOf(EntityKind::kEllipse).subclass);
-  PutPoint(10, d.center);
-  PutPoint(11, d.major_axis);
-  PutPoint(210, d.normal);
-  PutReal(40, d.radius_ratio);
-  PutReal(41, d.start_param);
-  PutReal(42, d.end_param);
-}
-
-void DbWriter::EmitLwPolylineGeometry(const LwPolyline& o) {
-  const auto& d = o.data();
-  PutString(100, InfoOf(EntityKind::kLwPolyline).subclass);
-  PutInt(90, static_cast<int64_t>(d.vertices.size()));
-  PutInt(70, (d.closed ? 1 : 0) | (d.plinegen ? 128 : 0));
-  bool widths = false;
-  for (const auto& v : d.vertices) widths |= v.start_width != 0 || v.end_width != 0;
-  if (!widths && d.constant_width != 0) PutReal(43, d.constant_width);
-  if (d.elevation != 0) PutReal(38, d.elevation);
-  PutThickness(d.thickness);
-  for (const auto& v : d.vertices) {
-    PutPoint2(10, v.point.x, v.point.y);
-    if (widths) {
-      PutReal(40, v.start_width);
-      PutReal(41, v.end_width);
-    }
-    if (v.bulge != 0) PutReal(42, v.bulge);
-  }
-  PutNormal(d.normal);
-}
-
-void DbWriter::EmitMTextGeometry(const MText& o) {
-  const auto& d = o.data();
-  PutString(100, InfoOf(EntityKind::kMText).subclass);
-  PutPoint(10, d.insertion);
-  PutReal(40, d.height);
-  PutReal(41, d.width);
-  PutInt(71, d.attachment);
-  PutInt(72, d.drawing_direction);
-  PutMTextChunks(d.text);
-  PutString(7, d.style != nullptr ? d.style->Name() : "Standard");
-  PutNormal(d.normal);
-  if (d.rotation != 0) PutReal(50, d.rotation * kRadToDeg);
-  PutInt(73, 1);
-  PutReal(44, d.line_spacing_factor);
-}
-
-void DbWriter::EmitBlockRefGeometry(const BlockRef& o) {
-  const auto& d = o.data();
-  bool grid = d.columns > 1 || d.rows > 1;
-  PutString(100, grid ? "AcDbMInsertBlock" : "AcDbBlockReference");
-  bool attributes = false;
-  for (const AttributeRef* a : o.attributes()) attributes |= Written(a);
-  if (attributes) PutInt(66, 1);
-  PutString(2, d.block != nullptr ? d.block->Name() : "");
-  PutPoint(10, ToOcs(d.insertion, d.normal));
-  if (d.scale.x != 1) PutReal(41, d.scale.x);
-  if (d.scale.y != 1) PutReal(42, d.scale.y);
-  if (d.scale.z != 1) PutReal(43, d.scale.z);
-  if (d.rotation != 0) PutReal(50, d.rotation * kRadToDeg);
-  if (grid) {
-    PutInt(70, d.columns);
-    PutInt(71, d.rows);
-    PutReal(44, d.column_spacing);
-    PutReal(45, d.row_spacing);
-  }
-  PutNormal(d.normal);
-}
-
-void DbWriter::EmitWipeoutGeometry(const Wipeout& o) {
-  const auto& d = o.data();
-  PutString(100, InfoOf(EntityKind::kWipeout).subclass);
-  PutInt(90, 0);
-  PutPoint(10, d.origin);
-  PutPoint(11, d.u);
-  PutPoint(12, d.v);
-  PutPoint2(13, d.width_pixels, d.height_pixels);
-  PutHandle(340, 0);
-  PutInt(70, d.display_flags);
-  PutInt(280, 1);
-  PutInt(281, 50);
-  PutInt(282, 50);
-  PutInt(283, 0);
-  PutHandle(360, 0);
-  PutInt(71, d.clip.size() > 2 ? 2 : 1);
-  PutInt(91, static_cast<int64_t>(d.clip.size()));
-  for (const auto& c : d.clip) PutPoint2(14, c.x, c.y);
-}
-
-void DbWriter::EmitTextGeometry(const Entity& entity) {
-  const TextData* t = nullptr;
-  const AttributeDef* def = As<AttributeDef>(&entity);
-  const AttributeRef* ref = As<AttributeRef>(&entity);
-  if (def != nullptr) t = &def->data();
-  if (ref != nullptr) t = &ref->data();
-  if (const auto* text = As<Text>(&entity)) t = &text->data();
-  auto [horizontal, vertical] = JustificationOf(t->alignment_mode);
-  PutString(100, "AcDbText");
-  if (t->thickness != 0) PutReal(39, t->thickness);
-  PutPoint(10, ToOcs(t->insertion, t->normal));
-  PutReal(40, t->height);
-  PutString(1, t->text);
-  if (t->rotation != 0) PutReal(50, t->rotation * kRadToDeg);
-  if (t->width_factor != 1) PutReal(41, t->width_factor);
-  if (t->oblique != 0) PutReal(51, t->oblique * kRadToDeg);
-  PutString(7, t->style != nullptr ? t->style->Name() : "Standard");
-  int generation = (t->backward ? 2 : 0) | (t->upside_down ? 4 : 0);
-  if (generation != 0) PutInt(71, generation);
-  if (horizontal != 0) PutInt(72, horizontal);
-  if (t->alignment_mode != 0) PutPoint(11, ToOcs(t->alignment, t->normal));
-  if (!IsZAxis(t->normal)) PutPoint(210, t->normal);
-  if (def == nullptr && ref == nullptr) {
-    PutString(100, "AcDbText");
-    if (vertical != 0) PutInt(73, vertical);
-    return;
-  }
-  int32_t mode = def != nullptr ? def->data().mode : ref->data().mode;
-  PutString(100, def != nullptr ? "AcDbAttributeDefinition" : "AcDbAttribute");
-  PutInt(280, 0);
-  if (def != nullptr) PutString(3, def->data().prompt);
-  PutString(2, def != nullptr ? def->data().tag : ref->data().tag);
-  PutInt(70, mode & (kAttInvisible | kAttConstant | kAttVerify | kAttPreset));
-  if (vertical != 0) PutInt(74, vertical);
-  if (mode & kAttLockPosition) PutInt(280, 1);
 }
 
 }  // namespace tovik::host::dxf

@@ -5,6 +5,7 @@
 
 #include "geometry/ocs.h"
 #include "host/dxf/binding.h"
+#include "host/dxf/kinds/kinds.h"
 #include "host/dxf/read/hatch.h"
 #include "host/dxf/write/writer.h"
 #include "host/entities/kinds.h"
@@ -17,12 +18,7 @@ namespace {
 
 using geometry::Vec3;
 
-constexpr double kRadToDeg = 180.0 / std::numbers::pi;
 
-Vec3 Ocs(const Vec3& p, const Vec3& normal) {
-  if (normal.x == 0 && normal.y == 0 && normal.z == 1) return p;
-  return geometry::WcsToOcs(p, normal).value_or(p);
-}
 
 bool SameValue(const Tag& a, const Tag& b) {
   if (a.IsDouble() || b.IsDouble()) {
@@ -79,213 +75,64 @@ void DbWriter::XDataTags(const XData& xdata, std::vector<Tag>* out) {
   }
 }
 
+void ModelledGroups::Real(int code, double value) { tags_->push_back(Tag::Double(code, value)); }
+
+void ModelledGroups::Point(int code, const Vec3& p) {
+  Real(code, p.x);
+  Real(code + 10, p.y);
+  Real(code + 20, p.z);
+}
+
+void ModelledGroups::Text(int code, std::string_view text) {
+  tags_->push_back(Tag::String(code, writer_.Keep(std::string(text))));
+}
+
+void ModelledGroups::Integer(int code, int64_t value) { tags_->push_back(Tag::Integer(code, value)); }
+
 void DbWriter::Modelled(const DbObject& object, std::vector<Tag>* want) {
-  auto real = [&](int code, double v) { want->push_back(Tag::Double(code, v)); };
-  auto point = [&](int code, const Vec3& p) {
-    real(code, p.x);
-    real(code + 10, p.y);
-    real(code + 20, p.z);
-  };
-  auto text = [&](int code, std::string_view s) { want->push_back(Tag::String(code, Keep(std::string(s)))); };
-  auto integer = [&](int code, int64_t v) { want->push_back(Tag::Integer(code, v)); };
+  ModelledGroups g(*this, want);
   const Entity* e = AsEntity(&object);
   if (e == nullptr) {
     // Of the records, layers and registered applications are patched.
     if (const auto* o = dynamic_cast<const LayerRecord*>(&object)) {
       const auto& d = o->data();
-      text(2, d.name);
-      integer(62, d.on ? d.color.index : -std::abs(d.color.index));
-      if (d.linetype) text(6, d.linetype->Name());
+      g.Text(2, d.name);
+      g.Integer(62, d.on ? d.color.index : -std::abs(d.color.index));
+      if (d.linetype) g.Text(6, d.linetype->Name());
     } else if (const auto* o = dynamic_cast<const RegApp*>(&object)) {
-      text(2, o->data().name);
+      g.Text(2, o->data().name);
     }
     return;
   }
   const EntityProps& p = e->props();
-  if (p.layer) text(8, p.layer->Name());
-  if (p.linetype && p.linetype != doc_.bylayer_linetype()) text(6, p.linetype->Name());
+  if (p.layer) g.Text(8, p.layer->Name());
+  if (p.linetype && p.linetype != doc_.bylayer_linetype()) g.Text(6, p.linetype->Name());
   if (p.color.method == kColorByRgb) {
-    integer(62, NearestAci(p.color.rgb));
-    integer(420, p.color.rgb);
+    g.Integer(62, NearestAci(p.color.rgb));
+    g.Integer(420, p.color.rgb);
   } else if (p.color.index != 256) {
-    integer(62, p.color.index);
+    g.Integer(62, p.color.index);
   }
-  if (p.lineweight != -1) integer(370, p.lineweight);
-  if (p.linetype_scale != 1) real(48, p.linetype_scale);
-  if (!p.visible) integer(60, 1);
-  auto text_groups = [&](const TextData& t) {
-    point(10, Ocs(t.insertion, t.normal));
-    real(40, t.height);
-    text(1, t.text);
-    if (t.rotation != 0) real(50, t.rotation * kRadToDeg);
-    if (t.alignment_mode != 0) point(11, Ocs(t.alignment, t.normal));
-  };
+  if (p.lineweight != -1) g.Integer(370, p.lineweight);
+  if (p.linetype_scale != 1) g.Real(48, p.linetype_scale);
+  if (!p.visible) g.Integer(60, 1);
   switch (e->Kind()) {
-    case EntityKind::kLine: {
-      const auto& d = static_cast<const Line*>(e)->data();
-      point(10, d.start);
-      point(11, d.end);
-      break;
-    }
-    case EntityKind::kCircle: {
-      const auto& d = static_cast<const Circle*>(e)->data();
-      point(10, Ocs(d.center, d.normal));
-      real(40, d.radius);
-      break;
-    }
-    case EntityKind::kArc: {
-      const auto& d = static_cast<const Arc*>(e)->data();
-      point(10, Ocs(d.center, d.normal));
-      real(40, d.radius);
-      real(50, d.start_angle * kRadToDeg);
-      real(51, d.end_angle * kRadToDeg);
-      break;
-    }
-    case EntityKind::kPoint: point(10, static_cast<const PointEntity*>(e)->data().position); break;
-    case EntityKind::kEllipse: {
-      const auto& d = static_cast<const Ellipse*>(e)->data();
-      point(10, d.center);
-      point(11, d.major_axis);
-      real(40, d.radius_ratio);
-      break;
-    }
-    case EntityKind::kText: text_groups(static_cast<const Text*>(e)->data()); break;
-    case EntityKind::kAttributeRef: {
-      const auto& d = static_cast<const AttributeRef*>(e)->data();
-      text_groups(d);
-      text(2, d.tag);
-      break;
-    }
-    case EntityKind::kAttributeDef: {
-      const auto& d = static_cast<const AttributeDef*>(e)->data();
-      text_groups(d);
-      text(2, d.tag);
-      break;
-    }
-    case EntityKind::kMText: {
-      const auto& d = static_cast<const MText*>(e)->data();
-      point(10, d.insertion);
-      real(40, d.height);
-      break;
-    }
-    case EntityKind::kBlockRef: {
-      const auto& d = static_cast<const BlockRef*>(e)->data();
-      if (d.block) text(2, d.block->Name());
-      point(10, Ocs(d.insertion, d.normal));
-      if (d.scale.x != 1) real(41, d.scale.x);
-      if (d.scale.y != 1) real(42, d.scale.y);
-      if (d.scale.z != 1) real(43, d.scale.z);
-      if (d.rotation != 0) real(50, d.rotation * kRadToDeg);
-      break;
-    }
-    // Vertices, text and boundaries of these are compared whole (EmitPatched);
-    // the others are written as read but for their common properties.
+    case EntityKind::kLine: return ModelledLine(static_cast<const Line&>(*e), g);
+    case EntityKind::kCircle: return ModelledCircle(static_cast<const Circle&>(*e), g);
+    case EntityKind::kArc: return ModelledArc(static_cast<const Arc&>(*e), g);
+    case EntityKind::kPoint: return ModelledPoint(static_cast<const PointEntity&>(*e), g);
+    case EntityKind::kEllipse: return ModelledEllipse(static_cast<const Ellipse&>(*e), g);
+    case EntityKind::kText:
+    case EntityKind::kAttributeRef:
+    case EntityKind::kAttributeDef: return ModelledText(*e, g);
+    case EntityKind::kMText: return ModelledMText(static_cast<const MText&>(*e), g);
+    case EntityKind::kBlockRef: return ModelledBlockRef(static_cast<const BlockRef&>(*e), g);
     case EntityKind::kLwPolyline:
     case EntityKind::kHatch:
     case EntityKind::kDimension:
     case EntityKind::kWipeout:
     case EntityKind::kRasterImage:
     case EntityKind::kGeneric: break;
-  }
-}
-
-namespace {
-
-// True when two boundaries have the same loops, point for point.
-bool SameLoops(const std::vector<HatchLoop>& a, const std::vector<HatchLoop>& b) {
-  if (a.size() != b.size()) return false;
-  auto near = [](double x, double y) { return std::fabs(x - y) <= 1e-9 * std::max(1.0, std::fabs(x)); };
-  for (size_t k = 0; k < a.size(); ++k) {
-    if (a[k].points.size() != b[k].points.size() || a[k].outer != b[k].outer) return false;
-    for (size_t i = 0; i < a[k].points.size(); ++i) {
-      if (!near(a[k].points[i].x, b[k].points[i].x) || !near(a[k].points[i].y, b[k].points[i].y) ||
-          !near(a[k].bulges[i], b[k].bulges[i])) {
-        return false;
-      }
-    }
-  }
-  return true;
-}
-
-}  // namespace
-
-void DbWriter::PutHatchLoops(const std::vector<HatchLoop>& loops) {
-  PutInt(91, static_cast<int64_t>(loops.size()));
-  for (const HatchLoop& loop : loops) {
-    bool bulged = false;
-    for (double b : loop.bulges) bulged = bulged || b != 0;
-    // Polyline path (2), external when the loop bounds the hatch (1); the
-    // other flags the file gave it stay.
-    PutInt(92, (loop.flags & ~int64_t{3}) | 2 | (loop.outer ? 1 : 0));
-    PutInt(72, bulged ? 1 : 0);
-    PutInt(73, 1);
-    PutInt(93, static_cast<int64_t>(loop.points.size()));
-    for (size_t i = 0; i < loop.points.size(); ++i) {
-      PutReal(10, loop.points[i].x);
-      PutReal(20, loop.points[i].y);
-      if (bulged) PutReal(42, loop.bulges[i]);
-    }
-    PutInt(97, 0);
-  }
-}
-
-namespace {
-
-// Whether the polyline's vertices differ from those of the record: they are
-// compared as a whole, and a changed list is written anew.
-bool VerticesChanged(const LwPolyline::Data& d, std::span<const Tag> body) {
-  size_t k = 0;
-  const auto& vs = d.vertices;
-  auto differs = [](double have, double read) {
-    return std::fabs(have - read) > 1e-10 * std::max(1.0, std::fabs(read));
-  };
-  for (const Tag& t : body) {
-    if (t.code == 10) {
-      if (k >= vs.size() || differs(vs[k].point.x, t.real)) return true;
-      ++k;
-    } else if (t.code == 20 && k > 0 && k <= vs.size() && differs(vs[k - 1].point.y, t.real)) {
-      return true;
-    }
-  }
-  return k != vs.size();
-}
-
-// The text of a multiline text record: its 3 chunks, then its 1.
-std::string TextOfRecord(const Record& record) {
-  std::string text;
-  for (const Tag* t : record.FindAll(3)) text += t->text;
-  text += record.StringOr(1);
-  return text;
-}
-
-// Hatch boundaries stay as the file wrote them (edges of every kind) while
-// the host's loops are the ones read from them; they are rewritten as
-// polyline paths once the hatch was moved or its loops changed. True, with
-// the body's range of boundary groups, when they must be rewritten.
-bool LoopsToRewrite(const Record& record, const Hatch::Data& hatch, size_t* begin, size_t* end) {
-  std::span<const Tag> body = record.Body();
-  for (size_t i = 0; i < body.size(); ++i) {
-    if (*begin == 0 && body[i].code == 91) *begin = i;
-    if (*begin != 0 && body[i].code == 75) {
-      *end = i;
-      break;
-    }
-  }
-  auto part = record.Subclass(InfoOf(EntityKind::kHatch).subclass);
-  return *end != 0 && !SameLoops(ReadHatchLoops(part ? *part : body), hatch.loops);
-}
-
-}  // namespace
-
-void DbWriter::PutVertices(const LwPolyline::Data& d) {
-  for (const auto& v : d.vertices) {
-    PutReal(10, v.point.x);
-    PutReal(20, v.point.y);
-    if (v.start_width != 0 || v.end_width != 0) {
-      PutReal(40, v.start_width);
-      PutReal(41, v.end_width);
-    }
-    if (v.bulge != 0) PutReal(42, v.bulge);
   }
 }
 

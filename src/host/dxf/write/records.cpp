@@ -20,7 +20,6 @@
 namespace tovik::host::dxf {
 namespace {
 
-constexpr double kRadToDeg = 180.0 / std::numbers::pi;
 
 double NumberIn(const Variant& v) {
   if (!v.IsNumber() && !v.IsBoolean()) return 0;

@@ -22,7 +22,6 @@ namespace {
 
 using geometry::Vec3;
 
-constexpr double kRadToDeg = 180.0 / std::numbers::pi;
 
 // A header variable the host holds as a system variable: DXF name, group
 // code (10: a 3D point, 11: a 2D point written as 10/20), the system
