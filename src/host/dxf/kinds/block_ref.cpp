@@ -31,6 +31,7 @@ std::shared_ptr<Entity> LoadBlockRef(Loader& loader, const Record& record, const
   d.row_spacing = RealOr(r, 45, 0);
   return e;
 }
+
 void DbWriter::EmitBlockRefGeometry(const BlockRef& o) {
   const auto& d = o.data();
   bool grid = d.columns > 1 || d.rows > 1;

@@ -20,12 +20,14 @@ std::shared_ptr<Entity> LoadLine(Loader&, const Record&, const RecordFields& r) 
   d.thickness = RealOr(r, 39, 0);
   return e;
 }
+
 std::shared_ptr<Entity> LoadCircle(Loader&, const Record&, const RecordFields& r) {
   Vec3 normal = NormalOf(r);
   auto e = std::make_shared<Circle>();
   e->mutable_data() = {Wcs(PointOr(r, 10), normal), RealOr(r, 40, 1), normal, RealOr(r, 39, 0)};
   return e;
 }
+
 std::shared_ptr<Entity> LoadArc(Loader&, const Record&, const RecordFields& r) {
   Vec3 normal = NormalOf(r);
   auto e = std::make_shared<Arc>();
@@ -34,6 +36,7 @@ std::shared_ptr<Entity> LoadArc(Loader&, const Record&, const RecordFields& r) {
                        NormalAngle(RealOr(r, 51, 0) * kDegToRad), normal, RealOr(r, 39, 0)};
   return e;
 }
+
 std::shared_ptr<Entity> LoadEllipse(Loader&, const Record&, const RecordFields& r) {
   auto e = std::make_shared<Ellipse>();
   auto& d = e->mutable_data();
@@ -45,11 +48,13 @@ std::shared_ptr<Entity> LoadEllipse(Loader&, const Record&, const RecordFields& 
   d.end_param = RealOr(r, 42, geometry::kTwoPi);
   return e;
 }
+
 std::shared_ptr<Entity> LoadPoint(Loader&, const Record&, const RecordFields& r) {
   auto e = std::make_shared<PointEntity>();
   e->mutable_data() = {PointOr(r, 10), NormalOf(r), RealOr(r, 39, 0)};
   return e;
 }
+
 std::shared_ptr<Entity> LoadLwPolyline(Loader&, const Record& record, const RecordFields& r) {
   auto e = std::make_shared<LwPolyline>();
   auto& d = e->mutable_data();
@@ -73,6 +78,7 @@ std::shared_ptr<Entity> LoadLwPolyline(Loader&, const Record& record, const Reco
   }
   return e;
 }
+
 void DbWriter::EmitLineGeometry(const Line& o) {
   const auto& d = o.data();
   PutString(100, InfoOf(EntityKind::kLine).subclass);
@@ -81,10 +87,12 @@ void DbWriter::EmitLineGeometry(const Line& o) {
   PutPoint(11, d.end);
   PutNormal(d.normal);
 }
+
 void DbWriter::EmitCircleGeometry(const Circle& o) {
   const auto& d = o.data();
   PutCircleGroups(d.center, d.radius, d.normal, d.thickness);
 }
+
 void DbWriter::EmitArcGeometry(const Arc& o) {
   const auto& d = o.data();
   PutCircleGroups(d.center, d.radius, d.normal, d.thickness);
@@ -92,6 +100,7 @@ void DbWriter::EmitArcGeometry(const Arc& o) {
   PutReal(50, d.start_angle * kRadToDeg);
   PutReal(51, d.end_angle * kRadToDeg);
 }
+
 void DbWriter::PutCircleGroups(const Vec3& center, double radius, const Vec3& normal,
                                double thickness) {
   PutString(100, InfoOf(EntityKind::kCircle).subclass);
@@ -100,6 +109,7 @@ void DbWriter::PutCircleGroups(const Vec3& center, double radius, const Vec3& no
   PutReal(40, radius);
   PutNormal(normal);
 }
+
 void DbWriter::EmitPointGeometry(const PointEntity& o) {
   const auto& d = o.data();
   PutString(100, InfoOf(EntityKind::kPoint).subclass);
@@ -107,6 +117,7 @@ void DbWriter::EmitPointGeometry(const PointEntity& o) {
   PutThickness(d.thickness);
   PutNormal(d.normal);
 }
+
 void DbWriter::EmitEllipseGeometry(const Ellipse& o) {
   const auto& d = o.data();
   PutString(100, InfoOf(EntityKind::kEllipse).subclass);
@@ -117,6 +128,7 @@ void DbWriter::EmitEllipseGeometry(const Ellipse& o) {
   PutReal(41, d.start_param);
   PutReal(42, d.end_param);
 }
+
 void DbWriter::EmitLwPolylineGeometry(const LwPolyline& o) {
   const auto& d = o.data();
   PutString(100, InfoOf(EntityKind::kLwPolyline).subclass);

@@ -38,6 +38,7 @@ std::shared_ptr<Entity> LoadDimension(Loader& loader, const Record& record, cons
   d.block = loader.BlockNamed(r.StringOr(2));
   return e;
 }
+
 void DbWriter::EmitDimensionGeometry(const Dimension& dimension) {
   const auto& d = dimension.data();
   static constexpr std::pair<DimensionKind, int> kTypes[] = {

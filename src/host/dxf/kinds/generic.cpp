@@ -21,6 +21,7 @@ GenericKind GenericKindOf(std::string_view type, const RecordFields& r) {
   }
   return GenericKindOfDxfName(type);
 }
+
 std::shared_ptr<Entity> LoadGeneric(Loader&, const Record& record, const RecordFields& r) {
   auto e = std::make_shared<GenericEntity>();
   auto& d = e->mutable_data();
@@ -46,6 +47,7 @@ std::shared_ptr<Entity> LoadGeneric(Loader&, const Record& record, const RecordF
   }
   return e;
 }
+
 void DbWriter::EmitGenericGeometry(const GenericEntity& generic) {
   const auto& d = generic.data();
   auto at = [&](size_t k) { return k < d.points.size() ? d.points[k] : Vec3{}; };

@@ -22,6 +22,7 @@ struct PatternLine {
   double angle, base_x, base_y, offset_x, offset_y;
   std::vector<double> dashes;
 };
+
 // The standard patterns new hatches most often use (acad.pat, inches).
 std::vector<PatternLine> PatternOf(std::string_view name) {
   if (name == "ANSI31") return {{45, 0, 0, 0, 0.125, {}}};
@@ -65,6 +66,7 @@ std::shared_ptr<Entity> LoadHatch(Loader&, const Record& record, const RecordFie
   d.loops = ReadHatchLoops(part ? *part : record.Body());
   return e;
 }
+
 void DbWriter::EmitHatchGeometry(const Hatch& hatch) {
   const auto& d = hatch.data();
   bool solid = d.pattern_name == "SOLID";

@@ -28,11 +28,13 @@ void FillText(const RecordFields& r, TextData& d, Loader& loader, int vertical_c
   d.alignment_mode = AlignmentOf(IntOr(r, 72, 0), IntOr(r, vertical_code, 0));
   d.thickness = RealOr(r, 39, 0);
 }
+
 std::shared_ptr<Entity> LoadText(Loader& loader, const Record&, const RecordFields& r) {
   auto e = std::make_shared<Text>();
   FillText(r, e->mutable_data(), loader, 73);
   return e;
 }
+
 std::shared_ptr<Entity> LoadAttributeDef(Loader& loader, const Record&, const RecordFields& r) {
   auto e = std::make_shared<AttributeDef>();
   auto& d = e->mutable_data();
@@ -42,6 +44,7 @@ std::shared_ptr<Entity> LoadAttributeDef(Loader& loader, const Record&, const Re
   d.mode = static_cast<int32_t>(IntOr(r, 70, 0));
   return e;
 }
+
 std::shared_ptr<Entity> LoadMText(Loader& loader, const Record& record, const RecordFields& r) {
   auto e = std::make_shared<MText>();
   auto& d = e->mutable_data();
@@ -63,6 +66,7 @@ std::shared_ptr<Entity> LoadMText(Loader& loader, const Record& record, const Re
   }
   return e;
 }
+
 void DbWriter::EmitMTextGeometry(const MText& o) {
   const auto& d = o.data();
   PutString(100, InfoOf(EntityKind::kMText).subclass);
@@ -78,6 +82,7 @@ void DbWriter::EmitMTextGeometry(const MText& o) {
   PutInt(73, 1);
   PutReal(44, d.line_spacing_factor);
 }
+
 void DbWriter::PutMTextChunks(std::string_view text) {
   std::string_view s = text;
   while (s.size() > 250) {
@@ -88,6 +93,7 @@ void DbWriter::PutMTextChunks(std::string_view text) {
   }
   PutString(1, s);
 }
+
 void DbWriter::EmitTextGeometry(const Entity& entity) {
   const TextData* t = nullptr;
   const AttributeDef* def = As<AttributeDef>(&entity);
