@@ -18,12 +18,6 @@ void SetInsUnits(const ObjectRef& doc, int16_t code) {
   CallMethod(doc, "SetVariable", {Variant("INSUNITS"), Variant(code)});
 }
 
-ObjectRef AddBlock(const ObjectRef& doc, std::string_view name, int32_t units) {
-  ObjectRef blocks = GetProperty(doc, "Blocks").Object();
-  ObjectRef block = CallMethod(blocks, "Add", {MakePoint(0, 0, 0), Variant(name)}).Object();
-  LetProperty(block, "Units", Variant(units));
-  return block;
-}
 
 TEST_F(Units, SupportedHostCodesGiveTheirUnitAndFactor) {
   ObjectRef doc = ActiveDocument();
@@ -70,7 +64,8 @@ TEST_F(Units, OtherHostCodesAreRefusedWithoutSource) {
 TEST_F(Units, BlocksUseTheirOwnUnitsAndLayoutsTheDrawings) {
   ObjectRef doc = ActiveDocument();
   SetInsUnits(doc, 6);  // metres
-  ObjectRef inch_block = AddBlock(doc, "InchPart", 1);
+  ObjectRef inch_block = AddBlock("InchPart");
+  LetProperty(inch_block, "Units", Variant(int32_t{1}));
   ObjectRef model = GetProperty(doc, "ModelSpace").Object();
   auto doc_space = GlobalInstance<AcadDocSpace>();
   EXPECT_EQ(doc_space->GetAcadDLengthUnitID(inch_block), kLengthInch);

@@ -9,7 +9,10 @@
 #include <gtest/gtest.h>
 
 #include <initializer_list>
+#include <utility>
 #include <memory>
+#include <set>
+#include <string>
 
 #include "frame/conversions.h"
 #include "frame/dispatch.h"
@@ -19,6 +22,8 @@
 #include "frame/zactivex_com.h"
 #include "host/core/application.h"
 #include "host/core/document.h"
+#include "host/entities/kinds.h"
+#include "host/tables/block.h"
 #include "host/surface/args.h"
 #include "tests/support/errors.h"
 
@@ -33,6 +38,19 @@ inline Variant Codes(std::initializer_list<int16_t> codes) {
   int32_t i = 0;
   for (int16_t c : codes) a.Set(i++, Variant(c));
   return Variant(std::move(a));
+}
+
+// The handles of `objects`, and those of the members of a collection (a
+// selection set, a group, a block): sets compare regardless of order.
+inline std::set<std::string> HandlesOf(std::initializer_list<ObjectRef> objects) {
+  std::set<std::string> out;
+  for (const auto& o : objects) out.insert(CStr(GetProperty(o, "Handle")));
+  return out;
+}
+inline std::set<std::string> MemberHandles(const ObjectRef& collection) {
+  std::set<std::string> out;
+  for (const Variant& e : ForEach(collection)) out.insert(CStr(GetProperty(e.Object(), "Handle")));
+  return out;
 }
 
 class HostTest : public ::testing::Test {
@@ -62,6 +80,41 @@ class HostTest : public ::testing::Test {
   ObjectRef Line(double x1, double y1, double x2, double y2) {
     return CallMethod(ms, "AddLine", {Pt(x1, y1), Pt(x2, y2)}).Object();
   }
+  // A lightweight polyline in model space through x0, y0, x1, y1...
+  ObjectRef Polyline(std::initializer_list<double> xy) {
+    return CallMethod(ms, "AddLightWeightPolyline", {Variant(SafeArray::OfDoubles(xy))}).Object();
+  }
+  // A new block definition with its origin at (0, 0, 0).
+  ObjectRef AddBlock(const char* name) {
+    return CallMethod(GetProperty(doc, "Blocks").Object(), "Add", {Pt(0, 0), Variant(name)}).Object();
+  }
+  // A reference to block `name` in `space`.
+  static ObjectRef Insert(const ObjectRef& space, const char* name, geometry::Vec3 at,
+                          geometry::Vec3 scale = {1, 1, 1}, double rotation = 0) {
+    return CallMethod(space, "InsertBlock", {Pt(at.x, at.y, at.z), Variant(name), Variant(scale.x),
+                                             Variant(scale.y), Variant(scale.z), Variant(rotation)})
+        .Object();
+  }
+  // An entity of a kind that only comes from drawing files, made as the
+  // reader makes it and appended to model space.
+  template <class K>
+  K* Loaded(typename K::Data data) {
+    K* e = document().Create<K>();
+    document().InitEntity(e);
+    e->mutable_data() = std::move(data);
+    document().model_space()->Append(e);
+    return e;
+  }
+  // A ray or construction line as a drawing file brings it in: base point
+  // and unit direction.
+  ObjectRef Infinite(host::GenericKind kind, geometry::Vec3 base, geometry::Vec3 direction) {
+    host::GenericEntity::Data d;
+    d.kind = kind;
+    d.dxf_name = kind == host::GenericKind::kRay ? "RAY" : "XLINE";
+    d.points = {base, *geometry::Normalized(direction)};
+    return document().Ref(Loaded<host::GenericEntity>(std::move(d)));
+  }
+
   // A line in model space of `document` from (x, 0, 0) to (x + 1, 1, 0).
   static ObjectRef AddLine(const ObjectRef& document, double x) {
     ObjectRef space = GetProperty(document, "ModelSpace").Object();

@@ -41,35 +41,6 @@ TEST(Application, StartsWithOneActiveDrawing) {
   EXPECT_NE(CLngLng(GetProperty(app, "hwnd")), 0);
 }
 
-TEST(Application, DocumentsErrors) {
-  auto app = Application::Create();
-  ObjectRef docs = GetProperty(app, "Documents").Object();
-  struct Case {
-    const char* what;
-    std::function<void()> statement;
-    int32_t number;
-    const char* text;
-  } cases[] = {
-      {"index past the end", [&] { CallMethod(docs, "Item", {Variant(int32_t{1})}); },
-       kScodeKeyNotFound, "Key not found"},
-      {"negative index", [&] { CallMethod(docs, "Item", {Variant(int16_t{-1})}); },
-       kScodeKeyNotFound, "Key not found"},
-      {"unknown name", [&] { CallMethod(docs, "Item", {Variant("Drawing9.dwg")}); },
-       kScodeKeyNotFound, "Key not found"},
-      {"GetVariable belongs to the document", [&] { CallMethod(app, "GetVariable", {Variant("CLAYER")}); },
-       kErrNotSupported, "Object doesn't support this property or method"},
-      {"ActiveDocument set to a non-document",
-       [&] { SetProperty(app, "ActiveDocument", docs); }, kScodeInvalidArgument,
-       "Invalid argument ActiveDocument in ActiveDocument"},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.what);
-    AutomationError r = ErrorOf(c.statement);
-    EXPECT_EQ(r.Number(), c.number);
-    EXPECT_EQ(r.Description(), c.text);
-  }
-}
-
 TEST(Application, EventsFollowDocumentLife) {
   auto app = Application::Create();
   auto sink = std::make_shared<Recorder>(app);

@@ -51,33 +51,6 @@ TEST_F(EntitiesTest, ColourObjectIsDetachedUntilAssignedBack) {
   EXPECT_EQ(r.Description(), "Invalid input");
 }
 
-TEST_F(EntitiesTest, CommonPropertyErrors) {
-  ObjectRef line = Line(0, 0, 1, 0);
-  struct Case {
-    const char* property;
-    Variant value;
-    const char* text;
-  } cases[] = {
-      {"Linetype", Variant("Dashed"), "Key not found"},
-      {"Material", Variant("Gold"), "Key not found"},
-      {"LinetypeScale", Variant(0.0), "Invalid input"},
-      {"Lineweight", Variant(int32_t{17}), "Invalid input"},
-      {"Normal", Pt(0, 0, 0), "Invalid input"},
-      {"StartPoint", Variant(1.0), "Invalid argument StartPoint in StartPoint"},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.property);
-    AutomationError r = ErrorOf([&] { LetProperty(line, c.property, c.value); });
-    EXPECT_EQ(r.Description(), c.text);
-  }
-  EXPECT_EQ(Doubles(GetProperty(line, "StartPoint")), (std::vector<double>{0, 0, 0}));
-  // Members a kind lacks.
-  EXPECT_EQ(ErrorOf([&] { GetProperty(ms, "Thickness"); }).Number(), kErrNotSupported);
-  ObjectRef mtext = CallMethod(ms, "AddMText", {Pt(0, 0), Variant(1.0), Variant("m")}).Object();
-  EXPECT_EQ(ErrorOf([&] { GetProperty(mtext, "Thickness"); }).Number(), kErrNotSupported);
-  EXPECT_EQ(ErrorOf([&] { GetProperty(line, "Elevation"); }).Number(), kErrNotSupported);
-}
-
 TEST_F(EntitiesTest, CurvesComputeWhatTheHostComputes) {
   ObjectRef arc =
       CallMethod(ms, "AddArc", {Pt(0, 0), Variant(2.0), Variant(-kPi / 2), Variant(kPi / 2)})
@@ -94,8 +67,7 @@ TEST_F(EntitiesTest, CurvesComputeWhatTheHostComputes) {
   EXPECT_EQ(ErrorOf([&] { CallMethod(ms, "AddCircle", {Pt(0, 0), Variant(0.0)}); }).Description(),
             "Invalid input");
   // A unit square with one half-circle side (bulge 1 on the right edge).
-  ObjectRef pl = CallMethod(ms, "AddLightWeightPolyline",
-                            {DoublesValue({0, 0, 1, 0, 1, 1, 0, 1})}).Object();
+  ObjectRef pl = Polyline({0, 0, 1, 0, 1, 1, 0, 1});
   LetProperty(pl, "Closed", Variant(true));
   CallMethod(pl, "SetBulge", {Variant(int16_t{1}), Variant(1.0)});
   EXPECT_NEAR(CDbl(GetProperty(pl, "Length")), 3 + kPi / 2, 1e-12);

@@ -5,7 +5,7 @@
 
 #include "host/core/host_error.h"
 #include "host/entities/kinds.h"
-#include "tests/support/host_fixture.h"
+#include "tests/support/geometry_checks.h"
 
 namespace tovik::host {
 namespace {
@@ -23,40 +23,30 @@ class SelectionTest : public HostTest {
               .Object();
     circle = CallMethod(ms, "AddCircle", {Pt(3, 3), Variant(1.0)}).Object();
   }
-  std::set<std::string> Handles() {
-    std::set<std::string> out;
-    for (const Variant& e : ForEach(ss)) out.insert(CStr(GetProperty(e.Object(), "Handle")));
-    return out;
-  }
-  std::set<std::string> Of(std::initializer_list<ObjectRef> objects) {
-    std::set<std::string> out;
-    for (const auto& o : objects) out.insert(CStr(GetProperty(o, "Handle")));
-    return out;
-  }
+  std::set<std::string> Handles() { return MemberHandles(ss); }
   void Run(const char* member, std::initializer_list<Variant> args) {
     CallMethod(ss, "Clear");
     CallMethod(ss, member, args);
   }
-  Variant Flat(std::initializer_list<double> xyz) { return Variant(SafeArray::OfDoubles(xyz)); }
 
   ObjectRef ss, inside, crossing, touching, arc, circle;
 };
 
 TEST_F(SelectionTest, WindowCrossingAndFenceDifferOnTheSameShapes) {
   Run("Select", {Variant(int32_t(0)), Pt(0, 0), Pt(6.2, 6.2)});
-  EXPECT_EQ(Handles(), Of({inside, touching, circle}));
+  EXPECT_EQ(Handles(), HandlesOf({inside, touching, circle}));
   Run("Select", {Variant(int32_t(1)), Pt(0, 0), Pt(6.2, 6.2)});
-  EXPECT_EQ(Handles(), Of({inside, crossing, touching, circle}));  // not the arc
+  EXPECT_EQ(Handles(), HandlesOf({inside, crossing, touching, circle}));  // not the arc
   // A fence along y = 3 crosses the circle and the vertical line at x = 5.
-  Run("SelectByPolygon", {Variant(int32_t(2)), Flat({0, 3, 0, 10, 3, 0})});
-  EXPECT_EQ(Handles(), Of({circle, touching}));
+  Run("SelectByPolygon", {Variant(int32_t(2)), Doubles({0, 3, 0, 10, 3, 0})});
+  EXPECT_EQ(Handles(), HandlesOf({circle, touching}));
   // Triangle (0,0) (5,0) (0,5): the short line lies inside, the circle
   // crosses the hypotenuse (0.71 from its centre), the vertical line
   // touches the corner (5,0).
-  Run("SelectByPolygon", {Variant(int32_t(6)), Flat({0, 0, 0, 5, 0, 0, 0, 5, 0})});
-  EXPECT_EQ(Handles(), Of({inside}));
-  Run("SelectByPolygon", {Variant(int32_t(7)), Flat({0, 0, 0, 5, 0, 0, 0, 5, 0})});
-  EXPECT_EQ(Handles(), Of({inside, circle, touching}));
+  Run("SelectByPolygon", {Variant(int32_t(6)), Doubles({0, 0, 0, 5, 0, 0, 0, 5, 0})});
+  EXPECT_EQ(Handles(), HandlesOf({inside}));
+  Run("SelectByPolygon", {Variant(int32_t(7)), Doubles({0, 0, 0, 5, 0, 0, 0, 5, 0})});
+  EXPECT_EQ(Handles(), HandlesOf({inside, circle, touching}));
 }
 
 TEST_F(SelectionTest, SkipsHiddenEntitiesButAllSeesThem) {
@@ -66,7 +56,7 @@ TEST_F(SelectionTest, SkipsHiddenEntitiesButAllSeesThem) {
   LetProperty(frozen, "Freeze", Variant(true));
   LetProperty(circle, "Visible", Variant(false));
   Run("Select", {Variant(int32_t(0)), Pt(0, 0), Pt(6.2, 6.2)});
-  EXPECT_EQ(Handles(), Of({touching}));
+  EXPECT_EQ(Handles(), HandlesOf({touching}));
   Run("Select", {Variant(int32_t(5))});
   EXPECT_EQ(Handles().size(), 5u);
 }
@@ -74,22 +64,22 @@ TEST_F(SelectionTest, SkipsHiddenEntitiesButAllSeesThem) {
 TEST_F(SelectionTest, FollowsMovesErasesAndUndo) {
   CallMethod(inside, "Move", {Pt(0, 0), Pt(100, 0)});
   Run("Select", {Variant(int32_t(0)), Pt(0, 0), Pt(6.2, 6.2)});
-  EXPECT_EQ(Handles(), Of({touching, circle}));
+  EXPECT_EQ(Handles(), HandlesOf({touching, circle}));
   CallMethod(circle, "Delete");
   Run("Select", {Variant(int32_t(0)), Pt(0, 0), Pt(6.2, 6.2)});
-  EXPECT_EQ(Handles(), Of({touching}));
+  EXPECT_EQ(Handles(), HandlesOf({touching}));
   CallMethod(doc, "SendCommand", {Variant("_undo 2 ")});  // both steps back
   Run("Select", {Variant(int32_t(0)), Pt(0, 0), Pt(6.2, 6.2)});
-  EXPECT_EQ(Handles(), Of({inside, touching, circle}));
+  EXPECT_EQ(Handles(), HandlesOf({inside, touching, circle}));
 }
 
 TEST_F(SelectionTest, PickUsesTheApertureAndTakesTheTopObject) {
   // Aperture: PICKBOX 3 × VIEWSIZE 200 / 900 pixels = 0.667 units.
   ObjectRef low = Line(0, 20, 10, 20), top = Line(0, 20.1, 10, 20.1);
   Run("SelectAtPoint", {Pt(5, 20.5)});
-  EXPECT_EQ(Handles(), Of({top}));  // both in reach, the newer is on top
+  EXPECT_EQ(Handles(), HandlesOf({top}));  // both in reach, the newer is on top
   Run("SelectAtPoint", {Pt(5, 19.4)});
-  EXPECT_EQ(Handles(), Of({low}));  // 0.6 from low, 0.7 from top
+  EXPECT_EQ(Handles(), HandlesOf({low}));  // 0.6 from low, 0.7 from top
   Run("SelectAtPoint", {Pt(5, 21)});
   EXPECT_TRUE(Handles().empty());
 }
@@ -100,9 +90,9 @@ TEST_F(SelectionTest, PreviousAndLastAndAddingNeverDuplicates) {
   CallMethod(ss, "Select", {Variant(int32_t(1)), Pt(0, 0), Pt(1.5, 1.5)});
   EXPECT_EQ(CLng(GetProperty(ss, "Count")), 1);
   Run("Select", {Variant(int32_t(3))});
-  EXPECT_EQ(Handles(), Of({inside}));
+  EXPECT_EQ(Handles(), HandlesOf({inside}));
   Run("Select", {Variant(int32_t(4))});
-  EXPECT_EQ(Handles(), Of({circle}));
+  EXPECT_EQ(Handles(), HandlesOf({circle}));
 }
 
 TEST_F(SelectionTest, FiltersNestAndMatchWildcards) {
@@ -115,15 +105,15 @@ TEST_F(SelectionTest, FiltersNestAndMatchWildcards) {
   Variant fd(SafeArray::Of({Variant("<OR"), Variant("<AND"), Variant("line"), Variant("wall-#"),
                             Variant("AND>"), Variant(int16_t(1)), Variant("OR>")}));
   Run("Select", {Variant(int32_t(5)), Variant::Missing(), Variant::Missing(), ft, fd});
-  EXPECT_EQ(Handles(), Of({crossing, circle}));
+  EXPECT_EQ(Handles(), HandlesOf({crossing, circle}));
   // Not a line: the arc and the circle.
   Run("Select", {Variant(int32_t(1)), Pt(0, 0), Pt(10, 10), Codes({-4, 0, -4}),
                  Variant(SafeArray::Of({Variant("<NOT"), Variant("LINE"), Variant("NOT>")}))});
-  EXPECT_EQ(Handles(), Of({circle, arc}));
+  EXPECT_EQ(Handles(), HandlesOf({circle, arc}));
   // Radius (40) against a number: the circle's 1 is below 1.2, the arc's 1.5 is not.
   Run("Select", {Variant(int32_t(5)), Variant::Missing(), Variant::Missing(), Codes({-4, 40}),
                  Variant(SafeArray::Of({Variant("<"), Variant(1.2)}))});
-  EXPECT_EQ(Handles(), Of({circle}));
+  EXPECT_EQ(Handles(), HandlesOf({circle}));
 }
 
 TEST_F(SelectionTest, RefusesBadModesPointsAndFilters) {

@@ -22,16 +22,7 @@ class SelectionMoreTest : public HostTest {
     HostTest::SetUp();
     ss = CallMethod(GetProperty(doc, "SelectionSets").Object(), "Add", {Variant("M")}).Object();
   }
-  std::set<std::string> Handles() {
-    std::set<std::string> out;
-    for (const Variant& e : ForEach(ss)) out.insert(CStr(GetProperty(e.Object(), "Handle")));
-    return out;
-  }
-  static std::set<std::string> Of(std::initializer_list<ObjectRef> objects) {
-    std::set<std::string> out;
-    for (const auto& o : objects) out.insert(CStr(GetProperty(o, "Handle")));
-    return out;
-  }
+  std::set<std::string> Handles() { return MemberHandles(ss); }
   std::set<std::string> Window(int32_t mode, Variant p1, Variant p2) {
     CallMethod(ss, "Clear");
     CallMethod(ss, "Select", {Variant(mode), p1, p2});
@@ -61,13 +52,12 @@ class SelectionMoreTest : public HostTest {
 
 TEST_F(SelectionMoreTest, UndoOfAGroupRestoresWhatWindowsSee) {
   ObjectRef a = Line(1, 1, 2, 2), b = Line(3, 3, 4, 4);
-  ObjectRef block = CallMethod(GetProperty(doc, "Blocks").Object(), "Add", {Pt(0, 0), Variant("B")}).Object();
+  ObjectRef block = AddBlock("B");
   CallMethod(block, "AddLine", {Pt(0, 0), Pt(1, 0)});
-  ObjectRef ref = CallMethod(ms, "InsertBlock", {Pt(10, 10), Variant("B"), Variant(1.0), Variant(1.0),
-                                                 Variant(1.0), Variant(0.0)}).Object();
+  ObjectRef ref = Insert(ms, "B", {10, 10, 0});
   // The first query builds the index; later ones must follow the edits.
-  ASSERT_EQ(Window(kWindow, Pt(0, 0), Pt(5, 5)), Of({a, b}));
-  ASSERT_EQ(Window(kWindow, Pt(9, 9), Pt(12, 12)), Of({ref}));
+  ASSERT_EQ(Window(kWindow, Pt(0, 0), Pt(5, 5)), HandlesOf({a, b}));
+  ASSERT_EQ(Window(kWindow, Pt(9, 9), Pt(12, 12)), HandlesOf({ref}));
   CallMethod(doc, "StartUndoMark");
   CallMethod(a, "Move", {Pt(0, 0), Pt(100, 0)});
   CallMethod(b, "Delete");
@@ -76,14 +66,14 @@ TEST_F(SelectionMoreTest, UndoOfAGroupRestoresWhatWindowsSee) {
   // The definition grows to (15,15) at the reference: no longer inside.
   CallMethod(block, "AddLine", {Pt(0, 0), Pt(5, 5)});
   CallMethod(doc, "EndUndoMark");
-  EXPECT_EQ(Window(kWindow, Pt(0, 0), Pt(5, 5)), Of({c}));
-  EXPECT_EQ(Window(kWindow, Pt(100, 0), Pt(103, 3)), Of({a}));
+  EXPECT_EQ(Window(kWindow, Pt(0, 0), Pt(5, 5)), HandlesOf({c}));
+  EXPECT_EQ(Window(kWindow, Pt(100, 0), Pt(103, 3)), HandlesOf({a}));
   EXPECT_TRUE(Window(kWindow, Pt(9, 9), Pt(12, 12)).empty());
   CallMethod(doc, "SendCommand", {Variant("Undo 1 ")});
   // One step back undoes the whole group.
-  EXPECT_EQ(Window(kWindow, Pt(0, 0), Pt(5, 5)), Of({a, b}));
+  EXPECT_EQ(Window(kWindow, Pt(0, 0), Pt(5, 5)), HandlesOf({a, b}));
   EXPECT_TRUE(Window(kCrossing, Pt(100, 0), Pt(103, 3)).empty());
-  EXPECT_EQ(Window(kWindow, Pt(9, 9), Pt(12, 12)), Of({ref}));
+  EXPECT_EQ(Window(kWindow, Pt(9, 9), Pt(12, 12)), HandlesOf({ref}));
   ExpectBox(ref, {10, 10, 0}, {11, 10, 0});
 }
 
@@ -97,8 +87,8 @@ TEST_F(SelectionMoreTest, WindowsAreJudgedInThePlanOfATurnedUcs) {
   Line(0.2, 0.5, 0.3, 0.5);                  // |y| > x all along: outside the diamond
   ObjectRef across = Line(1, 0, 1, 3);       // leaves the diamond at its corner (1,1)
   Line(5, 5, 6, 6);                          // far away
-  EXPECT_EQ(Window(kWindow, Pt(0, 0), Pt(2, 0)), Of({inside}));
-  EXPECT_EQ(Window(kCrossing, Pt(0, 0), Pt(2, 0)), Of({inside, across}));
+  EXPECT_EQ(Window(kWindow, Pt(0, 0), Pt(2, 0)), HandlesOf({inside}));
+  EXPECT_EQ(Window(kCrossing, Pt(0, 0), Pt(2, 0)), HandlesOf({inside, across}));
   // In the WCS the same two corners make a window of no height.
   SetUcs({0, 0, 0}, {1, 0, 0}, {0, 1, 0});
   EXPECT_TRUE(Window(kWindow, Pt(0, 0), Pt(2, 0)).empty());
@@ -112,10 +102,10 @@ TEST_F(SelectionMoreTest, AFrontViewUcsJudgesInTheXzPlane) {
   // A circle in z = 0 is seen edge-on: the plan segment u ∈ [−1, 1], v = 0.
   ObjectRef circle = CallMethod(ms, "AddCircle", {Pt(0, 7, 0), Variant(1.0)}).Object();
   // Plan window (−1.5,−1)-(2,2); the WCS y of the corners does not matter.
-  EXPECT_EQ(Window(kWindow, Pt(-1.5, 0, -1), Pt(2, 40, 2)), Of({rising, circle}));
+  EXPECT_EQ(Window(kWindow, Pt(-1.5, 0, -1), Pt(2, 40, 2)), HandlesOf({rising, circle}));
   // A fence along plan v = 0.5 from u = −2 to 1 crosses the rising line at
   // u = 0.5 and nothing else: the circle and the far line are at v = 0.
-  EXPECT_EQ(Polygon(kFence, Doubles({-2, 0, 0.5, 1, 0, 0.5})), Of({rising}));
+  EXPECT_EQ(Polygon(kFence, Doubles({-2, 0, 0.5, 1, 0, 0.5})), HandlesOf({rising}));
 }
 
 TEST_F(SelectionMoreTest, PickPointsAreInTheUcs) {
@@ -123,9 +113,9 @@ TEST_F(SelectionMoreTest, PickPointsAreInTheUcs) {
   SetUcs({10, 0, 0}, {0, 1, 0}, {-1, 0, 0});
   ObjectRef target = Line(9, 5, 11, 5);
   ObjectRef decoy = Line(4, -1, 6, 1);  // passes through WCS (5,0)
-  EXPECT_EQ(Pick(Pt(5, 0)), Of({target}));
+  EXPECT_EQ(Pick(Pt(5, 0)), HandlesOf({target}));
   // UCS (0,5) is WCS (5,0): the decoy.
-  EXPECT_EQ(Pick(Pt(0, 5)), Of({decoy}));
+  EXPECT_EQ(Pick(Pt(0, 5)), HandlesOf({decoy}));
 }
 
 TEST_F(SelectionMoreTest, CurvesAreJudgedByTheCurveNotTheirChord) {
@@ -133,7 +123,7 @@ TEST_F(SelectionMoreTest, CurvesAreJudgedByTheCurveNotTheirChord) {
   ObjectRef arc = CallMethod(ms, "AddArc", {Pt(0, 0), Variant(2.0), Variant(kPi / 6), Variant(5 * kPi / 6)}).Object();
   // Polyline (−1,−10)-(1,−10) with bulge −1: the half circle above the
   // chord, through (0,−9).
-  ObjectRef pl = CallMethod(ms, "AddLightWeightPolyline", {Doubles({-1, -10, 1, -10})}).Object();
+  ObjectRef pl = Polyline({-1, -10, 1, -10});
   CallMethod(pl, "SetBulge", {Variant(int16_t(0)), Variant(-1.0)});
   const struct {
     const char* what;
@@ -143,15 +133,15 @@ TEST_F(SelectionMoreTest, CurvesAreJudgedByTheCurveNotTheirChord) {
   } cases[] = {
       // The chord's ends are inside y ≤ 1.5, the top (0,2) is not.
       {"window holding the chord only", kWindow, Pt(-2, 0), Pt(2, 1.5), {}},
-      {"crossing holding the chord only", kCrossing, Pt(-2, 0), Pt(2, 1.5), Of({arc})},
+      {"crossing holding the chord only", kCrossing, Pt(-2, 0), Pt(2, 1.5), HandlesOf({arc})},
       // Boundary: the top touches the window's edge y = 2 from inside.
-      {"window up to the top", kWindow, Pt(-2, 0), Pt(2, 2), Of({arc})},
+      {"window up to the top", kWindow, Pt(-2, 0), Pt(2, 2), HandlesOf({arc})},
       // At y = 1.9 the arc is at x = ±√(4 − 3.61) = ±0.62, within 30°..150°.
-      {"fence across the bulge", kFence, Doubles({-3, 1.9, 0, 3, 1.9, 0}), {}, Of({arc})},
+      {"fence across the bulge", kFence, Doubles({-3, 1.9, 0, 3, 1.9, 0}), {}, HandlesOf({arc})},
       // At y = 0.5 only the (absent) chord's extension would be met.
       {"fence under the arc", kFence, Doubles({-3, 0.5, 0, 3, 0.5, 0}), {}, {}},
       {"polyline window around the chord", kWindow, Pt(-1, -10.5), Pt(1, -9.5), {}},
-      {"polyline crossing around the chord", kCrossing, Pt(-1, -10.5), Pt(1, -9.5), Of({pl})},
+      {"polyline crossing around the chord", kCrossing, Pt(-1, -10.5), Pt(1, -9.5), HandlesOf({pl})},
       // A small triangle around the chord's midpoint (0,−10): the curve
       // is 1 above it, so a crossing polygon there finds nothing.
       {"crossing polygon on the chord's middle", kCrossingPolygon,
@@ -170,41 +160,33 @@ TEST_F(SelectionMoreTest, ConcavePolygonsJudgeTheWholeSegment) {
   // Both ends in the arms, the middle (1.75,1.75) out of the L.
   ObjectRef diagonal = Line(0.5, 3, 3, 0.5);
   ObjectRef in_arm = Line(0.5, 0.5, 3.5, 0.5);
-  EXPECT_EQ(Polygon(kWindowPolygon, l_shape), Of({in_arm}));
-  EXPECT_EQ(Polygon(kCrossingPolygon, l_shape), Of({in_arm, diagonal}));
+  EXPECT_EQ(Polygon(kWindowPolygon, l_shape), HandlesOf({in_arm}));
+  EXPECT_EQ(Polygon(kCrossingPolygon, l_shape), HandlesOf({in_arm, diagonal}));
 }
 
 TEST_F(SelectionMoreTest, RaysAreCrossedButNeverInsideAWindow) {
   // A ray from (10,0) along +X and a construction line along y = 20, as a
   // drawing file brings them in (base point, unit direction).
-  auto infinite = [&](GenericKind kind, geometry::Vec3 base, geometry::Vec3 dir) {
-    auto* e = document().Create<GenericEntity>();
-    document().InitEntity(e);
-    e->mutable_data().kind = kind;
-    e->mutable_data().points = {base, dir};
-    document().model_space()->Append(e);
-    return document().Ref(e);
-  };
-  ObjectRef ray = infinite(GenericKind::kRay, {10, 0, 0}, {1, 0, 0});
-  ObjectRef xline = infinite(GenericKind::kXLine, {0, 20, 0}, {1, 0, 0});
+  ObjectRef ray = Infinite(GenericKind::kRay, {10, 0, 0}, {1, 0, 0});
+  ObjectRef xline = Infinite(GenericKind::kXLine, {0, 20, 0}, {1, 0, 0});
   // Far out along the ray, well away from where the index holds boxes.
-  EXPECT_EQ(Window(kCrossing, Pt(1000, -1), Pt(1001, 1)), Of({ray}));
+  EXPECT_EQ(Window(kCrossing, Pt(1000, -1), Pt(1001, 1)), HandlesOf({ray}));
   EXPECT_TRUE(Window(kWindow, Pt(1000, -1), Pt(1001, 1)).empty());
   // Behind the ray's base: nothing to cross.
   EXPECT_TRUE(Window(kCrossing, Pt(0, -1), Pt(9, 1)).empty());
   // The construction line runs both ways.
-  EXPECT_EQ(Window(kCrossing, Pt(-500, 19), Pt(-499, 21)), Of({xline}));
-  EXPECT_EQ(Polygon(kFence, Doubles({-7, 30, 0, -7, 10, 0})), Of({xline}));
+  EXPECT_EQ(Window(kCrossing, Pt(-500, 19), Pt(-499, 21)), HandlesOf({xline}));
+  EXPECT_EQ(Polygon(kFence, Doubles({-7, 30, 0, -7, 10, 0})), HandlesOf({xline}));
   EXPECT_TRUE(Window(kWindow, Pt(-1000, 0), Pt(1000, 30)).empty());
 }
 
 TEST_F(SelectionMoreTest, DegenerateInputGivesTheHostsErrorOrASelection) {
   // A zero-length line is a point: windows, fences and picks find it.
   ObjectRef dot = Line(2, 2, 2, 2);
-  EXPECT_EQ(Window(kWindow, Pt(1, 1), Pt(3, 3)), Of({dot}));
-  EXPECT_EQ(Window(kCrossing, Pt(1, 1), Pt(3, 3)), Of({dot}));
-  EXPECT_EQ(Polygon(kFence, Doubles({0, 2, 0, 4, 2, 0})), Of({dot}));
-  EXPECT_EQ(Pick(Pt(2.1, 2)), Of({dot}));
+  EXPECT_EQ(Window(kWindow, Pt(1, 1), Pt(3, 3)), HandlesOf({dot}));
+  EXPECT_EQ(Window(kCrossing, Pt(1, 1), Pt(3, 3)), HandlesOf({dot}));
+  EXPECT_EQ(Polygon(kFence, Doubles({0, 2, 0, 4, 2, 0})), HandlesOf({dot}));
+  EXPECT_EQ(Pick(Pt(2.1, 2)), HandlesOf({dot}));
   const double nan = std::nan("");
   const struct {
     const char* what;

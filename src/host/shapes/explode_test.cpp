@@ -15,14 +15,8 @@ using geometry::Vec3;
 
 class ExplodeTest : public HostTest {
  protected:
-  ObjectRef Block(const char* name) {
-    return CallMethod(GetProperty(doc, "Blocks").Object(), "Add", {Pt(0, 0), Variant(name)}).Object();
-  }
-  ObjectRef Insert(const ObjectRef& space, const char* name, Vec3 at, Vec3 scale, double rotation) {
-    return CallMethod(space, "InsertBlock", {Pt(at.x, at.y, at.z), Variant(name), Variant(scale.x),
-                                             Variant(scale.y), Variant(scale.z), Variant(rotation)})
-        .Object();
-  }
+
+
   static std::vector<ObjectRef> Pieces(const Variant& exploded) {
     std::vector<ObjectRef> out;
     const SafeArray& a = exploded.Array();
@@ -35,7 +29,7 @@ class ExplodeTest : public HostTest {
 TEST_F(ExplodeTest, PolylineOnNegativeZGivesPiecesInItsPlane) {
   // OCS of −Z: (x, y, z) is WCS (−x, y, −z). Vertices (0,0), (2,0), (2,2)
   // at elevation 3 are WCS (0,0,−3), (−2,0,−3), (−2,2,−3).
-  ObjectRef pl = CallMethod(ms, "AddLightWeightPolyline", {Doubles({0, 0, 2, 0, 2, 2})}).Object();
+  ObjectRef pl = Polyline({0, 0, 2, 0, 2, 2});
   CallMethod(pl, "SetBulge", {Variant(int16_t(1)), Variant(1.0)});
   LetProperty(pl, "Normal", Pt(0, 0, -1));
   LetProperty(pl, "Elevation", Variant(3.0));
@@ -61,7 +55,7 @@ TEST_F(ExplodeTest, PolylineOnNegativeZGivesPiecesInItsPlane) {
 }
 
 TEST_F(ExplodeTest, BlockReferencePiecesFollowMirrorScaleAndGrid) {
-  ObjectRef quarter = Block("Q");
+  ObjectRef quarter = AddBlock("Q");
   CallMethod(quarter, "AddArc", {Pt(0, 0), Variant(1.0), Variant(0.0), Variant(kPi / 2)});
   {
     SCOPED_TRACE("mirrored: still an arc, its ends swapped");
@@ -87,7 +81,7 @@ TEST_F(ExplodeTest, BlockReferencePiecesFollowMirrorScaleAndGrid) {
   }
   {
     SCOPED_TRACE("a grid of two columns 3 apart gives a copy per cell");
-    ObjectRef stick = Block("STICK");
+    ObjectRef stick = AddBlock("STICK");
     CallMethod(stick, "AddLine", {Pt(0, 0), Pt(1, 0)});
     ObjectRef grid = Insert(ms, "STICK", {0, 10, 0}, {1, 1, 1}, 0);
     auto& d = As<BlockRef>(grid.get())->mutable_data();
@@ -102,7 +96,7 @@ TEST_F(ExplodeTest, BlockReferencePiecesFollowMirrorScaleAndGrid) {
 }
 
 TEST_F(ExplodeTest, AttributeDefinitionsComeBackAndReferencesAreDropped) {
-  ObjectRef b = Block("TAGGED");
+  ObjectRef b = AddBlock("TAGGED");
   CallMethod(b, "AddLine", {Pt(0, 0), Pt(1, 0)});
   CallMethod(b, "AddAttribute", {Variant(1.0), Variant(int32_t(0)), Variant("P"), Pt(0, 2),
                                  Variant("TAG"), Variant("DEFAULT")});
@@ -117,15 +111,15 @@ TEST_F(ExplodeTest, AttributeDefinitionsComeBackAndReferencesAreDropped) {
 }
 
 TEST_F(ExplodeTest, RefusalsLeaveTheDrawingAsItWas) {
-  ObjectRef inner = Block("INNER");
+  ObjectRef inner = AddBlock("INNER");
   CallMethod(inner, "AddLine", {Pt(0, 0), Pt(1, 0)});
-  ObjectRef outer = Block("OUTER");
+  ObjectRef outer = AddBlock("OUTER");
   CallMethod(outer, "AddLine", {Pt(0, 0), Pt(0, 1)});
   Insert(outer, "INNER", {0, 0, 0}, {1, 1, 1}, kPi / 4);
   // Stretched along X, the nested reference turned 45° would be sheared:
   // no scale factors and rotation can hold it.
   ObjectRef stretched = Insert(ms, "OUTER", {0, 0, 0}, {2, 1, 1}, 0);
-  ObjectRef locked_block = Block("FIXED");
+  ObjectRef locked_block = AddBlock("FIXED");
   CallMethod(locked_block, "AddLine", {Pt(0, 0), Pt(1, 0)});
   LetProperty(locked_block, "Explodable", Variant(false));
   ObjectRef fixed = Insert(ms, "FIXED", {0, 0, 0}, {1, 1, 1}, 0);
@@ -147,7 +141,7 @@ TEST_F(ExplodeTest, RefusalsLeaveTheDrawingAsItWas) {
     EXPECT_EQ(Count(), before);  // no half-made pieces left behind
   }
   // An empty block explodes into an empty array.
-  Block("EMPTY");
+  AddBlock("EMPTY");
   const Variant none = CallMethod(Insert(ms, "EMPTY", {0, 0, 0}, {1, 1, 1}, 0), "Explode");
   ASSERT_TRUE(none.IsArray());
   EXPECT_EQ(none.Array().UBound(1), -1);

@@ -7,48 +7,18 @@
 #include "geometry/matrix.h"
 #include "host/core/host_error.h"
 #include "host/entities/kinds.h"
-#include "tests/support/host_fixture.h"
-#include "tests/support/geometry.h"
+#include "tests/support/geometry_checks.h"
 
 namespace tovik::host {
 namespace {
 
 using geometry::Vec3;
-constexpr double kTol = 1e-9;
-
-Vec3 V(const Variant& v) {
-  auto d = v.Array().ToDoubles();
-  return {d[0], d[1], d[2]};
-}
 
 class GeometryTest : public HostTest {
  protected:
-  // GetBoundingBox through the automation surface.
-  std::pair<Vec3, Vec3> Box(const ObjectRef& e) {
-    std::vector<Variant> args(2);
-    CallMethodRef(e, "GetBoundingBox", args);
-    return {V(args[0]), V(args[1])};
-  }
-  void ExpectBox(const ObjectRef& e, Vec3 lo, Vec3 hi) {
-    auto [a, b] = Box(e);
-    EXPECT_TRUE(geometry::IsClose(a, lo, kTol)) << a << " vs " << lo;
-    EXPECT_TRUE(geometry::IsClose(b, hi, kTol)) << b << " vs " << hi;
-  }
-  ObjectRef Block(const char* name) {
-    return CallMethod(GetProperty(doc, "Blocks").Object(), "Add", {Pt(0, 0), Variant(name)}).Object();
-  }
-  ObjectRef Insert(const ObjectRef& space, const char* name, Vec3 at, Vec3 s, double rot) {
-    return CallMethod(space, "InsertBlock",
-                      {Pt(at.x, at.y, at.z), Variant(name), Variant(s.x), Variant(s.y), Variant(s.z),
-                       Variant(rot)})
-        .Object();
-  }
-  std::vector<double> Intersect(const ObjectRef& a, const ObjectRef& b, int option) {
-    Variant r = CallMethod(a, "IntersectWith", {Variant(b), Variant(int32_t(option))});
-    EXPECT_TRUE(r.IsArray());
-    EXPECT_EQ(r.Array().ElementType(), VarType::kDouble);
-    return r.Array().ToDoubles();
-  }
+
+
+
 };
 
 TEST_F(GeometryTest, CurveExtentsIncludeArcExtremesAndBulges) {
@@ -56,8 +26,7 @@ TEST_F(GeometryTest, CurveExtentsIncludeArcExtremesAndBulges) {
   ObjectRef arc = CallMethod(ms, "AddArc", {Pt(0, 0), Variant(2.0), Variant(kPi / 4), Variant(3 * kPi / 4)}).Object();
   ExpectBox(arc, {-std::sqrt(2.0), std::sqrt(2.0), 0}, {std::sqrt(2.0), 2, 0});
   // Bulge +1 from (0,0) to (2,0) runs counter-clockwise: below the chord.
-  ObjectRef pl = CallMethod(ms, "AddLightWeightPolyline",
-                            {Variant(SafeArray::OfDoubles({0, 0, 2, 0}))}).Object();
+  ObjectRef pl = Polyline({0, 0, 2, 0});
   CallMethod(pl, "SetBulge", {Variant(int16_t(0)), Variant(1.0)});
   ExpectBox(pl, {0, -1, 0}, {2, 0, 0});
   CallMethod(pl, "SetBulge", {Variant(int16_t(0)), Variant(-1.0)});  // bulge −1: above
@@ -81,13 +50,13 @@ TEST_F(GeometryTest, TextExtentsFollowTheFontModelAndAlignment) {
   LetProperty(t, "TextAlignmentPoint", Pt(0, 0));
   ExpectBox(t, {-2.4, -1, 0}, {2.4, 1, 0});
   LetProperty(t, "TextString", Variant(""));
-  const AutomationError r = ErrorOf([&] { Box(t); });
+  const AutomationError r = ErrorOf([&] { BoxOf(t); });
   EXPECT_EQ(r.Number(), -2145386458);
   EXPECT_EQ(r.Description(), "Null extents");
 }
 
 TEST_F(GeometryTest, BlockReferenceExtentsAreTheTransformedContents) {
-  ObjectRef b = Block("B");
+  ObjectRef b = AddBlock("B");
   CallMethod(b, "AddLine", {Pt(0, 0), Pt(1, 0)});
   CallMethod(b, "AddCircle", {Pt(2, 0), Variant(0.5)});
   // An attribute definition far away does not count.
@@ -110,7 +79,7 @@ TEST_F(GeometryTest, BlockReferenceExtentsAreTheTransformedContents) {
     ExpectBox(ref, c.lo, c.hi);
   }
   // Nested: N holds B at (5,0); N turned 180° puts B's parts at −5..−7.5.
-  ObjectRef n = Block("N");
+  ObjectRef n = AddBlock("N");
   Insert(n, "B", {5, 0, 0}, {1, 1, 1}, 0);
   ExpectBox(Insert(ms, "N", {0, 0, 0}, {1, 1, 1}, kPi), {-7.5, -0.5, 0}, {-5, 0.5, 0});
   // On a normal along +X, block X maps to WCS Y, block Y to WCS Z.
@@ -118,33 +87,33 @@ TEST_F(GeometryTest, BlockReferenceExtentsAreTheTransformedContents) {
   LetProperty(tilted, "Normal", Pt(1, 0, 0));
   ExpectBox(tilted, {0, 0, -0.5}, {0, 2.5, 0.5});
   // An empty block has no extents.
-  Block("EMPTY");
-  const AutomationError r = ErrorOf([&] { Box(Insert(ms, "EMPTY", {0, 0, 0}, {1, 1, 1}, 0)); });
+  AddBlock("EMPTY");
+  const AutomationError r = ErrorOf([&] { BoxOf(Insert(ms, "EMPTY", {0, 0, 0}, {1, 1, 1}, 0)); });
   EXPECT_EQ(r.Description(), "Null extents");
 }
 
 TEST_F(GeometryTest, TransformsMoveEveryPartAsHandComputed) {
   ObjectRef line = Line(0, 0, 1, 0);
   CallMethod(line, "Move", {Pt(0, 0), Pt(1, 2)});
-  EXPECT_TRUE(geometry::IsClose(V(GetProperty(line, "StartPoint")), {1, 2, 0}));
+  EXPECT_TRUE(geometry::IsClose(V3(GetProperty(line, "StartPoint")), {1, 2, 0}));
   ObjectRef circle = CallMethod(ms, "AddCircle", {Pt(2, 0), Variant(1.0)}).Object();
   CallMethod(circle, "Rotate", {Pt(0, 0), Variant(kPi / 2)});
-  EXPECT_TRUE(geometry::IsClose(V(GetProperty(circle, "Center")), {0, 2, 0}, kTol));
+  EXPECT_TRUE(geometry::IsClose(V3(GetProperty(circle, "Center")), {0, 2, 0}, kGeoTol));
   CallMethod(circle, "ScaleEntity", {Pt(0, 0), Variant(3.0)});
-  EXPECT_NEAR(CDbl(GetProperty(circle, "Radius")), 3.0, kTol);
-  EXPECT_TRUE(geometry::IsClose(V(GetProperty(circle, "Center")), {0, 6, 0}, kTol));
+  EXPECT_NEAR(CDbl(GetProperty(circle, "Radius")), 3.0, kGeoTol);
+  EXPECT_TRUE(geometry::IsClose(V3(GetProperty(circle, "Center")), {0, 6, 0}, kGeoTol));
   // Rotate3D a quarter turn about +X: the normal Z goes to −Y.
   CallMethod(circle, "Rotate3D", {Pt(0, 0), Pt(1, 0), Variant(kPi / 2)});
-  EXPECT_TRUE(geometry::IsClose(V(GetProperty(circle, "Normal")), {0, -1, 0}, kTol));
-  EXPECT_TRUE(geometry::IsClose(V(GetProperty(circle, "Center")), {0, 0, 6}, kTol));
+  EXPECT_TRUE(geometry::IsClose(V3(GetProperty(circle, "Normal")), {0, -1, 0}, kGeoTol));
+  EXPECT_TRUE(geometry::IsClose(V3(GetProperty(circle, "Center")), {0, 0, 6}, kGeoTol));
   // Mirror in the Y axis: a new arc from 90° to 180° about (−2, 0).
   ObjectRef arc = CallMethod(ms, "AddArc", {Pt(2, 0), Variant(1.0), Variant(0.0), Variant(kPi / 2)}).Object();
   ObjectRef copy = CallMethod(arc, "Mirror", {Pt(0, 0), Pt(0, 1)}).Object();
   EXPECT_FALSE(SameObject(copy, arc));
-  EXPECT_TRUE(geometry::IsClose(V(GetProperty(copy, "Center")), {-2, 0, 0}, kTol));
-  EXPECT_NEAR(CDbl(GetProperty(copy, "StartAngle")), kPi / 2, kTol);
-  EXPECT_NEAR(CDbl(GetProperty(copy, "EndAngle")), kPi, kTol);
-  EXPECT_TRUE(geometry::IsClose(V(GetProperty(arc, "Center")), {2, 0, 0}));  // original kept
+  EXPECT_TRUE(geometry::IsClose(V3(GetProperty(copy, "Center")), {-2, 0, 0}, kGeoTol));
+  EXPECT_NEAR(CDbl(GetProperty(copy, "StartAngle")), kPi / 2, kGeoTol);
+  EXPECT_NEAR(CDbl(GetProperty(copy, "EndAngle")), kPi, kGeoTol);
+  EXPECT_TRUE(geometry::IsClose(V3(GetProperty(arc, "Center")), {2, 0, 0}));  // original kept
 }
 
 TEST_F(GeometryTest, MirroredTextStaysReadableInTheMirroredBox) {
@@ -152,7 +121,7 @@ TEST_F(GeometryTest, MirroredTextStaysReadableInTheMirroredBox) {
   ObjectRef t = CallMethod(ms, "AddText", {Variant("AB"), Pt(1, 0), Variant(1.0)}).Object();
   ObjectRef m = CallMethod(t, "Mirror", {Pt(0, 0), Pt(0, 1)}).Object();
   ExpectBox(m, {-2.2, 0, 0}, {-1, 1, 0});
-  EXPECT_NEAR(CDbl(GetProperty(m, "Rotation")), 0.0, kTol);
+  EXPECT_NEAR(CDbl(GetProperty(m, "Rotation")), 0.0, kGeoTol);
   EXPECT_FALSE(CBool(GetProperty(m, "Backward")));
   // With MIRRTEXT 1 the glyphs mirror: same box, Backward set.
   document().sysvar_values()["MIRRTEXT"] = Variant(int16_t(1));
@@ -174,17 +143,17 @@ TEST_F(GeometryTest, RandomTransformsMatchTheMatrixAndInvertExactly) {
     // The same steps as one matrix, applied to the reference points.
     const auto m = geometry::Matrix4::Scaling(factor, base) *
                    *geometry::Matrix4::Rotation(base, {0, 0, 1}, angle);
-    EXPECT_TRUE(geometry::IsClose(V(GetProperty(line, "StartPoint")), m.TransformPoint(a), 1e-9));
-    EXPECT_TRUE(geometry::IsClose(V(GetProperty(line, "EndPoint")), m.TransformPoint(b), 1e-9));
+    EXPECT_TRUE(geometry::IsClose(V3(GetProperty(line, "StartPoint")), m.TransformPoint(a), 1e-9));
+    EXPECT_TRUE(geometry::IsClose(V3(GetProperty(line, "EndPoint")), m.TransformPoint(b), 1e-9));
     CallMethod(line, "ScaleEntity", {Pt(base.x, base.y), Variant(1 / factor)});
     CallMethod(line, "Rotate", {Pt(base.x, base.y), Variant(-angle)});
-    EXPECT_TRUE(geometry::IsClose(V(GetProperty(line, "StartPoint")), a, 1e-9));
-    EXPECT_TRUE(geometry::IsClose(V(GetProperty(line, "EndPoint")), b, 1e-9));
+    EXPECT_TRUE(geometry::IsClose(V3(GetProperty(line, "StartPoint")), a, 1e-9));
+    EXPECT_TRUE(geometry::IsClose(V3(GetProperty(line, "EndPoint")), b, 1e-9));
   }
 }
 
 TEST_F(GeometryTest, BlockReferenceTransformsCarryAttributes) {
-  ObjectRef b = Block("A");
+  ObjectRef b = AddBlock("A");
   CallMethod(b, "AddLine", {Pt(0, 0), Pt(1, 0)});
   CallMethod(b, "AddAttribute", {Variant(1.0), Variant(int32_t(0)), Variant("P"), Pt(0, 2),
                                  Variant("TAG"), Variant("X")});
@@ -193,11 +162,11 @@ TEST_F(GeometryTest, BlockReferenceTransformsCarryAttributes) {
   CallMethod(ref, "Rotate", {Pt(5, 0), Variant(kPi / 2)});
   ObjectRef att = CallMethod(ref, "GetAttributes").Array().At(0).Object();
   // (0,2) moved to (5,2), turned about (5,0) by 90°: (3,0).
-  EXPECT_TRUE(geometry::IsClose(V(GetProperty(att, "InsertionPoint")), {3, 0, 0}, kTol));
-  EXPECT_NEAR(CDbl(GetProperty(att, "Rotation")), kPi / 2, kTol);
+  EXPECT_TRUE(geometry::IsClose(V3(GetProperty(att, "InsertionPoint")), {3, 0, 0}, kGeoTol));
+  EXPECT_NEAR(CDbl(GetProperty(att, "Rotation")), kPi / 2, kGeoTol);
   // Mirrored copy: negative X scale, as the host gives it.
   ObjectRef mirrored = CallMethod(ref, "Mirror", {Pt(0, 0), Pt(0, 1)}).Object();
-  EXPECT_NEAR(CDbl(GetProperty(mirrored, "XScaleFactor")), -1, kTol);
+  EXPECT_NEAR(CDbl(GetProperty(mirrored, "XScaleFactor")), -1, kGeoTol);
 }
 
 }  // namespace

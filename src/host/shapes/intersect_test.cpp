@@ -16,20 +16,8 @@ using geometry::Vec3;
 
 class IntersectTest : public HostTest {
  protected:
-  ObjectRef Polyline(std::initializer_list<double> xy) {
-    return CallMethod(ms, "AddLightWeightPolyline", {Doubles(xy)}).Object();
-  }
-  // A ray or construction line as a drawing file brings it in: base point
-  // and unit direction.
-  ObjectRef Infinite(GenericKind kind, Vec3 base, Vec3 direction) {
-    auto* e = document().Create<GenericEntity>();
-    document().InitEntity(e);
-    e->mutable_data().kind = kind;
-    e->mutable_data().dxf_name = kind == GenericKind::kRay ? "RAY" : "XLINE";
-    e->mutable_data().points = {base, *geometry::Normalized(direction)};
-    document().model_space()->Append(e);
-    return document().Ref(e);
-  }
+
+
   struct Case {
     std::string what;
     ObjectRef a, b;
@@ -103,20 +91,16 @@ TEST_F(IntersectTest, EllipsesAndEllipticalArcs) {
 }
 
 TEST_F(IntersectTest, BlockReferencesIntersectByTheirBox) {
-  ObjectRef block = CallMethod(GetProperty(doc, "Blocks").Object(), "Add", {Pt(0, 0), Variant("RING")}).Object();
+  ObjectRef block = AddBlock("RING");
   CallMethod(block, "AddCircle", {Pt(0, 0), Variant(1.0)});
-  ObjectRef stick = CallMethod(GetProperty(doc, "Blocks").Object(), "Add", {Pt(0, 0), Variant("STICK")}).Object();
+  ObjectRef stick = AddBlock("STICK");
   CallMethod(stick, "AddLine", {Pt(0, 0), Pt(2, 0)});
-  auto insert = [&](const char* name, Vec3 at, double rotation) {
-    return CallMethod(ms, "InsertBlock", {Pt(at.x, at.y), Variant(name), Variant(1.0), Variant(1.0),
-                                          Variant(1.0), Variant(rotation)}).Object();
-  };
   // The ring's box is (9,−1)-(11,1). A line at y = 0.9 crosses the circle
   // at x = 10 ± 0.436 but the box at x = 9 and x = 11.
-  ObjectRef ring = insert("RING", {10, 0, 0}, 0);
+  ObjectRef ring = Insert(ms, "RING", {10, 0, 0});
   ObjectRef high = Line(0, 0.9, 20, 0.9);
   // The stick turned a quarter: its box is the segment (0,0)-(0,2).
-  ObjectRef turned = insert("STICK", {0, 0, 0}, kPi / 2);
+  ObjectRef turned = Insert(ms, "STICK", {0, 0, 0}, {1, 1, 1}, kPi / 2);
   ObjectRef across = Line(-1, 1, 1, 1), missing = Line(-1, 3, 1, 3);
   Check({
       {"line across the ring's box", high, ring, 0, {9, 0.9, 0, 11, 0.9, 0}},

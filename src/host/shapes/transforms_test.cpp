@@ -18,9 +18,7 @@ using geometry::Vec3;
 
 class TransformTest : public HostTest {
  protected:
-  ObjectRef Polyline(std::initializer_list<double> xy) {
-    return CallMethod(ms, "AddLightWeightPolyline", {Doubles(xy)}).Object();
-  }
+
   // A polyline (0,0)-(2,0) with bulge +1 (a half circle) on normal −Z.
   // The OCS of −Z has X = (−1,0,0) and Y = (0,1,0), so the vertices sit at
   // WCS (0,0,0) and (−2,0,0); the bulge runs counter-clockwise in the OCS,
@@ -40,16 +38,7 @@ class TransformTest : public HostTest {
     }
     return Variant(std::move(a));
   }
-  // An entity of a kind that only comes from drawing files, made the way
-  // the loader makes it and appended to model space.
-  template <class K>
-  K* Loaded(const typename K::Data& data) {
-    K* e = document().Create<K>();
-    document().InitEntity(e);
-    e->mutable_data() = data;
-    document().model_space()->Append(e);
-    return e;
-  }
+
 };
 
 TEST_F(TransformTest, PolylineOnNegativeZKeepsItsOcsAndFlipsBulgesOnlyWhenMirrored) {

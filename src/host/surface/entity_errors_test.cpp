@@ -17,11 +17,8 @@ TEST_F(SurfaceTest, EveryEntityMemberRefusesBadArguments) {
   ObjectRef empty_text = CallMethod(ms, "AddText", {Variant(""), Pt(0, 0), Variant(1.0)}).Object();
   ExpectErrors({
       {"read-only", line, "Handle", Op::kLet, {Variant("1F")}, kNotSupported},
-      {"read-only", line, "ObjectID", Op::kLet, {Variant(int64_t{1})}, kNotSupported},
-      {"read-only", line, "ObjectID32", Op::kLet, {Variant(int32_t{1})}, kNotSupported},
       {"no name", line, "PlotStyleName", Op::kLet, {Variant::Missing()},
        "Invalid argument PlotStyleName in PlotStyleName"},
-      {"read-only", line, "OwnerID", Op::kLet, {Variant(int64_t{1})}, kNotSupported},
       {"read-only", line, "Document", Op::kSet, {Variant(doc)}, kNotSupported},
       {"unknown layer", line, "Layer", Op::kLet, {Variant("Nope")}, "Key not found"},
       {"unknown linetype", line, "LineType", Op::kLet, {Variant("Nope")}, "Key not found"},
@@ -31,6 +28,8 @@ TEST_F(SurfaceTest, EveryEntityMemberRefusesBadArguments) {
        "Invalid argument TrueColor in TrueColor"},
       {"unknown material", line, "Material", Op::kLet, {Variant("Nope")}, "Key not found"},
       {"not a Boolean", line, "Visible", Op::kLet, {Variant("no")}, "Type mismatch"},
+      {"not a point", line, "StartPoint", Op::kLet, {Variant(1.0)},
+       "Invalid argument StartPoint in StartPoint"},
       {"zero vector", circle, "Normal", Op::kLet, {Pt(0, 0, 0)}, "Invalid input"},
       {"not on a block reference", ref, "Thickness", Op::kGet, {}, kNotSupported},
       {"not on a line", line, "Elevation", Op::kGet, {}, kNotSupported},
