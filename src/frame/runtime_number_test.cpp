@@ -5,6 +5,7 @@
 #include <cfloat>
 #include <cmath>
 #include <limits>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -119,70 +120,48 @@ TEST(RoundHalfEven, RoundsHalvesToEvenNeighbour) {
   }
 }
 
-TEST(ToInteger, RoundsHalfEvenAndReportsOverflow) {
-  struct Case {
+// ToInteger, ToLong and ToByte round half to even, then refuse what their
+// type cannot hold (nullopt: the caller raises Overflow).
+TEST(IntegerConversion, RoundsHalfEvenAndReportsOverflow) {
+  enum To { kInteger, kLong, kByte };
+  const struct {
+    To to;
     double in;
-    std::optional<int16_t> out;
+    std::optional<int64_t> out;
+  } cases[] = {
+      {kInteger, 2.5, 2},
+      {kInteger, 3.5, 4},
+      {kInteger, -2.5, -2},
+      {kInteger, 0.4, 0},
+      {kInteger, 32767.4, 32767},
+      {kInteger, 32767.5, std::nullopt},  // rounds to 32768: one past the top
+      {kInteger, -32768.5, -32768},       // rounds to the even -32768: still fits
+      {kInteger, -32768.6, std::nullopt},
+      {kInteger, -32769.0, std::nullopt},
+      {kInteger, 1e10, std::nullopt},
+      {kInteger, std::nan(""), std::nullopt},
+      {kLong, -3.5, -4},
+      {kLong, 2147483646.5, 2147483646},
+      {kLong, 2147483647.0, 2147483647},
+      {kLong, 2147483647.5, std::nullopt},  // rounds to 2^31
+      {kLong, -2147483648.5, -2147483648},  // rounds to the even -2^31
+      {kLong, -2147483649.5, std::nullopt},
+      {kLong, 32768.0, 32768},  // beyond Integer, fine for Long
+      {kLong, std::numeric_limits<double>::infinity(), std::nullopt},
+      {kByte, 254.5, 254},
+      {kByte, 255.4, 255},
+      {kByte, 255.5, std::nullopt},  // rounds to 256
+      {kByte, -0.5, 0},              // rounds to 0: accepted
+      {kByte, -0.51, std::nullopt},  // rounds to -1
+      {kByte, 1.5, 2},
   };
-  const std::vector<Case> cases = {
-      {2.5, 2},
-      {3.5, 4},
-      {-2.5, -2},
-      {0.4, 0},
-      {32767.4, 32767},
-      {32767.5, std::nullopt},  // rounds to 32768: one past the top
-      {-32768.5, -32768},       // rounds to the even -32768: still fits
-      {-32768.6, std::nullopt},
-      {-32769.0, std::nullopt},
-      {1e10, std::nullopt},
-      {std::nan(""), std::nullopt},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.in);
-    EXPECT_EQ(ToInteger(c.in), c.out);
-  }
-}
-
-TEST(ToLong, RoundsHalfEvenAndReportsOverflow) {
-  struct Case {
-    double in;
-    std::optional<int32_t> out;
-  };
-  const std::vector<Case> cases = {
-      {2.5, 2},
-      {-3.5, -4},
-      {2147483646.5, 2147483646},
-      {2147483647.0, 2147483647},
-      {2147483647.5, std::nullopt},  // rounds to 2^31
-      {-2147483648.5, -2147483648},  // rounds to the even -2^31
-      {-2147483649.5, std::nullopt},
-      {32768.0, 32768},  // beyond Integer, fine for Long
-      {std::numeric_limits<double>::infinity(), std::nullopt},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.in);
-    EXPECT_EQ(ToLong(c.in), c.out);
-  }
-}
-
-TEST(ToByte, RoundsHalfEvenAndReportsOverflow) {
-  struct Case {
-    double in;
-    std::optional<uint8_t> out;
-  };
-  const std::vector<Case> cases = {
-      {254.5, 254},
-      {255.4, 255},
-      {255.5, std::nullopt},  // rounds to 256
-      {-0.5, 0},              // rounds to 0: accepted
-      {-0.51, std::nullopt},  // rounds to -1
-      {-1.0, std::nullopt},
-      {0.5, 0},
-      {1.5, 2},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.in);
-    EXPECT_EQ(ToByte(c.in), c.out);
+  for (const auto& c : cases) {
+    SCOPED_TRACE(::testing::Message() << c.to << ": " << c.in);
+    std::optional<int64_t> got;
+    if (c.to == kInteger && ToInteger(c.in)) got = *ToInteger(c.in);
+    if (c.to == kLong && ToLong(c.in)) got = *ToLong(c.in);
+    if (c.to == kByte && ToByte(c.in)) got = *ToByte(c.in);
+    EXPECT_EQ(got, c.out);
   }
 }
 

@@ -14,55 +14,36 @@ struct TextPair {
   std::string out;
 };
 
-TEST(UCase, MapsEachCodePointToSimpleUppercase) {
-  const std::vector<TextPair> cases = {
-      {"abc", "ABC"},
-      {"MiXeD 123!", "MIXED 123!"},
-      {"ёлка", "ЁЛКА"},
-      {"élève", "ÉLÈVE"},
-      {"αβγ ς", "ΑΒΓ Σ"},
-      {"straße", "STRAßE"},      // no single-character uppercase: ß stays
-      {"istanbul", "ISTANBUL"},  // no Turkish dotted İ
-      {"ǆ", "Ǆ"},
-      {"a\xFF"
-       "b",
-       "A\xFF"
-       "B"},  // an invalid byte passes through
-      {"", ""},
+// UCase, LCase and FoldCase map code point by code point (simple mappings:
+// no string grows, nothing depends on a locale or on context).
+TEST(CaseMapping, MapsEachCodePointSimply) {
+  using Map = std::string (*)(std::string_view);
+  const struct {
+    const char* name;
+    Map map;
+    std::string in, out;
+  } cases[] = {
+      {"UCase", UCase, "MiXeD 123!", "MIXED 123!"},
+      {"UCase", UCase, "ёлка", "ЁЛКА"},
+      {"UCase", UCase, "élève", "ÉLÈVE"},
+      {"UCase", UCase, "αβγ ς", "ΑΒΓ Σ"},
+      {"UCase", UCase, "straße", "STRAßE"},      // no single-character uppercase: ß stays
+      {"UCase", UCase, "istanbul", "ISTANBUL"},  // no Turkish dotted İ
+      {"UCase", UCase, "ǆ", "Ǆ"},
+      {"UCase", UCase, "a\xFF" "b", "A\xFF" "B"},  // an invalid byte passes through
+      {"UCase", UCase, "", ""},
+      {"LCase", LCase, "ΣΑΣ", "σασ"},            // per character: no word-final ς
+      {"LCase", LCase, "İ", "i"},                // simple mapping drops the combining dot
+      {"LCase", LCase, "\xE2\x82", "\xE2\x82"},  // truncated sequence kept byte for byte
+      {"FoldCase", FoldCase, "InsertionPoint", "insertionpoint"},
+      {"FoldCase", FoldCase, "σας", "σασ"},        // final sigma folds with sigma
+      {"FoldCase", FoldCase, "\u212A", "k"},       // Kelvin sign
+      {"FoldCase", FoldCase, "straße", "straße"},  // simple folding keeps ß
+      {"FoldCase", FoldCase, "ЁЛКА", "ёлка"},
   };
-  for (const TextPair& c : cases) {
-    SCOPED_TRACE(c.in);
-    EXPECT_EQ(UCase(c.in), c.out);
-  }
-}
-
-TEST(LCase, MapsEachCodePointToSimpleLowercase) {
-  const std::vector<TextPair> cases = {
-      {"ABC def", "abc def"},
-      {"ЁЛКА", "ёлка"},
-      {"ÉLÈVE", "élève"},
-      {"ΣΑΣ", "σασ"},            // per character: no word-final ς
-      {"İ", "i"},                // simple mapping drops the combining dot
-      {"\xE2\x82", "\xE2\x82"},  // truncated sequence kept byte for byte
-  };
-  for (const TextPair& c : cases) {
-    SCOPED_TRACE(c.in);
-    EXPECT_EQ(LCase(c.in), c.out);
-  }
-}
-
-TEST(FoldCase, FoldsEachCodePointSimply) {
-  const std::vector<TextPair> cases = {
-      {"InsertionPoint", "insertionpoint"},
-      {"ΣΑΣ", "σασ"},
-      {"σας", "σασ"},        // final sigma folds with sigma
-      {"\u212A", "k"},       // Kelvin sign
-      {"straße", "straße"},  // simple folding keeps ß
-      {"ЁЛКА", "ёлка"},
-  };
-  for (const TextPair& c : cases) {
-    SCOPED_TRACE(c.in);
-    EXPECT_EQ(FoldCase(c.in), c.out);
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::string(c.name) + " " + c.in);
+    EXPECT_EQ(c.map(c.in), c.out);
   }
 }
 
