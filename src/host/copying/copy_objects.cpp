@@ -91,7 +91,7 @@ Variant CopyObjects(Document& doc, CallArgs& a) {
   BlockRecord* target = nullptr;
   // Missing, Nothing or Empty: beside the originals.
   if (a.Has(1) && !a[1].IsNothing() && !a[1].IsEmpty()) {
-    target = dynamic_cast<BlockRecord*>(ObjectArg(a[1], {"Owner", kMember}).get());
+    target = AsObject<BlockRecord>(ObjectArg(a[1], {"Owner", kMember}).get());
     if (!target || target->erased()) throw InvalidArgument("Owner", kMember);
   }
   // The target drawing's changes are one step of its own undo history.

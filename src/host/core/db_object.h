@@ -57,6 +57,24 @@ struct ObjectCore {
   Dictionary* xdict = nullptr;           // extension dictionary, if any
 };
 
+// What a database object is: an entity (its EntityKind tells which) or one
+// of the non-graphical classes the host models.
+enum class ObjectClass : uint8_t {
+  kEntity,
+  kBlockRecord,
+  kLayer,
+  kLinetype,
+  kTextStyle,
+  kMaterial,
+  kRegApp,
+  kDimStyle,
+  kLayout,
+  kDictionary,
+  kXRecord,
+  kGroup,
+  kSortentsTable,
+};
+
 class DbObject : public Dispatch {
  public:
   ~DbObject() override = default;
@@ -77,6 +95,7 @@ class DbObject : public Dispatch {
   // The ObjectARX class name ("AcDbLine").
   virtual std::string_view ObjectName() const = 0;
   virtual bool IsEntity() const { return false; }
+  virtual ObjectClass Class() const = 0;
 
   // Call before every change: raises the erased error, lets the kind refuse
   // (an entity on a locked layer), and snapshots the state for undo once per
@@ -130,6 +149,21 @@ class DbObject : public Dispatch {
   bool erased_ = false;
   ObjectCore core_;
 };
+
+// `object` as the non-graphical class K, or nullptr when it is another.
+template <class K>
+const K* AsObject(const DbObject* object) {
+  return object != nullptr && object->Class() == K::kClass ? static_cast<const K*>(object) : nullptr;
+}
+template <class K>
+K* AsObject(DbObject* object) {
+  return const_cast<K*>(AsObject<K>(static_cast<const DbObject*>(object)));
+}
+// The same for an automation object handed in by a caller.
+template <class K>
+K* AsObject(Dispatch* object) {
+  return AsObject<K>(dynamic_cast<DbObject*>(object));
+}
 
 // Member ids of the shared tables are offset so that one id names one member
 // across the chain.

@@ -89,7 +89,7 @@ TEST(DxfDrawingRead, RemovesDictionaryEntriesNamingNothingButKeepsThoseNamingRaw
                                "d.dxf");
   ASSERT_EQ(Repairs(*doc).size(), 1u);
   EXPECT_EQ(Repairs(*doc)[0], "dictionary D entry \"GONE\" points to missing object 99: removed");
-  auto* dict = dynamic_cast<Dictionary*>(doc->FindByHandle(0xD));
+  auto* dict = AsObject<Dictionary>(doc->FindByHandle(0xD));
   ASSERT_NE(dict, nullptr);
   // The live entries: the XRECORD only (the raw record has no live object).
   ASSERT_EQ(dict->data().entries.size(), 1u);

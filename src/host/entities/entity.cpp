@@ -64,7 +64,7 @@ void Entity::Erase() {
   DbObject::Erase();
 }
 
-BlockRecord* Entity::block() const { return dynamic_cast<BlockRecord*>(owner_); }
+BlockRecord* Entity::block() const { return AsObject<BlockRecord>(owner_); }
 
 const MemberTable<Entity>& EntityMembers() {
   static const MemberTable<Entity> table = [] {

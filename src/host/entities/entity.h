@@ -41,6 +41,7 @@ struct EntityBase {
 class Entity : public DbObject {
  public:
   bool IsEntity() const override { return true; }
+  ObjectClass Class() const final { return ObjectClass::kEntity; }
   // Which of the modelled kinds this entity is.
   virtual EntityKind Kind() const = 0;
   // Refuses changes while the entity's layer is locked.

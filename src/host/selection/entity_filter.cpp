@@ -27,7 +27,7 @@ const TextData* TextOf(const Entity& e) {
 const BlockRecord* SpaceOf(const Entity& e) {
   const DbObject* owner = e.owner();
   if (const auto* ref = AsEntity(owner)) owner = ref->owner();
-  return dynamic_cast<const BlockRecord*>(owner);
+  return AsObject<BlockRecord>(owner);
 }
 
 void KindValues(const Entity& e, int code, std::vector<FilterValue>* out) {

@@ -95,7 +95,7 @@ SpatialState::SpaceIndex& SpatialState::Fresh(BlockRecord* space) {
     dirty.erase(std::unique(dirty.begin(), dirty.end()), dirty.end());
     for (DbObject* o : dirty) {
       if (rebuild_due_) break;
-      if (dynamic_cast<BlockRecord*>(o)) {
+      if (AsObject<BlockRecord>(o)) {
         rebuild_due_ = true;  // an origin moved
       } else if (auto* att = As<AttributeRef>(o)) {
         if (auto* ref = AsEntity(att->owner())) Measure(ref);

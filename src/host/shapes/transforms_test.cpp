@@ -332,7 +332,7 @@ TEST_F(TransformTest, DimensionsTransformTheirPointsAndOnlyTheirOwnPicture) {
     d.p14 = {4, 0, 0};
     d.p10 = {4, 2, 0};
     d.p11 = {2, 2.5, 0};
-    d.block = dynamic_cast<BlockRecord*>(picture.get());
+    d.block = AsObject<BlockRecord>(picture.get());
     return document().Ref(Loaded<Dimension>(d));
   };
   ObjectRef dim = make();

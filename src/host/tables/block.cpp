@@ -52,7 +52,7 @@ void BlockRecord::Detach(Entity* entity) {
 
 std::vector<Entity*> BlockRecord::DrawOrder() const {
   if (Dictionary* xdict = core_.xdict) {
-    if (auto* table = dynamic_cast<SortentsTable*>(xdict->Find("ACAD_SORTENTS"))) {
+    if (auto* table = AsObject<SortentsTable>(xdict->Find("ACAD_SORTENTS"))) {
       if (!table->erased()) return table->FullOrder();
     }
   }

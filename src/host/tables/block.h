@@ -29,6 +29,8 @@ struct DynamicProperty {
 
 class BlockRecord final : public HostObject<BlockRecord, NamedRecord> {
  public:
+  static constexpr ObjectClass kClass = ObjectClass::kBlockRecord;
+  ObjectClass Class() const override { return kClass; }
   struct Data {
     std::string name;
     geometry::Vec3 origin;  // base point (DXF BLOCK 10)

@@ -56,7 +56,7 @@ DbObject* Dictionary::AddObject(std::string_view key, std::string_view class_nam
   } else if (CaseInsensitiveEqual(class_name, "AcDbSortentsTable")) {
     auto* table = doc_->Create<SortentsTable>();
     // A block's extension dictionary orders that block.
-    table->mutable_data().block = dynamic_cast<BlockRecord*>(owner_);
+    table->mutable_data().block = AsObject<BlockRecord>(owner_);
     object = table;
   } else {
     throw HostError(HostFailure::kInvalidInput);

@@ -18,6 +18,8 @@ class Entity;
 // case-insensitively, in insertion order.
 class Dictionary final : public HostObject<Dictionary, DbObject> {
  public:
+  static constexpr ObjectClass kClass = ObjectClass::kDictionary;
+  ObjectClass Class() const override { return kClass; }
   struct Data {
     std::vector<std::pair<std::string, DbObject*>> entries;
   };
@@ -47,6 +49,8 @@ class Dictionary final : public HostObject<Dictionary, DbObject> {
 // IAcadXRecord (AcDbXrecord): a list of DXF code / value pairs.
 class XRecord final : public HostObject<XRecord, DbObject> {
  public:
+  static constexpr ObjectClass kClass = ObjectClass::kXRecord;
+  ObjectClass Class() const override { return kClass; }
   struct Data {
     std::vector<int16_t> codes;
     std::vector<Variant> values;

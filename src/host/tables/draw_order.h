@@ -17,6 +17,8 @@ class Entity;
 // (created later) are drawn above, in creation order.
 class SortentsTable final : public HostObject<SortentsTable, DbObject> {
  public:
+  static constexpr ObjectClass kClass = ObjectClass::kSortentsTable;
+  ObjectClass Class() const override { return kClass; }
   struct Data {
     BlockRecord* block = nullptr;
     std::vector<Entity*> order;

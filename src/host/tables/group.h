@@ -15,6 +15,8 @@ class Entity;
 // drop out of Count and Item.
 class Group final : public HostObject<Group, DbObject> {
  public:
+  static constexpr ObjectClass kClass = ObjectClass::kGroup;
+  ObjectClass Class() const override { return kClass; }
   struct Data {
     std::string name;
     std::string description;

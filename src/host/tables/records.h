@@ -26,6 +26,8 @@ class MaterialRecord;
 
 class LayerRecord final : public HostObject<LayerRecord, NamedRecord> {
  public:
+  static constexpr ObjectClass kClass = ObjectClass::kLayer;
+  ObjectClass Class() const override { return kClass; }
   struct Data {
     std::string name;
     bool on = true;
@@ -53,6 +55,8 @@ class LayerRecord final : public HostObject<LayerRecord, NamedRecord> {
 
 class LinetypeRecord final : public HostObject<LinetypeRecord, NamedRecord> {
  public:
+  static constexpr ObjectClass kClass = ObjectClass::kLinetype;
+  ObjectClass Class() const override { return kClass; }
   struct Data {
     std::string name;
     std::string description;
@@ -73,6 +77,8 @@ class LinetypeRecord final : public HostObject<LinetypeRecord, NamedRecord> {
 
 class TextStyleRecord final : public HostObject<TextStyleRecord, NamedRecord> {
  public:
+  static constexpr ObjectClass kClass = ObjectClass::kTextStyle;
+  ObjectClass Class() const override { return kClass; }
   struct Data {
     std::string name;
     std::string font_file = "txt";
@@ -102,6 +108,8 @@ class TextStyleRecord final : public HostObject<TextStyleRecord, NamedRecord> {
 
 class MaterialRecord final : public HostObject<MaterialRecord, NamedRecord> {
  public:
+  static constexpr ObjectClass kClass = ObjectClass::kMaterial;
+  ObjectClass Class() const override { return kClass; }
   struct Data {
     std::string name;
     std::string description;
@@ -120,6 +128,8 @@ class MaterialRecord final : public HostObject<MaterialRecord, NamedRecord> {
 
 class RegApp final : public HostObject<RegApp, NamedRecord> {
  public:
+  static constexpr ObjectClass kClass = ObjectClass::kRegApp;
+  ObjectClass Class() const override { return kClass; }
   struct Data {
     std::string name;
   };
@@ -137,6 +147,8 @@ class RegApp final : public HostObject<RegApp, NamedRecord> {
 
 class DimStyleRecord final : public HostObject<DimStyleRecord, NamedRecord> {
  public:
+  static constexpr ObjectClass kClass = ObjectClass::kDimStyle;
+  ObjectClass Class() const override { return kClass; }
   struct Data {
     std::string name;
   };
@@ -154,6 +166,8 @@ class DimStyleRecord final : public HostObject<DimStyleRecord, NamedRecord> {
 // A layout ("Model", "Layout1"...) and the block that holds its entities.
 class Layout final : public HostObject<Layout, NamedRecord> {
  public:
+  static constexpr ObjectClass kClass = ObjectClass::kLayout;
+  ObjectClass Class() const override { return kClass; }
   struct Data {
     std::string name;
     BlockRecord* block = nullptr;

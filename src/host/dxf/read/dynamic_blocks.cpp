@@ -67,10 +67,10 @@ void Loader::LoadDynamicProperties() {
     uint64_t owner = OwnerOf(r);
     BlockRecord* block = nullptr;
     for (int depth = 0; depth < 4 && owner != 0 && block == nullptr; ++depth) {
-      block = dynamic_cast<BlockRecord*>(doc_.FindByHandle(owner));
+      block = AsObject<BlockRecord>(doc_.FindByHandle(owner));
       if (block != nullptr) break;
       if (DbObject* o = doc_.FindByHandle(owner); o != nullptr && o->owner() != nullptr) {
-        block = dynamic_cast<BlockRecord*>(o->owner());
+        block = AsObject<BlockRecord>(o->owner());
         if (block != nullptr) break;
       }
       auto it = by_handle.find(owner);

@@ -99,7 +99,7 @@ void Loader::LinkDynamicBlocks() {
       for (const XDataItem& item : run.items) {
         if (item.code != 1005 || !item.value.IsString()) continue;
         uint64_t h = std::strtoull(item.value.RawString().c_str(), nullptr, 16);
-        if (auto* source = dynamic_cast<BlockRecord*>(doc_.FindByHandle(h))) {
+        if (auto* source = AsObject<BlockRecord>(doc_.FindByHandle(h))) {
           block->mutable_data().dynamic_source = source;
         }
       }

@@ -63,7 +63,7 @@ std::vector<Entity*> Loader::DrawOrderOf(std::span<const Tag> table, BlockRecord
   std::unordered_map<const Entity*, uint64_t> keys;
   for (size_t k = 0; k < table.size(); ++k) {
     const Tag& t = table[k];
-    if (t.code == 330) *block = dynamic_cast<BlockRecord*>(doc_.FindByHandle(HandleValue(&t)));
+    if (t.code == 330) *block = AsObject<BlockRecord>(doc_.FindByHandle(HandleValue(&t)));
     if (t.code == 331 && k + 1 < table.size() && table[k + 1].code == 5) {
       if (auto* e = AsEntity(doc_.FindByHandle(HandleValue(&t)))) {
         keys[e] = HandleValue(&table[k + 1]);
@@ -153,7 +153,7 @@ void Loader::LinkDictionary(const Record& record, Dictionary* dict) {
     }
   }
   for (auto& [name, target] : entries) {
-    if (auto* g = dynamic_cast<Group*>(target)) g->mutable_data().name = name;
+    if (auto* g = AsObject<Group>(target)) g->mutable_data().name = name;
   }
 }
 
@@ -205,11 +205,11 @@ void Loader::LoadObjects() {
       continue;
     }
     DbObject* object = it->second.object;
-    if (auto* dict = dynamic_cast<Dictionary*>(object)) {
+    if (auto* dict = AsObject<Dictionary>(object)) {
       LinkDictionary(record, dict);
-    } else if (auto* g = dynamic_cast<Group*>(object)) {
+    } else if (auto* g = AsObject<Group>(object)) {
       LinkGroup(record, g);
-    } else if (auto* s = dynamic_cast<SortentsTable*>(object)) {
+    } else if (auto* s = AsObject<SortentsTable>(object)) {
       auto& d = s->mutable_data();
       if (auto sub = record.Subclass("AcDbSortentsTable")) {
         d.order = DrawOrderOf(*sub, &d.block);
@@ -225,7 +225,7 @@ void Loader::LinkExtensionDictionaries() {
     if (!group) continue;
     for (const Tag& t : *group) {
       if (t.code != 360) continue;
-      if (auto* dict = dynamic_cast<Dictionary*>(doc_.FindByHandle(HandleValue(&t)))) {
+      if (auto* dict = AsObject<Dictionary>(doc_.FindByHandle(HandleValue(&t)))) {
         ObjectCore core = binding.object->DbObject::SaveBase();
         core.xdict = dict;
         binding.object->DbObject::RestoreBase(core);

@@ -66,9 +66,9 @@ std::vector<DictEntry> DbWriter::EntriesOf(const Dictionary& dict) const {
 
 std::optional<Record> DbWriter::Relinked(const Record& record, const DbObject* object) {
   std::span<const Tag> body = record.Body();
-  const auto* dict = dynamic_cast<const Dictionary*>(object);
-  const auto* group = dynamic_cast<const Group*>(object);
-  const auto* sortents = dynamic_cast<const SortentsTable*>(object);
+  const auto* dict = AsObject<Dictionary>(object);
+  const auto* group = AsObject<Group>(object);
+  const auto* sortents = AsObject<SortentsTable>(object);
   const auto* entity = AsEntity(object);
   const std::vector<const Group*>* groups = entity ? GroupsOf(entity) : nullptr;
   bool has_app_data = false;
@@ -76,7 +76,7 @@ std::optional<Record> DbWriter::Relinked(const Record& record, const DbObject* o
   bool gained_xdict = object != nullptr && Written(object->xdict()) &&
                       !record.AppData("ACAD_XDICTIONARY");
   // A block record of a file before R2000 names no layout yet.
-  const auto* block = dynamic_cast<const BlockRecord*>(object);
+  const auto* block = AsObject<BlockRecord>(object);
   bool gained_layout = block != nullptr && record.type == "BLOCK_RECORD" && record.Find(340) == nullptr &&
                        Written(block->data().layout);
   if (!has_app_data && !dict && !group && !sortents && !gained_xdict && !gained_layout &&
@@ -185,7 +185,7 @@ bool DbWriter::RelinkDictionary(const Dictionary& dictionary, std::vector<Tag>* 
   std::vector<bool> used(want.size(), false);
   std::vector<Tag> rebuilt;
   size_t insert_at = std::string::npos;
-  int pair_code = dict->owner() != nullptr && !dynamic_cast<const Dictionary*>(dict->owner()) ? 360 : 350;
+  int pair_code = dict->owner() != nullptr && !AsObject<Dictionary>(dict->owner()) ? 360 : 350;
   for (size_t k = 0; k < out.size(); ++k) {
     const Tag& t = out[k];
     if (t.code == 3 && k + 1 < out.size() && (out[k + 1].code == 350 || out[k + 1].code == 360)) {

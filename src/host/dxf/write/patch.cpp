@@ -94,12 +94,12 @@ void DbWriter::Modelled(const DbObject& object, std::vector<Tag>* want) {
   const Entity* e = AsEntity(&object);
   if (e == nullptr) {
     // Of the records, layers and registered applications are patched.
-    if (const auto* o = dynamic_cast<const LayerRecord*>(&object)) {
+    if (const auto* o = AsObject<LayerRecord>(&object)) {
       const auto& d = o->data();
       g.Text(2, d.name);
       g.Integer(62, d.on ? d.color.index : -std::abs(d.color.index));
       if (d.linetype) g.Text(6, d.linetype->Name());
-    } else if (const auto* o = dynamic_cast<const RegApp*>(&object)) {
+    } else if (const auto* o = AsObject<RegApp>(&object)) {
       g.Text(2, o->data().name);
     }
     return;
@@ -143,7 +143,7 @@ void DbWriter::EmitPatched(const Record& record, const Binding& binding) {
   std::vector<bool> used(want.size(), false);
   std::span<const Tag> body = record.Body();
   // Layer flags keep the bits the host does not model.
-  const auto* layer = object.IsEntity() ? nullptr : dynamic_cast<const LayerRecord*>(&object);
+  const auto* layer = object.IsEntity() ? nullptr : AsObject<LayerRecord>(&object);
   const auto* lw = As<LwPolyline>(&object);
   const auto* mtext = As<MText>(&object);
   const bool rewrite_vertices = lw != nullptr && VerticesChanged(lw->data(), body);

@@ -35,7 +35,7 @@ void DbWriter::EmitNewRecord(const DbObject& object, uint64_t owner) {
     PutString(100, "AcDbSymbolTableRecord");
     PutString(100, marker);
   };
-  if (const auto* lt = dynamic_cast<const LinetypeRecord*>(&object)) {
+  if (const auto* lt = AsObject<LinetypeRecord>(&object)) {
     const auto& d = lt->data();
     head("LTYPE", "AcDbLinetypeTableRecord");
     PutString(2, d.name);
@@ -52,7 +52,7 @@ void DbWriter::EmitNewRecord(const DbObject& object, uint64_t owner) {
       PutReal(49, dash);
       PutInt(74, 0);
     }
-  } else if (const auto* layer = dynamic_cast<const LayerRecord*>(&object)) {
+  } else if (const auto* layer = AsObject<LayerRecord>(&object)) {
     const auto& d = layer->data();
     head("LAYER", "AcDbLayerTableRecord");
     PutString(2, d.name);
@@ -67,7 +67,7 @@ void DbWriter::EmitNewRecord(const DbObject& object, uint64_t owner) {
     PutInt(370, d.lineweight);
     if (plot_style_normal() != 0) PutHandle(390, plot_style_normal());
     if (d.material != nullptr && Written(d.material)) PutHandle(347, d.material->handle());
-  } else if (const auto* style = dynamic_cast<const TextStyleRecord*>(&object)) {
+  } else if (const auto* style = AsObject<TextStyleRecord>(&object)) {
     const auto& d = style->data();
     head("STYLE", "AcDbTextStyleTableRecord");
     PutString(2, d.name);
@@ -92,15 +92,15 @@ void DbWriter::EmitNewRecord(const DbObject& object, uint64_t owner) {
                       ((d.charset & 0xFF) << 8) | (d.pitch_and_family & 0xFF);
       PutInt(1071, flags);
     }
-  } else if (const auto* app = dynamic_cast<const RegApp*>(&object)) {
+  } else if (const auto* app = AsObject<RegApp>(&object)) {
     head("APPID", "AcDbRegAppTableRecord");
     PutString(2, app->Name());
     PutInt(70, 0);
-  } else if (const auto* dim = dynamic_cast<const DimStyleRecord*>(&object)) {
+  } else if (const auto* dim = AsObject<DimStyleRecord>(&object)) {
     head("DIMSTYLE", "AcDbDimStyleTableRecord", 105);
     PutString(2, dim->Name());
     PutInt(70, 0);
-  } else if (const auto* block = dynamic_cast<const BlockRecord*>(&object)) {
+  } else if (const auto* block = AsObject<BlockRecord>(&object)) {
     const auto& d = block->data();
     head("BLOCK_RECORD", "AcDbBlockTableRecord");
     PutString(2, d.name);
@@ -119,11 +119,11 @@ void DbWriter::EmitNewObject(const DbObject& object, uint64_t owner) {
   // dictionary names the object it extends.
   std::vector<uint64_t> reactors;
   if (owner != 0) reactors.push_back(owner);
-  if (const auto* dict = dynamic_cast<const Dictionary*>(&object)) {
+  if (const auto* dict = AsObject<Dictionary>(&object)) {
     PutObjectHead("DICTIONARY", object, owner, reactors);
     PutString(100, "AcDbDictionary");
     // Entries of an extension dictionary are owned by it (360).
-    bool extension = dict->owner() != nullptr && !dynamic_cast<const Dictionary*>(dict->owner()) &&
+    bool extension = dict->owner() != nullptr && !AsObject<Dictionary>(dict->owner()) &&
                      dict != doc_.named_objects();
     if (extension) PutInt(280, 1);
     PutInt(281, 1);
@@ -131,13 +131,13 @@ void DbWriter::EmitNewObject(const DbObject& object, uint64_t owner) {
       PutString(3, e.key);
       PutHandle(extension ? 360 : 350, e.handle);
     }
-  } else if (const auto* x = dynamic_cast<const XRecord*>(&object)) {
+  } else if (const auto* x = AsObject<XRecord>(&object)) {
     PutObjectHead("XRECORD", object, owner, reactors);
     PutString(100, "AcDbXrecord");
     PutInt(280, 1);
     const auto& d = x->data();
     for (size_t k = 0; k < d.codes.size() && k < d.values.size(); ++k) EmitXRecordValue(d.codes[k], d.values[k]);
-  } else if (const auto* g = dynamic_cast<const Group*>(&object)) {
+  } else if (const auto* g = AsObject<Group>(&object)) {
     const auto& d = g->data();
     PutObjectHead("GROUP", object, owner, reactors);
     PutString(100, "AcDbGroup");
@@ -147,7 +147,7 @@ void DbWriter::EmitNewObject(const DbObject& object, uint64_t owner) {
     for (const Entity* e : g->LiveMembers()) {
       if (Written(e)) PutHandle(340, e->handle());
     }
-  } else if (const auto* s = dynamic_cast<const SortentsTable*>(&object)) {
+  } else if (const auto* s = AsObject<SortentsTable>(&object)) {
     PutObjectHead("SORTENTSTABLE", object, owner, reactors);
     PutString(100, "AcDbSortentsTable");
     PutHandle(330, s->data().block != nullptr ? s->data().block->handle() : 0);
@@ -162,9 +162,9 @@ void DbWriter::EmitNewObject(const DbObject& object, uint64_t owner) {
       PutHandle(331, order[k]);
       PutHandle(5, keys[k]);
     }
-  } else if (const auto* layout = dynamic_cast<const Layout*>(&object)) {
+  } else if (const auto* layout = AsObject<Layout>(&object)) {
     EmitLayout(*layout, owner);
-  } else if (const auto* m = dynamic_cast<const MaterialRecord*>(&object)) {
+  } else if (const auto* m = AsObject<MaterialRecord>(&object)) {
     PutObjectHead("MATERIAL", object, owner, reactors);
     PutString(100, "AcDbMaterial");
     PutString(1, m->Name());

@@ -165,9 +165,9 @@ void DbWriter::Plan() {
   for (size_t slot = 0; slot < doc_.object_count(); ++slot) {
     DbObject* o = doc_.FindById(kObjectIdBase32 + kObjectIdStride * static_cast<int64_t>(slot));
     if (!Written(o) || !IsNew(o)) continue;
-    if (dynamic_cast<const Layout*>(o)) needed_classes_.insert("LAYOUT");
-    if (dynamic_cast<const MaterialRecord*>(o)) needed_classes_.insert("MATERIAL");
-    if (dynamic_cast<const SortentsTable*>(o)) needed_classes_.insert("SORTENTSTABLE");
+    if (AsObject<Layout>(o)) needed_classes_.insert("LAYOUT");
+    if (AsObject<MaterialRecord>(o)) needed_classes_.insert("MATERIAL");
+    if (AsObject<SortentsTable>(o)) needed_classes_.insert("SORTENTSTABLE");
     if (As<Wipeout>(o)) needed_classes_.insert("WIPEOUT");
   }
   for (const Group* g : doc_.groups()) {
@@ -340,7 +340,7 @@ void DbWriter::EmitNewTableRecords(std::string_view name, uint64_t owner) {
   auto add_new = [&](const auto& items) {
     for (const auto* r : items) {
       if (!IsNew(r) || !Written(r) || emitted_.count(r)) continue;
-      if (const auto* b = dynamic_cast<const BlockRecord*>(r); b && upgrade_ && b->entities().empty() &&
+      if (const auto* b = AsObject<BlockRecord>(r); b && upgrade_ && b->entities().empty() &&
           (FoldName(b->Name()) == "$model_space" || FoldName(b->Name()) == "$paper_space")) {
         continue;  // see EmitBlocks
       }
@@ -526,7 +526,7 @@ void DbWriter::EmitObjects(const Section* section) {
 }
 
 void DbWriter::EmitObjectTree(const DbObject& container) {
-  const auto* dict = dynamic_cast<const Dictionary*>(&container);
+  const auto* dict = AsObject<Dictionary>(&container);
   // Each dictionary is walked once (a damaged file may nest one in itself).
   if (dict == nullptr || !walked_.insert(dict).second) return;
   for (const DictEntry& e : EntriesOf(*dict)) {
@@ -534,8 +534,8 @@ void DbWriter::EmitObjectTree(const DbObject& container) {
     // An entry naming an entity or a table record (a damaged file may) does
     // not move it here: those are written in their own sections.
     if (AsEntity(e.object) ||
-        (dynamic_cast<const NamedRecord*>(e.object) && !dynamic_cast<const Layout*>(e.object) &&
-         !dynamic_cast<const MaterialRecord*>(e.object))) {
+        (dynamic_cast<const NamedRecord*>(e.object) && !AsObject<Layout>(e.object) &&
+         !AsObject<MaterialRecord>(e.object))) {
       continue;
     }
     if (!emitted_.count(e.object)) {
@@ -543,8 +543,8 @@ void DbWriter::EmitObjectTree(const DbObject& container) {
       uint64_t owner = e.object->owner() != nullptr && Written(e.object->owner())
                            ? e.object->owner()->handle()
                            : dict->handle();
-      if (dynamic_cast<const Group*>(e.object) || dynamic_cast<const Layout*>(e.object) ||
-          dynamic_cast<const MaterialRecord*>(e.object)) {
+      if (AsObject<Group>(e.object) || AsObject<Layout>(e.object) ||
+          AsObject<MaterialRecord>(e.object)) {
         owner = dict->handle();
       }
       if (IsNew(e.object)) EmitNew(*e.object, owner);
