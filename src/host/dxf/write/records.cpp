@@ -35,81 +35,106 @@ void DbWriter::EmitNewRecord(const DbObject& object, uint64_t owner) {
     PutString(100, "AcDbSymbolTableRecord");
     PutString(100, marker);
   };
-  if (const auto* lt = AsObject<LinetypeRecord>(&object)) {
-    const auto& d = lt->data();
-    head("LTYPE", "AcDbLinetypeTableRecord");
-    PutString(2, d.name);
-    PutInt(70, 0);
-    PutString(3, d.description);
-    PutInt(72, 65);
-    PutInt(73, static_cast<int64_t>(d.dashes.size()));
-    double length = d.pattern_length;
-    if (length == 0) {
-      for (double dash : d.dashes) length += std::fabs(dash);
+  switch (object.Class()) {
+    case ObjectClass::kLinetype: {
+      const auto* lt = static_cast<const LinetypeRecord*>(&object);
+      const auto& d = lt->data();
+      head("LTYPE", "AcDbLinetypeTableRecord");
+      PutString(2, d.name);
+      PutInt(70, 0);
+      PutString(3, d.description);
+      PutInt(72, 65);
+      PutInt(73, static_cast<int64_t>(d.dashes.size()));
+      double length = d.pattern_length;
+      if (length == 0) {
+        for (double dash : d.dashes) length += std::fabs(dash);
+      }
+      PutReal(40, length);
+      for (double dash : d.dashes) {
+        PutReal(49, dash);
+        PutInt(74, 0);
+      }
+      break;
     }
-    PutReal(40, length);
-    for (double dash : d.dashes) {
-      PutReal(49, dash);
-      PutInt(74, 0);
+    case ObjectClass::kLayer: {
+      const auto* layer = static_cast<const LayerRecord*>(&object);
+      const auto& d = layer->data();
+      head("LAYER", "AcDbLayerTableRecord");
+      PutString(2, d.name);
+      PutInt(70, (d.frozen ? 1 : 0) | (d.locked ? 4 : 0));
+      int16_t aci = d.color.method == kColorByRgb ? NearestAci(d.color.rgb) : d.color.index;
+      if (aci < 1 || aci > 255) aci = 7;
+      // A layer that is off has a negative colour.
+      PutInt(62, d.on ? aci : -aci);
+      if (d.color.method == kColorByRgb) PutInt(420, d.color.rgb);
+      PutString(6, d.linetype != nullptr && Written(d.linetype) ? d.linetype->Name() : "Continuous");
+      if (!d.plottable) PutInt(290, 0);
+      PutInt(370, d.lineweight);
+      if (plot_style_normal() != 0) PutHandle(390, plot_style_normal());
+      if (d.material != nullptr && Written(d.material)) PutHandle(347, d.material->handle());
+      break;
     }
-  } else if (const auto* layer = AsObject<LayerRecord>(&object)) {
-    const auto& d = layer->data();
-    head("LAYER", "AcDbLayerTableRecord");
-    PutString(2, d.name);
-    PutInt(70, (d.frozen ? 1 : 0) | (d.locked ? 4 : 0));
-    int16_t aci = d.color.method == kColorByRgb ? NearestAci(d.color.rgb) : d.color.index;
-    if (aci < 1 || aci > 255) aci = 7;
-    // A layer that is off has a negative colour.
-    PutInt(62, d.on ? aci : -aci);
-    if (d.color.method == kColorByRgb) PutInt(420, d.color.rgb);
-    PutString(6, d.linetype != nullptr && Written(d.linetype) ? d.linetype->Name() : "Continuous");
-    if (!d.plottable) PutInt(290, 0);
-    PutInt(370, d.lineweight);
-    if (plot_style_normal() != 0) PutHandle(390, plot_style_normal());
-    if (d.material != nullptr && Written(d.material)) PutHandle(347, d.material->handle());
-  } else if (const auto* style = AsObject<TextStyleRecord>(&object)) {
-    const auto& d = style->data();
-    head("STYLE", "AcDbTextStyleTableRecord");
-    PutString(2, d.name);
-    PutInt(70, 0);
-    PutReal(40, d.height);
-    PutReal(41, d.width);
-    PutReal(50, d.oblique * kRadToDeg);
-    PutInt(71, d.generation_flags);
-    PutReal(42, d.last_height);
-    PutString(3, d.font_file);
-    PutString(4, d.big_font_file);
-    // A TrueType face is named in the style's ACAD extended data, with its
-    // charset, pitch and family, bold and italic bits.
-    bool acad_run = false;
-    if (style->xdata() != nullptr) {
-      for (const XDataRun& run : *style->xdata()) acad_run |= run.app != nullptr && run.app->Name() == "ACAD";
+    case ObjectClass::kTextStyle: {
+      const auto* style = static_cast<const TextStyleRecord*>(&object);
+      const auto& d = style->data();
+      head("STYLE", "AcDbTextStyleTableRecord");
+      PutString(2, d.name);
+      PutInt(70, 0);
+      PutReal(40, d.height);
+      PutReal(41, d.width);
+      PutReal(50, d.oblique * kRadToDeg);
+      PutInt(71, d.generation_flags);
+      PutReal(42, d.last_height);
+      PutString(3, d.font_file);
+      PutString(4, d.big_font_file);
+      // A TrueType face is named in the style's ACAD extended data, with its
+      // charset, pitch and family, bold and italic bits.
+      bool acad_run = false;
+      if (style->xdata() != nullptr) {
+        for (const XDataRun& run : *style->xdata()) acad_run |= run.app != nullptr && run.app->Name() == "ACAD";
+      }
+      if (!d.typeface.empty() && !acad_run) {
+        PutString(1001, "ACAD");
+        PutString(1000, d.typeface);
+        int64_t flags = (d.italic ? 0x01000000 : 0) | (d.bold ? 0x02000000 : 0) |
+                        ((d.charset & 0xFF) << 8) | (d.pitch_and_family & 0xFF);
+        PutInt(1071, flags);
+      }
+      break;
     }
-    if (!d.typeface.empty() && !acad_run) {
-      PutString(1001, "ACAD");
-      PutString(1000, d.typeface);
-      int64_t flags = (d.italic ? 0x01000000 : 0) | (d.bold ? 0x02000000 : 0) |
-                      ((d.charset & 0xFF) << 8) | (d.pitch_and_family & 0xFF);
-      PutInt(1071, flags);
+    case ObjectClass::kRegApp: {
+      const auto* app = static_cast<const RegApp*>(&object);
+      head("APPID", "AcDbRegAppTableRecord");
+      PutString(2, app->Name());
+      PutInt(70, 0);
+      break;
     }
-  } else if (const auto* app = AsObject<RegApp>(&object)) {
-    head("APPID", "AcDbRegAppTableRecord");
-    PutString(2, app->Name());
-    PutInt(70, 0);
-  } else if (const auto* dim = AsObject<DimStyleRecord>(&object)) {
-    head("DIMSTYLE", "AcDbDimStyleTableRecord", 105);
-    PutString(2, dim->Name());
-    PutInt(70, 0);
-  } else if (const auto* block = AsObject<BlockRecord>(&object)) {
-    const auto& d = block->data();
-    head("BLOCK_RECORD", "AcDbBlockTableRecord");
-    PutString(2, d.name);
-    PutHandle(340, d.layout != nullptr && Written(d.layout) ? d.layout->handle() : 0);
-    PutInt(70, d.units);
-    PutInt(280, d.explodable ? 1 : 0);
-    PutInt(281, 0);
-  } else {
-    return;
+    case ObjectClass::kDimStyle: {
+      const auto* dim = static_cast<const DimStyleRecord*>(&object);
+      head("DIMSTYLE", "AcDbDimStyleTableRecord", 105);
+      PutString(2, dim->Name());
+      PutInt(70, 0);
+      break;
+    }
+    case ObjectClass::kBlockRecord: {
+      const auto* block = static_cast<const BlockRecord*>(&object);
+      const auto& d = block->data();
+      head("BLOCK_RECORD", "AcDbBlockTableRecord");
+      PutString(2, d.name);
+      PutHandle(340, d.layout != nullptr && Written(d.layout) ? d.layout->handle() : 0);
+      PutInt(70, d.units);
+      PutInt(280, d.explodable ? 1 : 0);
+      PutInt(281, 0);
+      break;
+    }
+    case ObjectClass::kEntity:
+    case ObjectClass::kMaterial:
+    case ObjectClass::kLayout:
+    case ObjectClass::kDictionary:
+    case ObjectClass::kXRecord:
+    case ObjectClass::kGroup:
+    case ObjectClass::kSortentsTable:
+      return;  // entities and objects are written by EmitNewEntity and EmitNewObject
   }
   PutXData(object);
 }
@@ -119,58 +144,83 @@ void DbWriter::EmitNewObject(const DbObject& object, uint64_t owner) {
   // dictionary names the object it extends.
   std::vector<uint64_t> reactors;
   if (owner != 0) reactors.push_back(owner);
-  if (const auto* dict = AsObject<Dictionary>(&object)) {
-    PutObjectHead("DICTIONARY", object, owner, reactors);
-    PutString(100, "AcDbDictionary");
-    // Entries of an extension dictionary are owned by it (360).
-    bool extension = dict->owner() != nullptr && !AsObject<Dictionary>(dict->owner()) &&
-                     dict != doc_.named_objects();
-    if (extension) PutInt(280, 1);
-    PutInt(281, 1);
-    for (const DictEntry& e : EntriesOf(*dict)) {
-      PutString(3, e.key);
-      PutHandle(extension ? 360 : 350, e.handle);
+  switch (object.Class()) {
+    case ObjectClass::kDictionary: {
+      const auto* dict = static_cast<const Dictionary*>(&object);
+      PutObjectHead("DICTIONARY", object, owner, reactors);
+      PutString(100, "AcDbDictionary");
+      // Entries of an extension dictionary are owned by it (360).
+      bool extension = dict->owner() != nullptr && !AsObject<Dictionary>(dict->owner()) &&
+                       dict != doc_.named_objects();
+      if (extension) PutInt(280, 1);
+      PutInt(281, 1);
+      for (const DictEntry& e : EntriesOf(*dict)) {
+        PutString(3, e.key);
+        PutHandle(extension ? 360 : 350, e.handle);
+      }
+      break;
     }
-  } else if (const auto* x = AsObject<XRecord>(&object)) {
-    PutObjectHead("XRECORD", object, owner, reactors);
-    PutString(100, "AcDbXrecord");
-    PutInt(280, 1);
-    const auto& d = x->data();
-    for (size_t k = 0; k < d.codes.size() && k < d.values.size(); ++k) EmitXRecordValue(d.codes[k], d.values[k]);
-  } else if (const auto* g = AsObject<Group>(&object)) {
-    const auto& d = g->data();
-    PutObjectHead("GROUP", object, owner, reactors);
-    PutString(100, "AcDbGroup");
-    PutString(300, d.description);
-    PutInt(70, d.anonymous ? 1 : 0);
-    PutInt(71, d.selectable ? 1 : 0);
-    for (const Entity* e : g->LiveMembers()) {
-      if (Written(e)) PutHandle(340, e->handle());
+    case ObjectClass::kXRecord: {
+      const auto* x = static_cast<const XRecord*>(&object);
+      PutObjectHead("XRECORD", object, owner, reactors);
+      PutString(100, "AcDbXrecord");
+      PutInt(280, 1);
+      const auto& d = x->data();
+      for (size_t k = 0; k < d.codes.size() && k < d.values.size(); ++k) EmitXRecordValue(d.codes[k], d.values[k]);
+      break;
     }
-  } else if (const auto* s = AsObject<SortentsTable>(&object)) {
-    PutObjectHead("SORTENTSTABLE", object, owner, reactors);
-    PutString(100, "AcDbSortentsTable");
-    PutHandle(330, s->data().block != nullptr ? s->data().block->handle() : 0);
-    // The k-th entity drawn takes the k-th smallest handle as sort key.
-    std::vector<uint64_t> order;
-    for (const Entity* e : s->FullOrder()) {
-      if (Written(e)) order.push_back(e->handle());
+    case ObjectClass::kGroup: {
+      const auto* g = static_cast<const Group*>(&object);
+      const auto& d = g->data();
+      PutObjectHead("GROUP", object, owner, reactors);
+      PutString(100, "AcDbGroup");
+      PutString(300, d.description);
+      PutInt(70, d.anonymous ? 1 : 0);
+      PutInt(71, d.selectable ? 1 : 0);
+      for (const Entity* e : g->LiveMembers()) {
+        if (Written(e)) PutHandle(340, e->handle());
+      }
+      break;
     }
-    std::vector<uint64_t> keys = order;
-    std::sort(keys.begin(), keys.end());
-    for (size_t k = 0; k < order.size(); ++k) {
-      PutHandle(331, order[k]);
-      PutHandle(5, keys[k]);
+    case ObjectClass::kSortentsTable: {
+      const auto* s = static_cast<const SortentsTable*>(&object);
+      PutObjectHead("SORTENTSTABLE", object, owner, reactors);
+      PutString(100, "AcDbSortentsTable");
+      PutHandle(330, s->data().block != nullptr ? s->data().block->handle() : 0);
+      // The k-th entity drawn takes the k-th smallest handle as sort key.
+      std::vector<uint64_t> order;
+      for (const Entity* e : s->FullOrder()) {
+        if (Written(e)) order.push_back(e->handle());
+      }
+      std::vector<uint64_t> keys = order;
+      std::sort(keys.begin(), keys.end());
+      for (size_t k = 0; k < order.size(); ++k) {
+        PutHandle(331, order[k]);
+        PutHandle(5, keys[k]);
+      }
+      break;
     }
-  } else if (const auto* layout = AsObject<Layout>(&object)) {
-    EmitLayout(*layout, owner);
-  } else if (const auto* m = AsObject<MaterialRecord>(&object)) {
-    PutObjectHead("MATERIAL", object, owner, reactors);
-    PutString(100, "AcDbMaterial");
-    PutString(1, m->Name());
-    if (!m->data().description.empty()) PutString(2, m->data().description);
-  } else {
-    return;
+    case ObjectClass::kLayout: {
+      const auto* layout = static_cast<const Layout*>(&object);
+      EmitLayout(*layout, owner);
+      break;
+    }
+    case ObjectClass::kMaterial: {
+      const auto* m = static_cast<const MaterialRecord*>(&object);
+      PutObjectHead("MATERIAL", object, owner, reactors);
+      PutString(100, "AcDbMaterial");
+      PutString(1, m->Name());
+      if (!m->data().description.empty()) PutString(2, m->data().description);
+      break;
+    }
+    case ObjectClass::kEntity:
+    case ObjectClass::kBlockRecord:
+    case ObjectClass::kLayer:
+    case ObjectClass::kLinetype:
+    case ObjectClass::kTextStyle:
+    case ObjectClass::kRegApp:
+    case ObjectClass::kDimStyle:
+      return;  // entities and table records are written by EmitNewEntity and EmitNewRecord
   }
   PutXData(object);
 }
