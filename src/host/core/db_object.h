@@ -150,6 +150,27 @@ class DbObject : public Dispatch {
   ObjectCore core_;
 };
 
+// Whether objects of class `c` are records of a symbol table (written in the
+// TABLES section or, for blocks, as the block table's records).
+constexpr bool IsTableRecord(ObjectClass c) {
+  switch (c) {
+    case ObjectClass::kBlockRecord:
+    case ObjectClass::kLayer:
+    case ObjectClass::kLinetype:
+    case ObjectClass::kTextStyle:
+    case ObjectClass::kRegApp:
+    case ObjectClass::kDimStyle: return true;
+    case ObjectClass::kEntity:
+    case ObjectClass::kMaterial:
+    case ObjectClass::kLayout:
+    case ObjectClass::kDictionary:
+    case ObjectClass::kXRecord:
+    case ObjectClass::kGroup:
+    case ObjectClass::kSortentsTable: return false;
+  }
+  return false;
+}
+
 // `object` as the non-graphical class K, or nullptr when it is another.
 template <class K>
 const K* AsObject(const DbObject* object) {

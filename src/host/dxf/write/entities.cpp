@@ -67,8 +67,7 @@ void DbWriter::EmitNew(const DbObject& object, uint64_t owner_handle) {
   } restore{spelling_, outer};
   if (const auto* e = AsEntity(&object)) {
     EmitNewEntity(*e, owner_handle);
-  } else if (dynamic_cast<const NamedRecord*>(&object) && !AsObject<Layout>(&object) &&
-             !AsObject<MaterialRecord>(&object)) {
+  } else if (IsTableRecord(object.Class())) {
     EmitNewRecord(object, owner_handle);
   } else {
     EmitNewObject(object, owner_handle);

@@ -533,11 +533,7 @@ void DbWriter::EmitObjectTree(const DbObject& container) {
     if (e.object == nullptr || !Written(e.object)) continue;
     // An entry naming an entity or a table record (a damaged file may) does
     // not move it here: those are written in their own sections.
-    if (AsEntity(e.object) ||
-        (dynamic_cast<const NamedRecord*>(e.object) && !AsObject<Layout>(e.object) &&
-         !AsObject<MaterialRecord>(e.object))) {
-      continue;
-    }
+    if (AsEntity(e.object) || IsTableRecord(e.object->Class())) continue;
     if (!emitted_.count(e.object)) {
       emitted_[e.object] = true;
       uint64_t owner = e.object->owner() != nullptr && Written(e.object->owner())
