@@ -94,8 +94,8 @@ class DbObject : public Dispatch {
 
   // The ObjectARX class name ("AcDbLine").
   virtual std::string_view ObjectName() const = 0;
-  virtual bool IsEntity() const { return false; }
   virtual ObjectClass Class() const = 0;
+  bool IsEntity() const { return Class() == ObjectClass::kEntity; }
 
   // Call before every change: raises the erased error, lets the kind refuse
   // (an entity on a locked layer), and snapshots the state for undo once per

@@ -40,7 +40,6 @@ struct EntityBase {
 
 class Entity : public DbObject {
  public:
-  bool IsEntity() const override { return true; }
   ObjectClass Class() const final { return ObjectClass::kEntity; }
   // Which of the modelled kinds this entity is.
   virtual EntityKind Kind() const = 0;
