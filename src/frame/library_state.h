@@ -40,6 +40,9 @@ struct LibraryState {
       sibling_libraries;
   // Window functions.
   std::shared_ptr<Platform> platform = std::make_shared<HeadlessPlatform>();
+  // The hidden toolbox form's picture box (DwgPicturebox), the default
+  // surface of new preview canvases; made on first use.
+  ObjectRef toolbox_picture;
   // Number of ZActiveXCOM instances made so far (each keeps its own
   // number for AppTitle).
   int32_t zactivex_instances = 0;

@@ -10,6 +10,7 @@
 #define TOVIK_FRAME_PLATFORM_H_
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -24,6 +25,16 @@ inline constexpr int32_t kSwpNoSizeNoMoveNoActivateShow = 83;
 // SetWindowPos insert-after value that puts a window on top of its peers.
 inline constexpr int64_t kHwndTop = 0;
 
+// A picture put on the clipboard; it can be saved as a PNG file.
+class ClipboardImage {
+ public:
+  virtual ~ClipboardImage() = default;
+  virtual int32_t width() const = 0;
+  virtual int32_t height() const = 0;
+  // Writes the picture to `path`; false when the file cannot be written.
+  virtual bool SavePng(const std::string& path) const = 0;
+};
+
 // The window functions the library calls.
 class Platform {
  public:
@@ -34,6 +45,8 @@ class Platform {
   // size (cx, cy), as flags allow.
   virtual void SetWindowPos(int64_t hwnd, int64_t insert_after, int32_t x,
                             int32_t y, int32_t cx, int32_t cy, int32_t flags) = 0;
+  // Empties the clipboard, then puts `image` on it as a bitmap.
+  virtual void SetClipboardBitmap(std::shared_ptr<const ClipboardImage> image) = 0;
 };
 
 // One window call as HeadlessPlatform recorded it.
@@ -51,11 +64,18 @@ class HeadlessPlatform : public Platform {
   void SetForegroundWindow(int64_t hwnd) override;
   void SetWindowPos(int64_t hwnd, int64_t insert_after, int32_t x, int32_t y,
                     int32_t cx, int32_t cy, int32_t flags) override;
+  // The clipboard is a store in the process holding the last bitmap.
+  void SetClipboardBitmap(std::shared_ptr<const ClipboardImage> image) override {
+    clipboard_ = std::move(image);
+  }
   // The calls so far, oldest first.
   const std::vector<WindowCall>& calls() const { return calls_; }
+  // The bitmap on the clipboard, or nullptr.
+  const std::shared_ptr<const ClipboardImage>& clipboard() const { return clipboard_; }
 
  private:
   std::vector<WindowCall> calls_;
+  std::shared_ptr<const ClipboardImage> clipboard_;
 };
 
 // A form without a window: keeps the state a form has (enabled, visible,

@@ -7,6 +7,8 @@
 #include <string>
 #include <system_error>
 
+#include "frame/automation_error.h"
+
 namespace tovik {
 namespace {
 
@@ -386,6 +388,13 @@ std::optional<double> Val(std::string_view text) {
   const NumericParse parsed = DecimalValue(number, negative);
   if (parsed.status == NumericStatus::kOverflow) return std::nullopt;
   return parsed.value;
+}
+
+double DivideDoubles(double a, double b) {
+  if (b == 0.0) throw a == 0.0 ? errors::Overflow() : errors::DivisionByZero();
+  double q = a / b;
+  if (!std::isfinite(q)) throw errors::Overflow();
+  return q;
 }
 
 }  // namespace tovik

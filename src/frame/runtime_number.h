@@ -37,6 +37,11 @@ std::string FormatSingle(float value);
 // Infinities and NaN are returned unchanged.
 double RoundHalfEven(double value);
 
+// a / b as the runtime divides Doubles: 0 / 0 raises Overflow (6), any
+// other division by zero raises Division by zero (11), and a quotient too
+// large for a Double raises Overflow.
+double DivideDoubles(double a, double b);
+
 // CInt: rounds half to even and returns the Integer, or nullopt when the
 // rounded value lies outside -32768..32767 or is NaN (the caller raises
 // overflow, error 6).

@@ -2,6 +2,8 @@
 
 #include "frame/conversions.h"
 #include "frame/value_helpers.h"
+#include "geometry/vector_service.h"
+#include "toolkit/object_identity.h"
 
 namespace tovik {
 
@@ -20,6 +22,107 @@ void AcadSpace::ArrDbls2ArrPoints(const Variant& arr_dbl, Variant& arr_point,
   }
 }
 
+namespace {
+
+ObjectRef ObjectArg(CallArgs& a, size_t i) {
+  return a.Has(i) && !a[i].IsNothing() ? a[i].Object() : nullptr;
+}
+
+void AddTransformMembers(MemberTable<AcadSpace>& t) {
+  t.Method(
+      "TranslatePoint",
+      [](AcadSpace&, CallArgs& a) {
+        AcadSpace::TranslatePoint(a[0], a[1], CDbl(a[2]), CDbl(a[3]), CDbl(a[4]), a[5]);
+        return Variant();
+      },
+      5, 6);
+  t.Method(
+      "TranslatePointFromBlock",
+      [](AcadSpace&, CallArgs& a) {
+        AcadSpace::TranslatePointFromBlock(a[0], a[1].Object(), a[2], a[3], a[4]);
+        return Variant();
+      },
+      3, 5);
+  t.Method(
+      "TranslatePointToBlock",
+      [](AcadSpace&, CallArgs& a) {
+        AcadSpace::TranslatePointToBlock(a[0], a[1].Object(), a[2], a[3], a[4]);
+        return Variant();
+      },
+      3, 5);
+  t.Method(
+      "BRef_TransMatrix",
+      [](AcadSpace&, CallArgs& a) { return Variant(AcadSpace::BRef_TransMatrix(a[0].Object(), a[1])); },
+      1, 2);
+  t.Method(
+      "BRef_UCS",
+      [](AcadSpace&, CallArgs& a) { return Variant(AcadSpace::BRef_UCS(a[0].Object(), a[1])); },
+      1, 2);
+  t.Method(
+      "TranslateCoordinates",
+      [](AcadSpace&, CallArgs& a) {
+        AcadSpace::TranslateCoordinates(ObjectArg(a, 0), a[1], CLng(a[2]), CLng(a[3]), a[4]);
+        return Variant();
+      },
+      4, 5);
+  t.Method("UCSPoint", [](AcadSpace&, CallArgs& a) { return AcadSpace::UCSPoint(a[0]); }, 1, 1);
+  t.Method("WCSPoint", [](AcadSpace&, CallArgs& a) { return AcadSpace::WCSPoint(a[0]); }, 1, 1);
+  t.Method(
+      "Align3D",
+      [](AcadSpace&, CallArgs& a) {
+        AcadSpace::Align3D(a[0].Object(), a[1], a[2], a[3], a[4], a[5], a[6]);
+        return Variant();
+      },
+      7, 7);
+  // GetAcadScreenWCS(ThisDrawing[, ViewCentre, TLCorner, AcadHeight,
+  // AcadWidth, WindowHeight, WindowWidth, TwistAngle, ViewDir]): every
+  // output passed is written.
+  t.Method(
+      "GetAcadScreenWCS",
+      [](AcadSpace&, CallArgs& a) {
+        AcadSpace::ScreenView v = AcadSpace::GetAcadScreenWCS(a[0].Object());
+        const Variant outs[] = {v.view_centre,          v.tl_corner,
+                                Variant(v.acad_height), Variant(v.acad_width),
+                                Variant(v.window_height), Variant(v.window_width),
+                                Variant(v.twist_angle), v.view_dir};
+        for (size_t i = 0; i < 8; ++i) {
+          if (a.Has(i + 1)) a[i + 1] = outs[i];
+        }
+        return Variant();
+      },
+      1, 9);
+  t.Method(
+      "CurSpace", [](AcadSpace&, CallArgs& a) { return Variant(AcadSpace::CurSpace(ObjectArg(a, 0))); },
+      0, 1);
+}
+
+void AddIdentityMembers(MemberTable<AcadSpace>& t) {
+  t.Method(
+      "NewDwgPicture", [](AcadSpace&, CallArgs& a) { return Variant(AcadSpace::NewDwgPicture(a[0])); },
+      1, 1);
+  t.Property("SortEntsTable", [](AcadSpace&, CallArgs&) {
+    ObjectRef block;
+    return Variant(SortentsTable(block));
+  });
+  t.Method("ObjectID", [](AcadSpace&, CallArgs& a) { return ObjectIdOf(a[0].Object()); }, 1, 1);
+  t.Method("OwnerID", [](AcadSpace&, CallArgs& a) { return OwnerIdOf(a[0].Object()); }, 1, 1);
+  t.Method(
+      "ObjectIDToObject",
+      [](AcadSpace&, CallArgs& a) {
+        ObjectRef doc = ObjectArg(a, 1);
+        ObjectRef found = ObjectFromId(a[0], doc);
+        if (a.Has(1)) a[1] = Variant(doc);
+        return Variant(found);
+      },
+      1, 2);
+  t.Method(
+      "Block_OwnerOf",
+      [](AcadSpace&, CallArgs& a) { return Variant(AcadSpace::Block_OwnerOf(a[0].Object(), a[1])); },
+      1, 2);
+}
+
+}  // namespace
+
 // Members in interface order, by family. The frame registers the value
 // members; the attribute, block reference, transform, polyline, sub-entity,
 // lisp and identity families register theirs as they are written.
@@ -33,6 +136,8 @@ const MemberTable<AcadSpace>& AcadSpace::Members() {
           return Variant();
         },
         2, 3);
+    AddTransformMembers(t);
+    AddIdentityMembers(t);
     return t;
   }();
   return table;

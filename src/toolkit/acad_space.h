@@ -38,6 +38,101 @@ class AcadSpace : public DispatchObject<AcadSpace> {
   // 13.
   static void ArrDbls2ArrPoints(const Variant& arr_dbl, Variant& arr_point,
                                 const Variant& xy_only = Variant::Missing());
+
+  // ---- Coordinate transforms (acad_space_transforms.cpp). Points are
+  // arrays of three Doubles; angles are radians. Host failures reach the
+  // caller (no trap) unless said otherwise.
+
+  // TranslatePoint(Point, Displacement, Rotation, XScaleFactor,
+  // YScaleFactor[, BasePoint]): Point (in/out) is scaled about BasePoint
+  // (x and y only; the world origin when BasePoint is Missing), then turned
+  // by Rotation about BasePoint in the XY plane, then moved by
+  // Displacement(0..2). A scale product that overflows raises 6 and leaves
+  // Point as it was.
+  static void TranslatePoint(Variant& point, const Variant& displacement, double rotation,
+                             double x_scale, double y_scale,
+                             const Variant& base_point = Variant::Missing());
+  // TranslatePointFromBlock(BlockPoint, BlockRef, OutsidePoint[,
+  // IgnoreScale][, IsVector]): OutsidePoint (written) = InsertionPoint +
+  // Rot(Rotation) · S · (BlockPoint − Origin), Origin that of the block
+  // definition named by BlockRef.Name. IgnoreScale keeps only the signs of
+  // the x and y factors (mirroring); IsVector maps a displacement (the
+  // image of (0, 0, 0) is subtracted). The mapping is planar: Normal and
+  // ZScaleFactor are not used, z passes through.
+  static void TranslatePointFromBlock(const Variant& block_point, const ObjectRef& block_ref,
+                                      Variant& outside_point,
+                                      const Variant& ignore_scale = Variant::Missing(),
+                                      const Variant& is_vector = Variant::Missing());
+  // TranslatePointToBlock(OutsidePoint, BlockRef, BlockPoint[, IgnoreScale]
+  // [, IsVector]): the exact inverse, BlockPoint (written) = Origin + S⁻¹ ·
+  // Rot(−Rotation) · (OutsidePoint − InsertionPoint). A zero scale factor
+  // raises 11 (6 when the coordinate divided is 0 too).
+  static void TranslatePointToBlock(const Variant& outside_point, const ObjectRef& block_ref,
+                                    Variant& block_point,
+                                    const Variant& ignore_scale = Variant::Missing(),
+                                    const Variant& is_vector = Variant::Missing());
+  // BRef_TransMatrix(Bref[, IgnoreScale]): a new 4 x 4 TransMatrix placing
+  // the definition in world coordinates: columns 0 to 2 the reference's X,
+  // Y and normal axes (OCS axes of its Normal turned by Rotation, times the
+  // scale factors unless IgnoreScale), column 3 the translation that sends
+  // the definition's Origin to the InsertionPoint.
+  static ObjectRef BRef_TransMatrix(const ObjectRef& bref,
+                                    const Variant& ignore_scale = Variant::Missing());
+  // BRef_UCS(Block[, ConvertOrgToMM]): a new UCS of the reference Block:
+  // origin its InsertionPoint (in millimetres of the block that holds it
+  // when ConvertOrgToMM is True), X and Y axes the definition's unit axes
+  // mapped as vectors without scale (rotation and mirroring kept), Z their
+  // cross product.
+  static ObjectRef BRef_UCS(const ObjectRef& block,
+                            const Variant& convert_org_to_mm = Variant::Missing());
+  // TranslateCoordinates(AcadDrawing, pointslist, fromCS, toCS[, dims]):
+  // converts the flat list pointslist (in/out) in place, one host call per
+  // point of `dims` values (3 when Missing; z sent as 0 when dims is 2).
+  // Never raises: the first error (normally reading past the end of the
+  // list) ends the walk, leaving the points before it converted.
+  static void TranslateCoordinates(const ObjectRef& acad_drawing, Variant& points_list,
+                                   int32_t from_cs, int32_t to_cs,
+                                   const Variant& dims = Variant::Missing());
+  // UCSPoint(WCSPoint) / WCSPoint(UCSPoint): the point in the current
+  // drawing's UCS / in world coordinates.
+  static Variant UCSPoint(const Variant& wcs_point);
+  static Variant WCSPoint(const Variant& ucs_point);
+  // Align3D(AcadEnt, Base1, Base2, Base3, Dest1, Dest2, Dest3): moves the
+  // entity by Dest1 − Base1, then turns it about an axis through Dest1 so
+  // that the direction Base1→Base2 points along Dest1→Dest2, then about
+  // Dest1→Dest2 so that Base3 lies in the plane of the three destination
+  // points. A turn whose angle is 0 is not made. No scaling.
+  static void Align3D(const ObjectRef& acad_ent, const Variant& base1, const Variant& base2,
+                      const Variant& base3, const Variant& dest1, const Variant& dest2,
+                      const Variant& dest3);
+  // The outputs of GetAcadScreenWCS, each written whether or not the caller
+  // passed a variable for it.
+  struct ScreenView {
+    Variant view_centre, tl_corner, view_dir;
+    double acad_height = 0, acad_width = 0, window_height = 0, window_width = 0,
+           twist_angle = 0;
+  };
+  // GetAcadScreenWCS(ThisDrawing, ...): the current view of ThisDrawing in
+  // world coordinates from SCREENSIZE, VIEWSIZE, VIEWCTR, VIEWTWIST and
+  // VIEWDIR: its centre, the top-left corner of the window, the height and
+  // width in drawing units and in pixels, the twist and the view direction.
+  static ScreenView GetAcadScreenWCS(const ObjectRef& this_drawing);
+  // CurSpace([AcadDrawing]): the block of the space new entities go to:
+  // model space, unless the drawing is in paper space with no model-space
+  // viewport active; then PaperSpace (ActiveLayout.Block when reading
+  // PaperSpace fails). Nothing or Missing means the current drawing.
+  static ObjectRef CurSpace(const ObjectRef& acad_drawing = nullptr);
+
+  // ---- Object identity and the preview canvas (acad_space_identity.cpp).
+
+  // NewDwgPicture(Picture): a new canvas attached to Picture; Nothing
+  // means the library's own picture box, written back into Picture.
+  static ObjectRef NewDwgPicture(Variant& picture);
+  // Block_OwnerOf(AcadEnt[, IgnoreBref]): the block that owns AcadEnt;
+  // with IgnoreBref True an attribute's reference is passed over to the
+  // block holding that reference.
+  static ObjectRef Block_OwnerOf(const ObjectRef& acad_ent,
+                                 const Variant& ignore_bref = Variant::Missing());
 };
 
 }  // namespace tovik
