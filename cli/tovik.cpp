@@ -5,6 +5,8 @@
 //   tovik info FILE.dxf    a summary of a drawing (version, units, tables,
 //                          entity counts, extended data, repairs)
 //   tovik convert IN OUT   reads any DXF and writes it in the host's version
+//   tovik preview FILE.dxf -o OUT.png|OUT.svg [options]
+//                          a picture of the drawing (see preview_command.h)
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -21,6 +23,7 @@
 #include "host/entities/kinds.h"
 #include "host/tables/block.h"
 #include "host/tables/records.h"
+#include "cli/preview_command.h"
 #include "type_library.h"
 
 namespace {
@@ -29,7 +32,9 @@ constexpr const char* kUsage =
     "usage: tovik --version\n"
     "       tovik classes\n"
     "       tovik info FILE.dxf\n"
-    "       tovik convert IN.dxf OUT.dxf\n";
+    "       tovik convert IN.dxf OUT.dxf\n"
+    "       tovik preview FILE.dxf -o OUT.png|OUT.svg [--size WxH] [--layout NAME]\n"
+    "                     [--window X1,Y1,X2,Y2] [--background black|white]\n";
 
 int PrintVersion() {
   std::printf("tovik %.*s (type library %.*s)\n",
@@ -134,6 +139,7 @@ int main(int argc, char** argv) {
   if (command == "classes") return PrintClasses();
   if (command == "info" && argc == 3) return Info(argv[2]);
   if (command == "convert" && argc == 4) return Convert(argv[2], argv[3]);
+  if (command == "preview") return tovik::cli::Preview(argc - 2, argv + 2);
   if (command == "--help" || command == "help") {
     std::fputs(kUsage, stdout);
     return 0;

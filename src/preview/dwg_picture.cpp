@@ -69,21 +69,35 @@ geometry::Vec2 DwgPicture::ToDrawing(float px_in, float py_in) const {
   return {DivideDoubles(px, scale_) + At(origin_, 0), DivideDoubles(h - py, scale_) + At(origin_, 1)};
 }
 
-void DwgPicture::DrawLine(const Variant& start, const Variant& end, int32_t color) {
-  geometry::Vec2 a = ToPicture(At(start, 0), At(start, 1));
-  geometry::Vec2 b = ToPicture(At(end, 0), At(end, 1));
+void DwgPicture::DrawLine(geometry::Vec2 start, geometry::Vec2 end, int32_t color) {
+  geometry::Vec2 a = ToPicture(start.x, start.y);
+  geometry::Vec2 b = ToPicture(end.x, end.y);
   surface().DrawLine(a.x, a.y, b.x, b.y, color);
 }
 
+void DwgPicture::DrawCircle(geometry::Vec2 center, double radius, int32_t color) {
+  geometry::Vec2 c = ToPicture(center.x, center.y);
+  surface().DrawCircle(c.x, c.y, radius * scale_, color);
+}
+
+void DwgPicture::DrawArc(geometry::Vec2 center, double radius, int32_t color, double start,
+                         double end) {
+  geometry::Vec2 c = ToPicture(center.x, center.y);
+  surface().DrawArc(c.x, c.y, radius * scale_, color, start, end);
+}
+
+void DwgPicture::DrawLine(const Variant& start, const Variant& end, int32_t color) {
+  DrawLine(geometry::Vec2{At(start, 0), At(start, 1)}, geometry::Vec2{At(end, 0), At(end, 1)},
+           color);
+}
+
 void DwgPicture::DrawCircle(const Variant& center, const Variant& radius, int32_t color) {
-  geometry::Vec2 c = ToPicture(At(center, 0), At(center, 1));
-  surface().DrawCircle(c.x, c.y, CDbl(radius) * scale_, color);
+  DrawCircle(geometry::Vec2{At(center, 0), At(center, 1)}, CDbl(radius), color);
 }
 
 void DwgPicture::DrawArc(const Variant& center, const Variant& radius, int32_t color,
                          double start, double end) {
-  geometry::Vec2 c = ToPicture(At(center, 0), At(center, 1));
-  surface().DrawArc(c.x, c.y, CDbl(radius) * scale_, color, start, end);
+  DrawArc(geometry::Vec2{At(center, 0), At(center, 1)}, CDbl(radius), color, start, end);
 }
 
 // Members in interface order.

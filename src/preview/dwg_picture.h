@@ -54,6 +54,10 @@ class DwgPicture : public DispatchObject<DwgPicture> {
   geometry::Vec2 ToPicture(double x, double y) const;
   geometry::Vec2 ToDrawing(float px, float py) const;
   void DrawLine(const Variant& start, const Variant& end, int32_t color);
+  // The same for points and lengths in drawing units given as numbers.
+  void DrawLine(geometry::Vec2 start, geometry::Vec2 end, int32_t color);
+  void DrawCircle(geometry::Vec2 center, double radius, int32_t color);
+  void DrawArc(geometry::Vec2 center, double radius, int32_t color, double start, double end);
   void DrawCircle(const Variant& center, const Variant& radius, int32_t color);
   // The arc's angles are passed to the surface unchanged (not adjusted for
   // the y flip or mirroring).

@@ -136,31 +136,56 @@ void PictureBox::DrawArc(double cx, double cy, double radius, int32_t color, dou
   Stroke(color);
 }
 
-void PictureBox::FillPolygon(std::span<const geometry::Vec2> points, int32_t color) {
-  if (points.empty()) return;
+void PictureBox::FillRings(std::span<const std::vector<geometry::Vec2>> rings, int32_t color) {
   double sx = PixelsPerUnitX(), sy = PixelsPerUnitY();
-  cairo_move_to(cr_, points[0].x * sx, points[0].y * sy);
-  for (const geometry::Vec2& p : points.subspan(1)) cairo_line_to(cr_, p.x * sx, p.y * sy);
-  cairo_close_path(cr_);
+  for (const auto& ring : rings) {
+    if (ring.empty()) continue;
+    cairo_move_to(cr_, ring[0].x * sx, ring[0].y * sy);
+    for (size_t k = 1; k < ring.size(); ++k) cairo_line_to(cr_, ring[k].x * sx, ring[k].y * sy);
+    cairo_close_path(cr_);
+  }
   SetColor(cr_, color);
   cairo_set_fill_rule(cr_, CAIRO_FILL_RULE_EVEN_ODD);
   cairo_fill(cr_);
 }
 
+void PictureBox::SelectFace(const char* family, double cap_px) {
+  // fontconfig picks the face: the family asked for when the machine has
+  // it, its closest substitute otherwise (DejaVu Sans on a bare Debian).
+  cairo_select_font_face(cr_, family, CAIRO_FONT_SLANT_NORMAL, CAIRO_FONT_WEIGHT_NORMAL);
+  // A drawing's text height is the height of its capital letters: size the
+  // face so that its "H" is that tall.
+  cairo_set_font_size(cr_, cap_px);
+  cairo_text_extents_t h;
+  cairo_text_extents(cr_, "H", &h);
+  cairo_set_font_size(cr_, h.height > 0 ? cap_px * cap_px / h.height : cap_px);
+}
+
+double PictureBox::TextWidth(const char* utf8, const char* family, double height) {
+  double cap = height * PixelsPerUnitY();
+  if (!(cap > 0)) return 0;
+  cairo_save(cr_);
+  SelectFace(family, cap);
+  cairo_text_extents_t ext;
+  cairo_text_extents(cr_, utf8, &ext);
+  cairo_restore(cr_);
+  return ext.x_advance / PixelsPerUnitX();
+}
+
 void PictureBox::DrawText(double x, double y, double height, double angle, const char* utf8,
-                          const char* font_family, int32_t color) {
+                          const char* family, int32_t color, double align_x, double align_y,
+                          double x_scale) {
   double sy = PixelsPerUnitY();
-  if (height * sy < 0.5) return;  // below half a pixel nothing shows
+  double cap = height * sy;
+  if (cap < 0.5) return;  // below half a pixel nothing shows
   cairo_save(cr_);
   cairo_translate(cr_, x * PixelsPerUnitX(), y * sy);
   cairo_rotate(cr_, -angle);
-  // fontconfig picks the face: the family asked for when the machine has
-  // it, its closest substitute otherwise.
-  cairo_select_font_face(cr_, font_family, CAIRO_FONT_SLANT_NORMAL, CAIRO_FONT_WEIGHT_NORMAL);
-  // The font size is the em height; a drawing's text height is the height
-  // of a capital letter, about 0.72 em in common faces.
-  cairo_set_font_size(cr_, height * sy / 0.72);
-  cairo_move_to(cr_, 0, 0);
+  if (x_scale > 0 && x_scale != 1) cairo_scale(cr_, x_scale, 1);
+  SelectFace(family, cap);
+  cairo_text_extents_t ext;
+  cairo_text_extents(cr_, utf8, &ext);
+  cairo_move_to(cr_, -align_x * ext.x_advance, align_y * cap);
   SetColor(cr_, color);
   cairo_show_text(cr_, utf8);
   cairo_restore(cr_);

@@ -45,9 +45,11 @@ class PictureBox : public DispatchObject<PictureBox>, public PictureSurface {
   void DrawCircle(double cx, double cy, double radius, int32_t color) override;
   void DrawArc(double cx, double cy, double radius, int32_t color, double start,
                double end) override;
-  void FillPolygon(std::span<const geometry::Vec2> points, int32_t color) override;
+  void FillRings(std::span<const std::vector<geometry::Vec2>> rings, int32_t color) override;
   void DrawText(double x, double y, double height, double angle, const char* utf8,
-                const char* font_family, int32_t color) override;
+                const char* family, int32_t color, double align_x = 0, double align_y = 0,
+                double x_scale = 1) override;
+  double TextWidth(const char* utf8, const char* family, double height) override;
   void CopyToClipboard() override;
 
   int32_t width_px() const { return width_; }
@@ -69,6 +71,8 @@ class PictureBox : public DispatchObject<PictureBox>, public PictureSurface {
   double PixelsPerUnitX() const;
   double PixelsPerUnitY() const;
   void Stroke(int32_t color);
+  // Selects `family` sized so that its capitals are cap_px pixels tall.
+  void SelectFace(const char* family, double cap_px);
 
   int32_t width_;
   int32_t height_;

@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <span>
+#include <vector>
 
 #include "geometry/vec3.h"
 
@@ -44,12 +45,20 @@ class PictureSurface {
   virtual void DrawCircle(double cx, double cy, double radius, int32_t color) = 0;
   virtual void DrawArc(double cx, double cy, double radius, int32_t color, double start,
                        double end) = 0;
-  // A filled polygon, its points in scale units (for hatches and solids).
-  virtual void FillPolygon(std::span<const geometry::Vec2> points, int32_t color) = 0;
-  // Text with its baseline starting at (x, y), `height` scale units tall,
-  // turned by `angle` radians counter-clockwise on the screen.
+  // Closed rings filled by the even-odd rule (a ring inside another is a
+  // hole), points in scale units: hatches and solids.
+  virtual void FillRings(std::span<const std::vector<geometry::Vec2>> rings, int32_t color) = 0;
+  // A line of text anchored at (x, y), its capital letters `height` scale
+  // units tall, turned by `angle` radians counter-clockwise on the screen,
+  // in the face fontconfig gives for `family`. The anchor is at the
+  // fraction align_x of the text's advance (0 left, 0.5 centre, 1 right)
+  // and align_y of the capital height above the baseline (0 baseline, 0.5
+  // middle, 1 top). x_scale stretches the letters along the baseline.
   virtual void DrawText(double x, double y, double height, double angle, const char* utf8,
-                        const char* font_file, int32_t color) = 0;
+                        const char* family, int32_t color, double align_x = 0,
+                        double align_y = 0, double x_scale = 1) = 0;
+  // The advance width, in scale units, of `utf8` drawn as DrawText would.
+  virtual double TextWidth(const char* utf8, const char* family, double height) = 0;
   // Clears the clipboard and puts the persistent image on it as a bitmap.
   virtual void CopyToClipboard() = 0;
 };

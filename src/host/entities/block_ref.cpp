@@ -181,6 +181,26 @@ Variant ConvertToAnonymousBlock(BlockRef& s, CallArgs&) {
 
 }  // namespace
 
+namespace {
+
+// A multiple insert's grid (IAcadMInsertBlock): Columns, Rows,
+// ColumnSpacing, RowSpacing. A plain reference does not have them (438).
+BlockRef& Grid(BlockRef& s) {
+  if (s.data().columns <= 1 && s.data().rows <= 1) throw errors::NotSupported();
+  return s;
+}
+
+void AddGridMembers(MemberTable<BlockRef>& t) {
+  using K = BlockRef;
+  t.Property("Columns", [](K& s, CallArgs&) { return Variant(Grid(s).data().columns); });
+  t.Property("Rows", [](K& s, CallArgs&) { return Variant(Grid(s).data().rows); });
+  t.Property("ColumnSpacing",
+             [](K& s, CallArgs&) { return Variant(Grid(s).data().column_spacing); });
+  t.Property("RowSpacing", [](K& s, CallArgs&) { return Variant(Grid(s).data().row_spacing); });
+}
+
+}  // namespace
+
 const MemberTable<BlockRef>& BlockRef::Members() {
   static const MemberTable<BlockRef> table = [] {
     MemberTable<BlockRef> t;
@@ -213,6 +233,7 @@ const MemberTable<BlockRef>& BlockRef::Members() {
     t.Property("YEffectiveScaleFactor", GetEffectiveScale<1>, LetEffectiveScale<1>);
     t.Property("ZEffectiveScaleFactor", GetEffectiveScale<2>, LetEffectiveScale<2>);
     AddNormalMember(t);
+    AddGridMembers(t);
     t.Property("IsDynamicBlock", [](K& s, CallArgs&) { return Variant(s.IsDynamic()); });
     t.Property("HasAttributes", [](K& s, CallArgs&) {
       for (const Entity* e : s.data().block->entities()) {

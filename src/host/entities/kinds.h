@@ -333,6 +333,13 @@ class GenericEntity final : public HostObject<GenericEntity, Entity> {
     std::vector<geometry::Vec3> points;  // vertices, control or corner points
     std::vector<double> bulges;          // per vertex (2D polylines)
     std::vector<double> reals;           // widths, knots, weights, sizes
+    // Splines: the first control_count points are the control points, the
+    // rest the fit points; knots (40), weights (41, empty when all are 1)
+    // and the degree (71).
+    size_t control_count = 0;
+    std::vector<double> knots;
+    std::vector<double> weights;
+    int32_t degree = 3;
     int32_t flags = 0;                   // DXF 70
     bool closed = false;
     geometry::Vec3 normal = kZAxis;

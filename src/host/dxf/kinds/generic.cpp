@@ -36,6 +36,11 @@ std::shared_ptr<Entity> LoadGeneric(Loader&, const Record& record, const RecordF
       if (t.code >= 10 && t.code <= 18) d.points.push_back({t.real, 0, 0});
       if (t.code >= 20 && t.code <= 28 && !d.points.empty()) d.points.back().y = NumberOf(t);
       if (t.code >= 30 && t.code <= 37 && !d.points.empty()) d.points.back().z = NumberOf(t);
+      if (d.kind != GenericKind::kSpline) continue;
+      if (t.code == 10) ++d.control_count;
+      if (t.code == 40) d.knots.push_back(NumberOf(t));
+      if (t.code == 41) d.weights.push_back(NumberOf(t));
+      if (t.code == 71) d.degree = static_cast<int32_t>(NumberOf(t));
     }
   } else {
     d.elevation = RealOr(r, 30, 0);
