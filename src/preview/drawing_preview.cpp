@@ -62,9 +62,9 @@ std::vector<double> PatternAngles(std::string_view name) {
 
 Vec2 Plan(const Vec3& p) { return {p.x, p.y}; }
 
-// Text of an MText string without its formatting codes; paragraphs become
-// separate lines.
-std::vector<std::string> MTextLines(std::string_view s) {
+}  // namespace
+
+std::vector<std::string> PlainMTextLines(std::string_view s) {
   std::vector<std::string> lines(1);
   for (size_t i = 0; i < s.size(); ++i) {
     char c = s[i];
@@ -96,6 +96,8 @@ std::vector<std::string> MTextLines(std::string_view s) {
   }
   return lines;
 }
+
+namespace {
 
 class Renderer {
  public:
@@ -496,7 +498,7 @@ class Renderer {
     double height = CDbl(GetProperty(e, "Height"));
     std::string family = FontFamily(e);
     std::vector<std::string> lines =
-        Wrapped(MTextLines(CStr(GetProperty(e, "TextString"))), CDbl(GetProperty(e, "Width")),
+        Wrapped(PlainMTextLines(CStr(GetProperty(e, "TextString"))), CDbl(GetProperty(e, "Width")),
                 height, family);
     double rotation = CDbl(GetProperty(e, "Rotation"));
     int32_t attach = std::clamp(CLng(GetProperty(e, "AttachmentPoint")), 1, 9);

@@ -13,6 +13,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "frame/dispatch.h"
@@ -55,6 +56,11 @@ struct PreviewReport {
 // layout's entities. Raises what the host raises for an unknown layout.
 PreviewReport DrawDrawingPreview(const ObjectRef& document, DwgPicture& canvas,
                                  const PreviewOptions& options);
+
+// The lines of an MText string without its formatting codes: \P breaks a
+// paragraph, \~ is a space, \\ \{ \} are the characters, stacked text
+// \Sa^b; shows as a/b, other codes and braces are dropped.
+std::vector<std::string> PlainMTextLines(std::string_view text);
 
 // The RGB Long (red in the low byte) of colour index `aci` (1 to 255).
 int32_t AciToRgb(int32_t aci);
