@@ -131,6 +131,17 @@ TEST(DxfDrawingRead, MapsOcsGeometryAndDegreesToTheLiveObject) {
   EXPECT_DOUBLE_EQ(arc->data().center.y, 4.0);
   EXPECT_DOUBLE_EQ(arc->data().start_angle, 3.141592653589793 / 2);
   EXPECT_DOUBLE_EQ(arc->data().end_angle, 3.141592653589793);
+  // An MTEXT's direction is its own 11, not the 11 (a point) of the
+  // embedded object that follows "101 Embedded Object"; without an 11 of
+  // its own, 50 (degrees) turns it.
+  doc = ReadDrawingBuffer(*app,
+                          "0\nSECTION\n2\nENTITIES\n0\nMTEXT\n5\n32\n8\n0\n100\nAcDbMText\n"
+                          "10\n5\n20\n6\n40\n2\n1\nA\n101\nEmbedded Object\n10\n1\n20\n0\n"
+                          "11\n5\n21\n6\n0\nMTEXT\n5\n33\n8\n0\n10\n0\n20\n0\n40\n2\n1\nB\n"
+                          "50\n90\n0\nENDSEC\n0\nEOF\n",
+                          "m.dxf");
+  EXPECT_EQ(As<MText>(doc->FindByHandle(0x32))->data().rotation, 0.0);
+  EXPECT_DOUBLE_EQ(As<MText>(doc->FindByHandle(0x33))->data().rotation, 3.141592653589793 / 2);
 }
 
 

@@ -3,6 +3,7 @@
 #include "host/dxf/kinds/kinds.h"
 
 #include <cmath>
+#include <optional>
 
 #include "host/dxf/read/loader.h"
 #include "host/dxf/write/writer.h"
@@ -58,9 +59,16 @@ std::shared_ptr<Entity> LoadMText(Loader& loader, const Record& record, const Re
   d.drawing_direction = static_cast<int32_t>(IntOr(r, 72, 1));
   d.line_spacing_factor = RealOr(r, 44, 1);
   d.style = loader.StyleNamed(r.StringOr(7, "Standard"));
-  if (r.Find(11)) {
-    Vec3 dir = PointOr(r, 11);
-    d.rotation = NormalAngle(std::atan2(dir.y, dir.x));
+  // The direction (11) counts only in the entity's own data: the embedded
+  // object after "101 Embedded Object" has an 11 of its own (a point).
+  std::optional<Vec3> dir;
+  for (const Tag& t : record.Body()) {
+    if (t.code == 101) break;
+    if (t.code == 11) dir = Vec3{NumberOf(t), 0, 0};
+    if (t.code == 21 && dir) dir->y = NumberOf(t);
+  }
+  if (dir) {
+    d.rotation = NormalAngle(std::atan2(dir->y, dir->x));
   } else {
     d.rotation = RealOr(r, 50, 0) * kDegToRad;
   }
