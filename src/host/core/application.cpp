@@ -19,6 +19,11 @@ std::shared_ptr<Application> Application::Create(HostOptions options) {
   return app;
 }
 
+FontMetrics& Application::fonts() {
+  if (!fonts_) fonts_ = std::make_unique<FontMetrics>();
+  return *fonts_;
+}
+
 Application::~Application() {
   for (auto& doc : documents_) doc->Close();
 }

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "frame/member_table.h"
+#include "host/core/font_metrics.h"
 #include "host/core/host_events.h"
 
 namespace tovik::host {
@@ -96,10 +97,15 @@ class Application : public DispatchObject<Application> {
   // ObjectModified(text).
   void RaiseObjectModified(std::string text);
 
+ // The widths of texts in their faces, shared by the documents; made on
+  // first use.
+  FontMetrics& fonts();
+
  private:
   explicit Application(HostOptions options) : options_(options) {}
 
   HostOptions options_;
+  std::unique_ptr<FontMetrics> fonts_;
   std::shared_ptr<HostEvents> events_;
   std::vector<std::shared_ptr<Document>> documents_;
   std::shared_ptr<Document> active_;

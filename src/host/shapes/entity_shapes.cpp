@@ -7,6 +7,9 @@
 #include "geometry/bulge.h"
 #include "geometry/ellipse.h"
 #include "geometry/ocs.h"
+#include "host/core/application.h"
+#include "host/core/document.h"
+#include "host/tables/records.h"
 
 namespace tovik::host {
 
@@ -111,22 +114,30 @@ void AddMText(Sink& sink, const MText::Data& d) {
   if (d.text.empty()) return;
   auto ax = geometry::ArbitraryAxis(d.normal);
   if (!ax || !(d.height > 0)) return;
-  // Lines split at paragraph codes and line feeds; formatting codes are
-  // counted as characters (an overestimate, never an underestimate).
-  size_t lines = 1, longest = 0, current = 0;
+  // Lines split at paragraph codes and line feeds, each measured in the
+  // style's face; formatting codes are measured as characters (an
+  // overestimate, never an underestimate).
+  size_t lines = 1;
+  double longest = 0;
+  size_t start = 0;
+  auto measure = [&](size_t end) {
+    std::string_view line(d.text.data() + start, end - start);
+    double w = d.style ? d.style->document()->application()->fonts().Width(
+                             d.style->data().font_file, line, d.height)
+                       : kFallbackCharWidth * d.height * double(CodePoints(line));
+    longest = std::max(longest, w);
+  };
   for (size_t i = 0; i < d.text.size(); ++i) {
     const bool para = d.text.compare(i, 2, "\\P") == 0;
     if (para || d.text[i] == '\n') {
+      measure(i);
       ++lines;
-      longest = std::max(longest, current);
-      current = 0;
       if (para) ++i;
-      continue;
+      start = i + 1;
     }
-    current += (static_cast<unsigned char>(d.text[i]) & 0xC0) != 0x80;
   }
-  longest = std::max(longest, current);
-  const double w = d.width > 0 ? d.width : kCharWidthFactor * d.height * double(longest);
+  measure(d.text.size());
+  const double w = d.width > 0 ? d.width : longest;
   const double h = d.height + double(lines - 1) * d.height * (5.0 / 3.0) * d.line_spacing_factor;
   const Vec3 dir = ax->x * std::cos(d.rotation) + ax->y * std::sin(d.rotation);
   const Vec3 up = geometry::Cross(ax->z, dir);
@@ -211,7 +222,9 @@ Matrix4 BlockRefCellMatrix(const BlockRef::Data& d, int column, int row) {
 Matrix4 BlockRefMatrix(const BlockRef::Data& d) { return BlockRefCellMatrix(d, 0, 0); }
 
 double TextWidth(const TextData& d, std::string_view text) {
-  return kCharWidthFactor * d.height * d.width_factor * double(CodePoints(text));
+  if (!d.style) return kFallbackCharWidth * d.height * d.width_factor * double(CodePoints(text));
+  FontMetrics& fonts = d.style->document()->application()->fonts();
+  return fonts.Width(d.style->data().font_file, text, d.height) * d.width_factor;
 }
 
 std::optional<std::vector<Vec3>> TextBox(const TextData& d, std::string_view text) {

@@ -20,6 +20,7 @@
 #include "geometry/matrix.h"
 #include "geometry/selection_geometry.h"
 #include "geometry/vec3.h"
+#include "host/core/font_metrics.h"
 #include "host/entities/kinds.h"
 
 namespace tovik::host {
@@ -31,8 +32,6 @@ struct Outline {
 // One piece of an entity's shape.
 using Primitive = std::variant<geometry::Curve, Outline, geometry::Vec3>;
 
-// Width of one character in the font model, as a fraction of the height.
-inline constexpr double kCharWidthFactor = 0.6;
 // How deep block references may nest before the contents are ignored (a
 // guard against cycles a loader might create; InsertBlock refuses them).
 inline constexpr int kMaxBlockNesting = 64;

@@ -39,16 +39,26 @@ TEST_F(GeometryTest, CurveExtentsIncludeArcExtremesAndBulges) {
   ExpectBox(Line(7, 7, 7, 7), {7, 7, 0}, {7, 7, 0});
 }
 
-TEST_F(GeometryTest, TextExtentsFollowTheFontModelAndAlignment) {
-  // "ABCD", height 2: 4 × 0.6 × 2 = 4.8 wide.
+TEST_F(GeometryTest, TextExtentsAreTheGlyphsWidthInTheStylesFaceAndFollowAlignment) {
+  auto width = [&](const char* text, double height) {
+    const auto [lo, hi] =
+        BoxOf(CallMethod(ms, "AddText", {Variant(text), Pt(0, 0), Variant(height)}).Object());
+    return hi.x - lo.x;
+  };
+  // A proportional face: narrow letters take less room than wide ones; the
+  // width grows with the height and the characters.
+  const double w = width("ABCD", 2);
+  EXPECT_LT(width("iiii", 2), 0.6 * w);
+  EXPECT_NEAR(width("ABCD", 4), 2 * w, 1e-9);
+  EXPECT_NEAR(width("ABCDABCD", 2), 2 * w, 1e-9);
   ObjectRef t = CallMethod(ms, "AddText", {Variant("ABCD"), Pt(10, 5), Variant(2.0)}).Object();
-  ExpectBox(t, {10, 5, 0}, {14.8, 7, 0});
+  ExpectBox(t, {10, 5, 0}, {10 + w, 7, 0});
   LetProperty(t, "Rotation", Variant(kPi / 2));  // up the Y axis, leaning left
-  ExpectBox(t, {8, 5, 0}, {10, 9.8, 0});
+  ExpectBox(t, {8, 5, 0}, {10, 5 + w, 0});
   LetProperty(t, "Rotation", Variant(0.0));
   LetProperty(t, "Alignment", Variant(int32_t(10)));  // middle centre around (0, 0)
   LetProperty(t, "TextAlignmentPoint", Pt(0, 0));
-  ExpectBox(t, {-2.4, -1, 0}, {2.4, 1, 0});
+  ExpectBox(t, {-w / 2, -1, 0}, {w / 2, 1, 0});
   LetProperty(t, "TextString", Variant(""));
   const AutomationError r = ErrorOf([&] { BoxOf(t); });
   EXPECT_EQ(r.Number(), -2145386458);
@@ -117,16 +127,17 @@ TEST_F(GeometryTest, TransformsMoveEveryPartAsHandComputed) {
 }
 
 TEST_F(GeometryTest, MirroredTextStaysReadableInTheMirroredBox) {
-  // "AB", height 1 at (1,0): box (1,0)-(2.2,1); mirrored in x = 0: (−2.2,0)-(−1,1).
+  // "AB", height 1 at (1,0): box (1,0)-(1+w,1); mirrored in x = 0: (−1−w,0)-(−1,1).
   ObjectRef t = CallMethod(ms, "AddText", {Variant("AB"), Pt(1, 0), Variant(1.0)}).Object();
+  const double w = BoxOf(t).second.x - 1;
   ObjectRef m = CallMethod(t, "Mirror", {Pt(0, 0), Pt(0, 1)}).Object();
-  ExpectBox(m, {-2.2, 0, 0}, {-1, 1, 0});
+  ExpectBox(m, {-1 - w, 0, 0}, {-1, 1, 0});
   EXPECT_NEAR(CDbl(GetProperty(m, "Rotation")), 0.0, kGeoTol);
   EXPECT_FALSE(CBool(GetProperty(m, "Backward")));
   // With MIRRTEXT 1 the glyphs mirror: same box, Backward set.
   document().sysvar_values()["MIRRTEXT"] = Variant(int16_t(1));
   ObjectRef m1 = CallMethod(t, "Mirror", {Pt(0, 0), Pt(0, 1)}).Object();
-  ExpectBox(m1, {-2.2, 0, 0}, {-1, 1, 0});
+  ExpectBox(m1, {-1 - w, 0, 0}, {-1, 1, 0});
   EXPECT_TRUE(CBool(GetProperty(m1, "Backward")));
 }
 

@@ -450,24 +450,29 @@ TEST_F(TransformTest, TransformByAppliesRowMajorMatricesAndRefusesWhatCannotBeHe
 }
 
 TEST_F(TransformTest, MirroredTextFillsTheMirroredBoxForEveryAlignment) {
-  // "AB" of height 1 is 1.2 wide in the font model.
+  // w: how wide "AB" of height 1 is in the style's face.
+  ObjectRef probe = CallMethod(ms, "AddText", {Variant("AB"), Pt(0, 0), Variant(1.0)}).Object();
+  std::array<Variant, 2> box;
+  CallMethodRef(probe, "GetBoundingBox", box);
+  const double w = box[1].Array().ToDoubles()[0] - box[0].Array().ToDoubles()[0];
+  ASSERT_GT(w, 0.5);
   const struct {
     const char* what;
     int32_t alignment;
     Vec3 insertion, alignment_point;  // the second unused for Left
     Vec3 lo, hi;                      // the box before mirroring
   } texts[] = {
-      {"left", 0, {1, 0, 0}, {}, {1, 0, 0}, {2.2, 1, 0}},
-      {"center", 1, {}, {2, 0, 0}, {1.4, 0, 0}, {2.6, 1, 0}},
-      {"right", 2, {}, {3, 0, 0}, {1.8, 0, 0}, {3, 1, 0}},
-      // Aligned over 2 units keeps the proportions: height 2 / 1.2.
-      {"aligned", 3, {1, 0, 0}, {3, 0, 0}, {1, 0, 0}, {3, 2 / 1.2, 0}},
-      {"middle", 4, {}, {2, 0.5, 0}, {1.4, 0, 0}, {2.6, 1, 0}},
+      {"left", 0, {1, 0, 0}, {}, {1, 0, 0}, {1 + w, 1, 0}},
+      {"center", 1, {}, {2, 0, 0}, {2 - w / 2, 0, 0}, {2 + w / 2, 1, 0}},
+      {"right", 2, {}, {3, 0, 0}, {3 - w, 0, 0}, {3, 1, 0}},
+      // Aligned over 2 units keeps the proportions: height 2 / w.
+      {"aligned", 3, {1, 0, 0}, {3, 0, 0}, {1, 0, 0}, {3, 2 / w, 0}},
+      {"middle", 4, {}, {2, 0.5, 0}, {2 - w / 2, 0, 0}, {2 + w / 2, 1, 0}},
       {"fit", 5, {1, 0, 0}, {3, 0, 0}, {1, 0, 0}, {3, 1, 0}},
-      {"top left", 6, {}, {1, 1, 0}, {1, 0, 0}, {2.2, 1, 0}},
-      {"top right", 8, {}, {3, 1, 0}, {1.8, 0, 0}, {3, 1, 0}},
-      {"middle center", 10, {}, {2, 0.5, 0}, {1.4, 0, 0}, {2.6, 1, 0}},
-      {"bottom right", 14, {}, {3, 0, 0}, {1.8, 0, 0}, {3, 1, 0}},
+      {"top left", 6, {}, {1, 1, 0}, {1, 0, 0}, {1 + w, 1, 0}},
+      {"top right", 8, {}, {3, 1, 0}, {3 - w, 0, 0}, {3, 1, 0}},
+      {"middle center", 10, {}, {2, 0.5, 0}, {2 - w / 2, 0, 0}, {2 + w / 2, 1, 0}},
+      {"bottom right", 14, {}, {3, 0, 0}, {3 - w, 0, 0}, {3, 1, 0}},
   };
   for (int mirrtext : {0, 1}) {
     document().sysvar_values()["MIRRTEXT"] = Variant(int16_t(mirrtext));
