@@ -8,6 +8,8 @@
 #include <string>
 
 #include "frame/automation_error.h"
+#include "frame/conversions.h"
+#include "frame/runtime_text.h"
 #include "geometry/bulge.h"
 #include "geometry/ocs.h"
 #include "host/core/application.h"
@@ -15,6 +17,7 @@
 #include "host/dxf/dxf_file.h"
 #include "host/entities/kinds.h"
 #include "host/tables/block.h"
+#include "host/tables/records.h"
 #include "preview/drawing_preview.h"
 #include "preview/picture_box.h"
 
@@ -55,6 +58,22 @@ class HostShapes : public ShapeSource {
         }
       }
     }
+    return out;
+  }
+
+  std::vector<double> Dashes(const ObjectRef& entity) override {
+    const host::Entity* e = host::AsEntity(entity.get());
+    if (!e) return {};
+    const host::LinetypeRecord* lt = e->props().linetype;
+    // ByLayer: the layer's linetype; ByBlock and Continuous: no pattern.
+    if (lt && CaseInsensitiveEqual(lt->Name(), "ByLayer") && e->props().layer) {
+      lt = e->props().layer->data().linetype;
+    }
+    if (!lt || lt->data().dashes.empty()) return {};
+    double scale = e->props().linetype_scale;
+    if (host::Document* doc = e->document()) scale *= CDbl(doc->GetSysVar("LTSCALE"));
+    std::vector<double> out = lt->data().dashes;
+    for (double& d : out) d *= scale;
     return out;
   }
 

@@ -190,6 +190,7 @@ class Renderer {
     if (aci.rgb < 0 && aci.aci == kByLayer) aci = info.color;
     if (aci.rgb < 0 && aci.aci == kByBlock) aci = parent_color;
     color_ = Rgb(aci);
+    SetDashes(e);
     bool drawn = true;
     ResumeNext trap;
     bool ok = trap([&] { drawn = Draw(kind, e, layer, aci); });
@@ -198,6 +199,39 @@ class Renderer {
     } else {
       ++report_.drawn;
     }
+  }
+
+  // The entity's dash pattern on the surface, in picture units under the
+  // current placement. Patterns finer than two pixels are drawn solid, as
+  // they would show as a grey line anyway.
+  void SetDashes(const ObjectRef& e) {
+    dashes_.clear();
+    if (options_.shapes) {
+      std::vector<double> pattern = options_.shapes->Dashes(e);
+      double scale = geometry::Length(m_.TransformVector({1, 0, 0})) * canvas_.scale();
+      double total = 0;
+      for (double d : pattern) total += std::fabs(d) * scale;
+      if (total >= 2) {
+        // Drawn and skipped lengths alternate, starting with a drawn one;
+        // dots are half a pixel; a pattern starting with a gap is turned.
+        std::vector<double> runs;
+        bool drawing = true;
+        for (double d : pattern) {
+          bool on = d >= 0;
+          double len = on ? std::max(d * scale, 0.5) : -d * scale;
+          if (runs.empty() && !on) runs.push_back(0);  // a drawn run of nothing first
+          if (!runs.empty() && on == drawing) {
+            runs.back() += len;
+          } else {
+            runs.push_back(len);
+            drawing = on;
+          }
+        }
+        if (runs.size() % 2 == 1) runs.push_back(0);
+        dashes_ = std::move(runs);  // picture units are the surface's scale units
+      }
+    }
+    canvas_.surface().SetDashes(dashes_);
   }
 
   bool Draw(const std::string& kind, const ObjectRef& e, const std::string& layer, Colour aci) {
@@ -635,6 +669,7 @@ class Renderer {
   Matrix4 m_;
   int depth_ = 0;
   int32_t color_ = 0;
+  std::vector<double> dashes_;
   std::string kind_;
   double view_size_ = 1;
 };

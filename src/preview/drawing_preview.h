@@ -30,6 +30,10 @@ class ShapeSource {
   virtual std::vector<std::vector<geometry::Vec3>> HatchLoops(const ObjectRef& hatch) = 0;
   // The block holding a dimension's picture, or Nothing.
   virtual ObjectRef DimensionBlock(const ObjectRef& dimension) = 0;
+  // The dash pattern of an entity's linetype in drawing units, scaled by
+  // the entity's and the drawing's linetype scales: positive dashes,
+  // negative gaps, 0 dots. Empty for continuous lines.
+  virtual std::vector<double> Dashes(const ObjectRef& entity) = 0;
 };
 
 struct PreviewOptions {

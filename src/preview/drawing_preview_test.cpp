@@ -47,11 +47,12 @@ class DrawingPreviewOnHost : public HostTest {
  protected:
   // Draws model space into a 200 x 200 box showing the window (0, 0) to
   // (100, 100): one drawing unit is two pixels, y up.
-  PreviewReport Draw() {
+  PreviewReport Draw(ShapeSource* shapes = nullptr) {
     box = std::make_shared<PictureBox>(200, 200, ScaleMode::kPixels);
     DwgPicture canvas;
     canvas.Attach(box);
     PreviewOptions options;
+    options.shapes = shapes;
     options.window = std::array<double, 4>{0, 0, 100, 100};
     PreviewReport report = DrawDrawingPreview(doc, canvas, options);
     pixels = box->Pixels();
@@ -109,6 +110,34 @@ TEST_F(DrawingPreviewOnHost, LayersDecideVisibilityAndByLayerColours) {
   EXPECT_FALSE(Ink(50, 30.2));                // layer off
   EXPECT_TRUE(Ink(70.2, 60) || Ink(69.8, 60));  // the circle's right side
   EXPECT_FALSE(Ink(50, 60));                  // not its centre
+}
+
+// Every entity dashed by one pattern, in drawing units.
+struct DashedShapes : ShapeSource {
+  std::vector<double> pattern;
+  std::vector<std::vector<geometry::Vec3>> HatchLoops(const ObjectRef&) override { return {}; }
+  ObjectRef DimensionBlock(const ObjectRef&) override { return nullptr; }
+  std::vector<double> Dashes(const ObjectRef&) override { return pattern; }
+};
+
+TEST_F(DrawingPreviewOnHost, LinetypePatternsDashTheLines) {
+  Line(0, 50.25, 100, 50.25);
+  // Two units (four pixels) drawn, then two skipped; a pattern that starts
+  // with its gap starts skipping.
+  for (const auto& [pattern, first_on] :
+       {std::pair{std::vector<double>{2, -2}, true}, {std::vector<double>{-2, 2}, false}}) {
+    DashedShapes shapes;
+    shapes.pattern = pattern;
+    Draw(&shapes);
+    EXPECT_EQ(Ink(1, 50.25), first_on);
+    EXPECT_EQ(Ink(3, 50.25), !first_on);
+    EXPECT_EQ(Ink(5, 50.25), first_on);
+  }
+  // Finer than two pixels: solid.
+  DashedShapes fine;
+  fine.pattern = {0.2, -0.2};
+  Draw(&fine);
+  EXPECT_TRUE(Ink(0.5, 50.25) && Ink(0.7, 50.25) && Ink(0.9, 50.25));
 }
 
 }  // namespace

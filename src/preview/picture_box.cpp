@@ -101,7 +101,13 @@ void PictureBox::Clear() {
 void PictureBox::Stroke(int32_t color) {
   SetColor(cr_, color);
   cairo_set_line_width(cr_, line_width_);
+  cairo_set_dash(cr_, dashes_px_.data(), static_cast<int>(dashes_px_.size()), 0);
   cairo_stroke(cr_);
+}
+
+void PictureBox::SetDashes(std::span<const double> on_off) {
+  dashes_px_.clear();
+  for (double d : on_off) dashes_px_.push_back(d * PixelsPerUnitX());
 }
 
 void PictureBox::DrawLine(double x1, double y1, double x2, double y2, int32_t color) {

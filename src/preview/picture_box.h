@@ -13,6 +13,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "frame/member_table.h"
 #include "preview/picture_surface.h"
@@ -45,6 +46,7 @@ class PictureBox : public DispatchObject<PictureBox>, public PictureSurface {
   void DrawCircle(double cx, double cy, double radius, int32_t color) override;
   void DrawArc(double cx, double cy, double radius, int32_t color, double start,
                double end) override;
+  void SetDashes(std::span<const double> on_off) override;
   void FillRings(std::span<const std::vector<geometry::Vec2>> rings, int32_t color) override;
   void DrawText(double x, double y, double height, double angle, const char* utf8,
                 const char* family, int32_t color, double align_x = 0, double align_y = 0,
@@ -80,6 +82,7 @@ class PictureBox : public DispatchObject<PictureBox>, public PictureSurface {
   bool persistent_ = false;
   int32_t back_color_ = 0xFFFFFF;
   double line_width_ = 1.0;
+  std::vector<double> dashes_px_;
   cairo_surface_t* recording_ = nullptr;
   cairo_t* cr_ = nullptr;
 };

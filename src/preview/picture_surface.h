@@ -45,6 +45,10 @@ class PictureSurface {
   virtual void DrawCircle(double cx, double cy, double radius, int32_t color) = 0;
   virtual void DrawArc(double cx, double cy, double radius, int32_t color, double start,
                        double end) = 0;
+  // The dash pattern of the lines, circles and arcs drawn from now on:
+  // lengths in scale units, alternately drawn and skipped, starting with a
+  // drawn one; empty for continuous lines.
+  virtual void SetDashes(std::span<const double> on_off) = 0;
   // Closed rings filled by the even-odd rule (a ring inside another is a
   // hole), points in scale units: hatches and solids.
   virtual void FillRings(std::span<const std::vector<geometry::Vec2>> rings, int32_t color) = 0;
