@@ -8,6 +8,7 @@
 #include "frame/library_errors.h"
 #include "selection/dynamic_ss.h"
 #include "tests/support/host_fixture.h"
+#include "tests/support/properties.h"
 
 namespace tovik {
 namespace {
@@ -72,8 +73,7 @@ TEST_F(HostLink, LibraryGroupIsMadeOnceAndRenewedEmpty) {
   // Renewed: one group of that name, empty; the line stays in the drawing.
   ObjectRef renewed = LibraryGroup(doc, true);
   EXPECT_EQ(CLng(GetProperty(groups, "Count")), before + 1);
-  EXPECT_EQ(CLng(GetProperty(renewed, "Count")), 0);
-  EXPECT_EQ(CStr(GetProperty(renewed, "Name")), "TOVIK_COM");
+  ExpectProperties(renewed, {{"Count", 0}, {"Name", "TOVIK_COM"}});
   EXPECT_FALSE(CStr(GetProperty(line, "Handle")).empty());
 }
 

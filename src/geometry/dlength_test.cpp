@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/errors.h"
+#include "tests/support/properties.h"
 
 #include <functional>
 
@@ -81,8 +82,7 @@ TEST(DLength, MembersByNameChangeUnitWithoutChangingTheLength) {
   ObjectRef length = DLength::Make();
   CallMethod(length, "SetValue", {Variant(1.5), Variant(int16_t{kLengthMetre})});
   LetProperty(length, "unitid", Variant(int16_t{kLengthCentimetre}));
-  EXPECT_DOUBLE_EQ(CDbl(GetProperty(length, "Value")), 150.0);
-  EXPECT_DOUBLE_EQ(CDbl(GetProperty(length, "Millimeter")), 1500.0);
+  ExpectProperties(length, {{"Value", 150.0}, {"Millimeter", 1500.0}});
   EXPECT_DOUBLE_EQ(CDbl(CallMethod(length, "GetValue", {Variant(int16_t{kLengthInch})})),
                    1500.0 / 25.4);
   EXPECT_EQ(TypeName(Variant(length)), "DLength");

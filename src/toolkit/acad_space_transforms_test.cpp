@@ -211,6 +211,12 @@ TEST_F(Transforms, IdentityWorksInBothHostBuilds) {
                                 {Pt(0, 0), Pt(1, 1)}).Object();
     Variant id = ObjectIdOf(line);
     EXPECT_EQ(id.Type(), id32 ? VarType::kLong : VarType::kLongLong);
+    // An older build answers only the 32-bit members, and its window
+    // handle is a Long.
+    EXPECT_EQ(ErrorOf([&] { GetProperty(line, "ObjectID"); }).Number(),
+              id32 ? kErrNotSupported : 0);
+    EXPECT_EQ(GetProperty(ObjectRef(app_), "HWND").Type(),
+              id32 ? VarType::kLong : VarType::kLongLong);
     ObjectRef none;
     EXPECT_TRUE(SameObject(ObjectFromId(id, none), line));
     EXPECT_TRUE(SameObject(none, d));  // the drawing used is written back

@@ -2,6 +2,7 @@
 
 #include "host/core/host_error.h"
 #include "tests/support/host_fixture.h"
+#include "tests/support/properties.h"
 
 namespace tovik::host {
 namespace {
@@ -122,9 +123,7 @@ TEST_F(CopyObjectsTest, IdPairsReportEveryObjectMetPrimaryOnesFirst) {
     EXPECT_EQ(CLngLng(GetProperty(pair, "Key")), CLngLng(GetProperty(sources[i], "ObjectID")));
     ObjectRef copy = copies.Array().Items()[static_cast<size_t>(i)].RawObject();
     EXPECT_EQ(CLngLng(GetProperty(pair, "Value")), CLngLng(GetProperty(copy, "ObjectID")));
-    EXPECT_TRUE(CBool(GetProperty(pair, "IsPrimary")));
-    EXPECT_TRUE(CBool(GetProperty(pair, "IsCloned")));
-    EXPECT_TRUE(CBool(GetProperty(pair, "IsOwnerXlated")));
+    ExpectProperties(pair, {{"IsPrimary", true}, {"IsCloned", true}, {"IsOwnerXlated", true}});
   }
   // Layer "0" exists in the target: mapped, not cloned. "Moved" is cloned.
   int64_t layer0 = CLngLng(GetProperty(Item(doc, "Layers", "0"), "ObjectID"));

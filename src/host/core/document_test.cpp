@@ -4,6 +4,7 @@
 
 #include "host/core/host_error.h"
 #include "tests/support/host_fixture.h"
+#include "tests/support/properties.h"
 
 namespace tovik::host {
 namespace {
@@ -82,8 +83,7 @@ TEST_F(DocumentTest, ActiveSpaceFollowsTileModeAndLayouts) {
   EXPECT_EQ(CInt(CallMethod(doc, "GetVariable", {Variant("CVPORT")})), 2);
   ObjectRef layouts = GetProperty(doc, "Layouts").Object();
   SetProperty(doc, "ActiveLayout", CallMethod(layouts, "Item", {Variant("model")}).Object());
-  EXPECT_EQ(CLng(GetProperty(doc, "ActiveSpace")), 1);
-  EXPECT_FALSE(CBool(GetProperty(doc, "MSpace")));
+  ExpectProperties(doc, {{"ActiveSpace", 1}, {"MSpace", false}});
 }
 
 TEST_F(DocumentTest, HandlesAreUpperHexUniqueAndNeverReused) {

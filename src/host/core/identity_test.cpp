@@ -42,23 +42,6 @@ TEST_F(IdentityTest, ObjectIdsFindTheirObjectsInThisDrawing) {
   EXPECT_EQ(r.Description(), "Invalid argument ObjectID in ObjectIDToObject");
 }
 
-TEST(Identity32, OlderBuildAnswersOnlyThe32BitMembers) {
-  auto app = Application::Create({.open_drawing = true, .id32_only = true});
-  ObjectRef doc = app->ActiveDocumentRef();
-  ObjectRef ms = GetProperty(doc, "ModelSpace").Object();
-  ObjectRef line = CallMethod(ms, "AddLine", {Pt(0, 0), Pt(1, 1)}).Object();
-  for (const char* member : {"ObjectID", "OwnerID"}) {
-    SCOPED_TRACE(member);
-    EXPECT_EQ(ErrorOf([&] { GetProperty(line, member); }).Number(), kErrNotSupported);
-  }
-  Variant id = GetProperty(line, "ObjectID32");
-  EXPECT_EQ(ErrorOf([&] { CallMethod(doc, "ObjectIDToObject", {id}); }).Number(),
-            kErrNotSupported);
-  EXPECT_TRUE(SameObject(CallMethod(doc, "ObjectIDToObject32", {id}).Object(), line));
-  EXPECT_EQ(CLng(GetProperty(line, "OwnerID32")), CLng(GetProperty(ms, "ObjectID32")));
-  EXPECT_EQ(GetProperty(app, "HWND").Type(), VarType::kLong);
-}
-
 TEST_F(IdentityTest, OneWrapperPerObject) {
   ObjectRef line = Line(0, 0, 1, 1);
   EXPECT_TRUE(SameObject(CallMethod(ms, "Item", {Variant(int16_t{0})}).Object(), line));

@@ -7,6 +7,7 @@
 #include "host/core/host_error.h"
 #include "tests/support/host_fixture.h"
 #include "tests/support/geometry.h"
+#include "tests/support/properties.h"
 
 namespace tovik::host {
 namespace {
@@ -19,16 +20,11 @@ TEST_F(EntitiesTest, NewEntitiesGetTheCurrentLayerAndByLayerProperties) {
   ObjectRef layers = GetProperty(doc, "Layers").Object();
   SetProperty(doc, "ActiveLayer", CallMethod(layers, "Add", {Variant("Cur")}).Object());
   ObjectRef line = Line(0, 0, 1, 0);
-  EXPECT_EQ(CStr(GetProperty(line, "Layer")), "Cur");
-  EXPECT_EQ(CStr(GetProperty(line, "Linetype")), "ByLayer");
-  EXPECT_EQ(CLng(GetProperty(line, "Lineweight")), -1);
-  EXPECT_DOUBLE_EQ(CDbl(GetProperty(line, "LinetypeScale")), 1.0);
-  EXPECT_EQ(CStr(GetProperty(line, "Material")), "ByLayer");
-  EXPECT_EQ(CStr(GetProperty(line, "PlotStyleName")), "ByLayer");
-  EXPECT_TRUE(CBool(GetProperty(line, "Visible")));
+  ExpectProperties(line, {{"Layer", "Cur"}, {"Linetype", "ByLayer"}, {"Lineweight", -1},
+      {"LinetypeScale", 1.0}, {"Material", "ByLayer"}, {"PlotStyleName", "ByLayer"},
+      {"Visible", true}});
   ObjectRef color = GetProperty(line, "TrueColor").Object();
-  EXPECT_EQ(CLng(GetProperty(color, "ColorMethod")), 192);
-  EXPECT_EQ(CLng(GetProperty(color, "ColorIndex")), 256);
+  ExpectProperties(color, {{"ColorMethod", 192}, {"ColorIndex", 256}});
 }
 
 TEST_F(EntitiesTest, ColourObjectIsDetachedUntilAssignedBack) {
@@ -43,8 +39,7 @@ TEST_F(EntitiesTest, ColourObjectIsDetachedUntilAssignedBack) {
   EXPECT_EQ(CLng(GetProperty(read, "Red")), 255);
   LetProperty(read, "ColorIndex", Variant(int32_t{30}));
   // ACI 30 is (255, 127, 0) in the standard palette.
-  EXPECT_EQ(CLng(GetProperty(read, "Green")), 127);
-  EXPECT_EQ(CLng(GetProperty(read, "ColorMethod")), 195);
+  ExpectProperties(read, {{"Green", 127}, {"ColorMethod", 195}});
   AutomationError r = ErrorOf([&] {
     CallMethod(read, "SetRGB", {Variant(int32_t{256}), Variant(int32_t{0}), Variant(int32_t{0})});
   });
@@ -110,16 +105,13 @@ TEST_F(EntitiesTest, BlockReferenceAttributesAndAnonymousCopy) {
   ObjectRef ref = CallMethod(ms, "InsertBlock", {Pt(100, 100), Variant("title"), Variant(2.0),
                                                  Variant(2.0), Variant(2.0), Variant(kPi / 2)})
                       .Object();
-  EXPECT_EQ(CStr(GetProperty(ref, "Name")), "Title");
-  EXPECT_EQ(CStr(GetProperty(ref, "EffectiveName")), "Title");
-  EXPECT_FALSE(CBool(GetProperty(ref, "IsDynamicBlock")));
+  ExpectProperties(ref, {{"Name", "Title"}, {"EffectiveName", "Title"}, {"IsDynamicBlock", false}});
   EXPECT_EQ(GetProperty(ref, "GetDynamicBlockProperties").Array().UBound(), -1);
   Variant atts = CallMethod(ref, "GetAttributes");
   ASSERT_EQ(atts.Array().Count(), 1);  // the constant one is not referenced
   ObjectRef att = atts.Array().Items()[0].RawObject();
   EXPECT_EQ(TypeName(Variant(att)), "IAcadAttributeReference");
-  EXPECT_EQ(CStr(GetProperty(att, "TagString")), "NAME");
-  EXPECT_EQ(CStr(GetProperty(att, "TextString")), "default");
+  ExpectProperties(att, {{"TagString", "NAME"}, {"TextString", "default"}});
   // (12,1) - origin (10,0) = (2,1), scaled 2 -> (4,2), turned 90° -> (-2,4).
   std::vector<double> p = Doubles(GetProperty(att, "InsertionPoint"));
   EXPECT_NEAR(p[0], 98, kGeoTol);
@@ -157,8 +149,7 @@ TEST_F(EntitiesTest, DynamicPropertiesFollowTheirRules) {
   ObjectRef dist = props.Array().Items()[1].RawObject();
   ObjectRef vis = props.Array().Items()[2].RawObject();
   EXPECT_EQ(TypeName(Variant(dist)), "IAcadDynamicBlockReferenceProperty");
-  EXPECT_EQ(CStr(GetProperty(dist, "PropertyName")), "Distance1");
-  EXPECT_EQ(CLng(GetProperty(dist, "UnitsType")), 2);
+  ExpectProperties(dist, {{"PropertyName", "Distance1"}, {"UnitsType", 2}});
   LetProperty(dist, "Value", Variant(int32_t{25}));
   EXPECT_EQ(GetProperty(dist, "Value").Type(), VarType::kDouble);
   EXPECT_DOUBLE_EQ(CDbl(GetProperty(dist, "Value")), 25);
@@ -194,8 +185,7 @@ TEST_F(EntitiesTest, HatchLoopsMustCloseAndComeOuterFirst) {
   CallMethod(hatch, "AppendInnerLoop", {ObjectsValue({hole})});
   EXPECT_EQ(CLng(GetProperty(hatch, "NumberOfLoops")), 2);
   EXPECT_NEAR(CDbl(GetProperty(hatch, "Area")), 12 - kPi, kGeoTol);
-  EXPECT_EQ(CStr(GetProperty(hatch, "PatternName")), "ANSI31");
-  EXPECT_EQ(CLng(GetProperty(hatch, "PatternType")), 1);
+  ExpectProperties(hatch, {{"PatternName", "ANSI31"}, {"PatternType", 1}});
 }
 
 TEST_F(EntitiesTest, DimensionMeasuresFromItsDefinitionPoints) {

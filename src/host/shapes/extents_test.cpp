@@ -2,7 +2,6 @@
 // against values worked out by hand.
 #include <cmath>
 #include <numbers>
-#include <random>
 
 #include "geometry/matrix.h"
 #include "host/core/host_error.h"
@@ -139,28 +138,6 @@ TEST_F(GeometryTest, MirroredTextStaysReadableInTheMirroredBox) {
   ObjectRef m1 = CallMethod(t, "Mirror", {Pt(0, 0), Pt(0, 1)}).Object();
   ExpectBox(m1, {-1 - w, 0, 0}, {-1, 1, 0});
   EXPECT_TRUE(CBool(GetProperty(m1, "Backward")));
-}
-
-TEST_F(GeometryTest, RandomTransformsMatchTheMatrixAndInvertExactly) {
-  std::mt19937 rng(7);
-  std::uniform_real_distribution<double> u(-10, 10);
-  for (int round = 0; round < 20; ++round) {
-    SCOPED_TRACE(round);
-    const Vec3 a{u(rng), u(rng), 0}, b{u(rng), u(rng), 0}, base{u(rng), u(rng), 0};
-    const double angle = u(rng), factor = 0.1 + std::fabs(u(rng));
-    ObjectRef line = Line(a.x, a.y, b.x, b.y);
-    CallMethod(line, "Rotate", {Pt(base.x, base.y), Variant(angle)});
-    CallMethod(line, "ScaleEntity", {Pt(base.x, base.y), Variant(factor)});
-    // The same steps as one matrix, applied to the reference points.
-    const auto m = geometry::Matrix4::Scaling(factor, base) *
-                   *geometry::Matrix4::Rotation(base, {0, 0, 1}, angle);
-    EXPECT_TRUE(geometry::IsClose(V3(GetProperty(line, "StartPoint")), m.TransformPoint(a), 1e-9));
-    EXPECT_TRUE(geometry::IsClose(V3(GetProperty(line, "EndPoint")), m.TransformPoint(b), 1e-9));
-    CallMethod(line, "ScaleEntity", {Pt(base.x, base.y), Variant(1 / factor)});
-    CallMethod(line, "Rotate", {Pt(base.x, base.y), Variant(-angle)});
-    EXPECT_TRUE(geometry::IsClose(V3(GetProperty(line, "StartPoint")), a, 1e-9));
-    EXPECT_TRUE(geometry::IsClose(V3(GetProperty(line, "EndPoint")), b, 1e-9));
-  }
 }
 
 TEST_F(GeometryTest, BlockReferenceTransformsCarryAttributes) {

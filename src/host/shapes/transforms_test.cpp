@@ -10,6 +10,7 @@
 #include "host/entities/kinds.h"
 #include "host/tables/block.h"
 #include "tests/support/geometry_checks.h"
+#include "tests/support/properties.h"
 
 namespace tovik::host {
 namespace {
@@ -499,8 +500,7 @@ TEST_F(TransformTest, MirroredTextFillsTheMirroredBoxForEveryAlignment) {
           // Readable: the same reading direction, glyphs neither reversed
           // nor upside down.
           EXPECT_NEAR(std::remainder(CDbl(GetProperty(m, "Rotation")), 2 * kPi), 0, kGeoTol);
-          EXPECT_FALSE(CBool(GetProperty(m, "Backward")));
-          EXPECT_FALSE(CBool(GetProperty(m, "UpsideDown")));
+          ExpectProperties(m, {{"Backward", false}, {"UpsideDown", false}});
         }
       }
     }

@@ -4,6 +4,7 @@
 
 #include "host/core/host_error.h"
 #include "tests/support/surface_calls.h"
+#include "tests/support/properties.h"
 
 namespace tovik::host {
 namespace {
@@ -35,8 +36,7 @@ TEST_F(SurfaceTest, MaterialsAndLayerStateFollowTheirRecords) {
 TEST_F(SurfaceTest, BlockSettingsDriveWhatReferencesDo) {
   LetProperty(block, "Units", Variant(int32_t{6}));
   LetProperty(block, "Comments", Variant("a note"));
-  EXPECT_EQ(CLng(GetProperty(block, "Units")), 6);
-  EXPECT_EQ(CStr(GetProperty(block, "Comments")), "a note");
+  ExpectProperties(block, {{"Units", 6}, {"Comments", "a note"}});
   EXPECT_TRUE(CBool(GetProperty(ms, "IsLayout")));
   EXPECT_FALSE(CBool(GetProperty(block, "IsLayout")));
   EXPECT_TRUE(CBool(GetProperty(ref, "HasAttributes")));
@@ -48,18 +48,15 @@ TEST_F(SurfaceTest, BlockSettingsDriveWhatReferencesDo) {
   EXPECT_EQ(ErrorOf([&] { CallMethod(ref, "ConvertToStaticBlock", {Variant("b")}); }).Description(),
             "Duplicate record name");
   CallMethod(ref, "ConvertToStaticBlock", {Variant("Fixed")});
-  EXPECT_EQ(CStr(GetProperty(ref, "Name")), "Fixed");
-  EXPECT_EQ(CStr(GetProperty(ref, "EffectiveName")), "Fixed");
-  EXPECT_FALSE(CBool(GetProperty(ref, "IsDynamicBlock")));
+  ExpectProperties(ref, {{"Name", "Fixed"}, {"EffectiveName", "Fixed"}, {"IsDynamicBlock", false}});
 }
 
 TEST_F(SurfaceTest, EffectiveScaleIncludesWhatDynamicParametersScale) {
   auto* r = static_cast<BlockRef*>(ref.get());
   r->mutable_data().dynamic_scale = {2, 1, 0.5};
   LetProperty(ref, "XScaleFactor", Variant(3.0));
-  EXPECT_DOUBLE_EQ(CDbl(GetProperty(ref, "XEffectiveScaleFactor")), 6);
-  EXPECT_DOUBLE_EQ(CDbl(GetProperty(ref, "YEffectiveScaleFactor")), 1);
-  EXPECT_DOUBLE_EQ(CDbl(GetProperty(ref, "ZEffectiveScaleFactor")), 0.5);
+  ExpectProperties(ref, {{"XEffectiveScaleFactor", 6.0}, {"YEffectiveScaleFactor", 1.0},
+      {"ZEffectiveScaleFactor", 0.5}});
   // Writing the effective factor leaves the dynamic part in place.
   LetProperty(ref, "XEffectiveScaleFactor", Variant(4.0));
   EXPECT_DOUBLE_EQ(CDbl(GetProperty(ref, "XScaleFactor")), 2);
@@ -77,13 +74,11 @@ TEST_F(SurfaceTest, TextAnglesAndAttributeFlagsAreViewsOfTheirData) {
             NumberOfText("Invalid input"));
   // Invisible and Constant are bits of Mode.
   LetProperty(attdef, "Mode", Variant(int32_t{3}));
-  EXPECT_TRUE(CBool(GetProperty(attdef, "Invisible")));
-  EXPECT_TRUE(CBool(GetProperty(attdef, "Constant")));
+  ExpectProperties(attdef, {{"Invisible", true}, {"Constant", true}});
   LetProperty(attdef, "Invisible", Variant(false));
   EXPECT_EQ(CLng(GetProperty(attdef, "Mode")), 2);
   LetProperty(attref, "Invisible", Variant(true));
-  EXPECT_TRUE(CBool(GetProperty(attref, "Invisible")));
-  EXPECT_FALSE(CBool(GetProperty(attref, "Constant")));
+  ExpectProperties(attref, {{"Invisible", true}, {"Constant", false}});
   // Tags are kept in capitals.
   LetProperty(attdef, "TagString", Variant("name"));
   EXPECT_EQ(CStr(GetProperty(attdef, "TagString")), "NAME");
@@ -107,8 +102,7 @@ TEST_F(SurfaceTest, ColourChannelsComeFromThePaletteOrTheRgb) {
   EXPECT_EQ(CLng(GetProperty(color, "ColorIndex")), 1);  // the nearest ACI
   EXPECT_EQ(CLng(GetProperty(color, "Blue")), 3);
   LetProperty(color, "ColorIndex", Variant(int32_t{256}));
-  EXPECT_EQ(CLng(GetProperty(color, "ColorMethod")), 192);
-  EXPECT_EQ(CLng(GetProperty(color, "Red")), 0);
+  ExpectProperties(color, {{"ColorMethod", 192}, {"Red", 0}});
   // The colour object is detached: the entity changes when it is assigned.
   EXPECT_EQ(CLng(GetProperty(GetProperty(line, "TrueColor").Object(), "ColorMethod")), 192);
 }

@@ -7,6 +7,7 @@
 
 #include "host/core/host_error.h"
 #include "tests/support/host_fixture.h"
+#include "tests/support/properties.h"
 
 namespace tovik::host {
 namespace {
@@ -54,8 +55,7 @@ TEST_F(TablesTest, LayerRules) {
   ObjectRef line = Line(0, 0, 1, 1);
   LetProperty(line, "Layer", Variant("used"));
   EXPECT_EQ(CStr(GetProperty(line, "Layer")), "Used");  // the table's spelling
-  EXPECT_EQ(CLng(GetProperty(used, "Color")), 7);
-  EXPECT_EQ(CStr(GetProperty(used, "Linetype")), "Continuous");
+  ExpectProperties(used, {{"Color", 7}, {"Linetype", "Continuous"}});
   EXPECT_EQ(ErrorOf([&] { CallMethod(layer0, "Delete"); }).Description(), "Object is referenced");
   EXPECT_EQ(ErrorOf([&] { CallMethod(used, "Delete"); }).Description(), "Object is referenced");
   EXPECT_EQ(ErrorOf([&] { LetProperty(layer0, "Freeze", Variant(true)); }).Description(),

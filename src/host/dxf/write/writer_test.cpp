@@ -21,6 +21,7 @@
 #include "host/surface/args.h"
 #include "tests/support/host_fixture.h"
 #include "tests/support/dxf_checks.h"
+#include "tests/support/properties.h"
 
 namespace tovik::host::dxf {
 namespace {
@@ -163,11 +164,8 @@ TEST_F(NewDrawingSave, SavesAndOpensAgainWithTheSameObjectsAndValues) {
   ObjectRef again = Open(path);
 
   ObjectRef line = Object(again, built.line);
-  EXPECT_EQ(GetProperty(line, "ObjectName").RawString(), "AcDbLine");
-  EXPECT_EQ(GetProperty(line, "Layer").RawString(), "WALLS");
-  EXPECT_EQ(CLng(GetProperty(line, "Lineweight")), 30);
-  EXPECT_EQ(CDbl(GetProperty(line, "LinetypeScale")), 2.0);
-  EXPECT_EQ(CDbl(GetProperty(line, "Length")), 10.0);
+  ExpectProperties(line, {{"ObjectName", "AcDbLine"}, {"Layer", "WALLS"}, {"Lineweight", 30},
+      {"LinetypeScale", 2.0}, {"Length", 10.0}});
   Variant types, values;
   std::vector<Variant> xdata_args{Variant("TOVIK_TEST"), types, values};
   CallMethodRef(line, "GetXData", xdata_args);
@@ -186,18 +184,14 @@ TEST_F(NewDrawingSave, SavesAndOpensAgainWithTheSameObjectsAndValues) {
   EXPECT_EQ(At(coords, 5), 5.0);
   EXPECT_EQ(CDbl(CallMethod(poly, "GetBulge", {Variant(int32_t{1})})), 0.5);
   EXPECT_EQ(CDbl(CallMethod(poly, "GetBulge", {Variant(int32_t{0})})), 0.0);
-  EXPECT_TRUE(CBool(GetProperty(poly, "Closed")));
-  EXPECT_EQ(CDbl(GetProperty(poly, "Elevation")), 2.0);
-  EXPECT_EQ(CDbl(GetProperty(poly, "ConstantWidth")), 0.25);
+  ExpectProperties(poly, {{"Closed", true}, {"Elevation", 2.0}, {"ConstantWidth", 0.25}});
 
   ObjectRef mtext = Object(again, built.mtext);
-  EXPECT_EQ(GetProperty(mtext, "TextString").RawString(), "Hello\\PWorld");
-  EXPECT_EQ(GetProperty(mtext, "StyleName").RawString(), "NOTES");
+  ExpectProperties(mtext, {{"TextString", "Hello\\PWorld"}, {"StyleName", "NOTES"}});
 
   // The reference is scaled 2 and its attribute kept its value.
   ObjectRef insert = Object(again, built.insert);
-  EXPECT_EQ(GetProperty(insert, "Name").RawString(), "DOOR");
-  EXPECT_EQ(CDbl(GetProperty(insert, "XScaleFactor")), 2.0);
+  ExpectProperties(insert, {{"Name", "DOOR"}, {"XScaleFactor", 2.0}});
   Variant atts = CallMethod(insert, "GetAttributes");
   ASSERT_EQ(atts.Array().Count(), 1);
   EXPECT_EQ(GetProperty(atts.Array().Items()[0].Object(), "TagString").RawString(), "NUM");
@@ -205,22 +199,16 @@ TEST_F(NewDrawingSave, SavesAndOpensAgainWithTheSameObjectsAndValues) {
 
   ObjectRef circle = Object(again, built.circle);
   ObjectRef color = GetProperty(circle, "TrueColor").Object();
-  EXPECT_EQ(CLng(GetProperty(color, "Red")), 10);
-  EXPECT_EQ(CLng(GetProperty(color, "Blue")), 200);
+  ExpectProperties(color, {{"Red", 10}, {"Blue", 200}});
   EXPECT_EQ(GetProperty(Object(again, built.hatch), "PatternName").RawString(), "ANSI31");
 
   ObjectRef layers = GetProperty(again, "Layers").Object();
   ObjectRef walls = CallMethod(layers, "Item", {Variant("WALLS")}).Object();
-  EXPECT_EQ(CLng(GetProperty(walls, "Color")), 3);
-  EXPECT_EQ(CLng(GetProperty(walls, "Lineweight")), 50);
-  EXPECT_FALSE(CBool(GetProperty(walls, "Plottable")));
+  ExpectProperties(walls, {{"Color", 3}, {"Lineweight", 50}, {"Plottable", false}});
   ObjectRef hidden = CallMethod(layers, "Item", {Variant("HIDDEN")}).Object();
-  EXPECT_FALSE(CBool(GetProperty(hidden, "LayerOn")));
-  EXPECT_TRUE(CBool(GetProperty(hidden, "Freeze")));
-  EXPECT_TRUE(CBool(GetProperty(hidden, "Lock")));
+  ExpectProperties(hidden, {{"LayerOn", false}, {"Freeze", true}, {"Lock", true}});
   ObjectRef style = CallMethod(GetProperty(again, "TextStyles").Object(), "Item", {Variant("NOTES")}).Object();
-  EXPECT_EQ(GetProperty(style, "FontFile").RawString(), "romans.shx");
-  EXPECT_EQ(CDbl(GetProperty(style, "Width")), 0.8);
+  ExpectProperties(style, {{"FontFile", "romans.shx"}, {"Width", 0.8}});
 
   ObjectRef group = CallMethod(GetProperty(again, "Groups").Object(), "Item", {Variant("PAIR")}).Object();
   ASSERT_EQ(CLng(GetProperty(group, "Count")), 2);
