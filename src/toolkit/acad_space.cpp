@@ -28,6 +28,60 @@ ObjectRef ObjectArg(CallArgs& a, size_t i) {
   return a.Has(i) && !a[i].IsNothing() ? a[i].Object() : nullptr;
 }
 
+void AddAttributeMembers(MemberTable<AcadSpace>& t) {
+  t.Method(
+      "AttRef_Get",
+      [](AcadSpace&, CallArgs& a) {
+        return Variant(AcadSpace::AttRef_Get(a[0].Object(), CStr(a[1]), a[2], a[3]));
+      },
+      2, 4);
+  t.Method(
+      "AttDefs_Get",
+      [](AcadSpace&, CallArgs& a) { return AcadSpace::AttDefs_Get(a[0].Object(), CStr(a[1])); }, 2,
+      2);
+  t.Method(
+      "AttDef_Get",
+      [](AcadSpace&, CallArgs& a) {
+        return Variant(AcadSpace::AttDef_Get(a[0].Object(), CStr(a[1])));
+      },
+      2, 2);
+  // PropertyName and newValue are passed by value: the member's writes do
+  // not reach the caller's variables.
+  t.Method(
+      "DynamicProperty_Get",
+      [](AcadSpace&, CallArgs& a) {
+        Variant new_value = a[2];
+        return AcadSpace::DynamicProperty_Get(a[0].Object(), CStr(a[1]), new_value, a[3], a[4]);
+      },
+      2, 5);
+  t.Method(
+      "DynamicProperty_GetPoint",
+      [](AcadSpace&, CallArgs& a) {
+        return AcadSpace::DynamicProperty_GetPoint(a[0].Object(), CStr(a[1]));
+      },
+      2, 2);
+  t.Method(
+      "DynamicProperty_LetPoint",
+      [](AcadSpace&, CallArgs& a) {
+        AcadSpace::DynamicProperty_LetPoint(a[0].Object(), CStr(a[1]), a[2]);
+        return Variant();
+      },
+      3, 3);
+  t.Method(
+      "DynamicProperty_GetPolarPoint",
+      [](AcadSpace&, CallArgs& a) {
+        return AcadSpace::DynamicProperty_GetPolarPoint(a[0].Object(), CStr(a[1]));
+      },
+      2, 2);
+  t.Method(
+      "DynamicProperty_LetPolarPoint",
+      [](AcadSpace&, CallArgs& a) {
+        AcadSpace::DynamicProperty_LetPolarPoint(a[0].Object(), CStr(a[1]), a[2]);
+        return Variant();
+      },
+      3, 3);
+}
+
 void AddTransformMembers(MemberTable<AcadSpace>& t) {
   t.Method(
       "TranslatePoint",
@@ -136,6 +190,7 @@ const MemberTable<AcadSpace>& AcadSpace::Members() {
           return Variant();
         },
         2, 3);
+    AddAttributeMembers(t);
     AddTransformMembers(t);
     AddIdentityMembers(t);
     return t;

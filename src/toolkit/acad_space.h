@@ -11,6 +11,7 @@
 #define TOVIK_TOOLKIT_ACAD_SPACE_H_
 
 #include <memory>
+#include <string>
 #include <string_view>
 
 #include "frame/member_table.h"
@@ -38,6 +39,51 @@ class AcadSpace : public DispatchObject<AcadSpace> {
   // 13.
   static void ArrDbls2ArrPoints(const Variant& arr_dbl, Variant& arr_point,
                                 const Variant& xy_only = Variant::Missing());
+
+  // ---- Block attributes and dynamic-block properties
+  // (acad_space_attributes.cpp). Tags and property names compare without
+  // regard to case; nothing is trimmed.
+
+  // AttRef_Get(BlockRef, Tag[, newValue][, flag]): without newValue, the
+  // TextString of the first attribute of BlockRef tagged Tag ("" when
+  // none). With newValue, every attribute with the tag is written (an empty
+  // value is written as one space; a refused value as its trimmed text),
+  // its layer unlocked for the write and locked again, and the result is
+  // the text of newValue ("" when no attribute matched). flag (written) is
+  // True when an attribute matched. Errors of one attribute's write are
+  // trapped; others reach the caller.
+  static std::string AttRef_Get(const ObjectRef& block_ref, const std::string& tag,
+                                const Variant& new_value, Variant& flag);
+  // AttDefs_Get(BDef, Tag): every attribute definition of BDef tagged Tag,
+  // in order (an empty array when none). AttDef_Get: the first, or Nothing.
+  static Variant AttDefs_Get(const ObjectRef& bdef, const std::string& tag);
+  static ObjectRef AttDef_Get(const ObjectRef& bdef, const std::string& tag);
+  // DynamicProperty_Get(Dblockref, PropertyName[, newValue][, flag]
+  // [, NoChange]): the property's Value (Empty when the reference is not
+  // dynamic or has no such property). With newValue the property is
+  // written when it differs: text as it is, numbers as a Double (the
+  // integer part when the host refuses the Double). flag (written unless
+  // the reference is not dynamic) is True when the property was found;
+  // NoChange (written) is False when a value was written.
+  static Variant DynamicProperty_Get(const ObjectRef& dblockref, const std::string& property_name,
+                                     const Variant& new_value, Variant& flag, Variant& no_change);
+  // DynamicProperty_GetPoint / LetPoint(DBref, PointName[, AcadPoint]): the
+  // point parameter stored as the properties "<PointName> X" and
+  // "<PointName> Y", exchanged in the holding space (the reference's scale
+  // reduced to its sign).
+  static Variant DynamicProperty_GetPoint(const ObjectRef& dbref, const std::string& point_name);
+  static void DynamicProperty_LetPoint(const ObjectRef& dbref, const std::string& point_name,
+                                       const Variant& acad_point);
+  // DynamicProperty_GetPolarPoint / LetPolarPoint(DBref, PolarDistanceName
+  // [, AcadPoint]): the polar parameter whose distance property is named
+  // PolarDistanceName, its angle and base point the two entries after it;
+  // the end point in the holding space. An entry missing after the
+  // distance raises 9.
+  static Variant DynamicProperty_GetPolarPoint(const ObjectRef& dbref,
+                                               const std::string& polar_distance_name);
+  static void DynamicProperty_LetPolarPoint(const ObjectRef& dbref,
+                                            const std::string& polar_distance_name,
+                                            const Variant& acad_point);
 
   // ---- Coordinate transforms (acad_space_transforms.cpp). Points are
   // arrays of three Doubles; angles are radians. Host failures reach the

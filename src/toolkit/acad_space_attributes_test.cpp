@@ -1,0 +1,163 @@
+#include <gtest/gtest.h>
+
+#include "geometry/vector_service.h"
+#include "host/tables/block.h"
+#include "tests/support/geometry.h"
+#include "tests/support/host_fixture.h"
+#include "toolkit/acad_space.h"
+
+namespace tovik {
+namespace {
+
+using geometry::Vec3;
+
+// The attribute references of a block reference (the array is kept while
+// it is walked).
+std::vector<Variant> AttributesOf(const ObjectRef& ref) {
+  return CallMethod(ref, "GetAttributes").Array().Items();
+}
+
+class Attributes : public LinkedHostTest {
+ protected:
+  // A block "TB" with attribute definitions NAME, name and OTHER, and a
+  // reference to it whose attributes hold "a", "b" and "c".
+  ObjectRef TitleBlock() {
+    ObjectRef block = AddBlock("TB");
+    int k = 0;
+    for (const char* tag : {"NAME", "name", "OTHER"}) {
+      CallMethod(block, "AddAttribute", {Variant(1.0), Variant(int32_t{0}), Variant("?"),
+                                         Pt(0, k++), Variant(tag), Variant("")});
+    }
+    ObjectRef ref = Insert(ms, "TB", {0, 0, 0});
+    const char* texts[] = {"a", "b", "c"};
+    k = 0;
+    for (const Variant& a : AttributesOf(ref)) {
+      LetProperty(a.Object(), "TextString", Variant(texts[k++]));
+    }
+    return ref;
+  }
+  static std::vector<std::string> Texts(const ObjectRef& ref) {
+    std::vector<std::string> out;
+    for (const Variant& a : AttributesOf(ref)) {
+      out.push_back(CStr(GetProperty(a.Object(), "TextString")));
+    }
+    return out;
+  }
+  // A dynamic block "DYN" holding the given properties, referenced at
+  // (10, 20), turned a quarter and mirrored in x with scale 2.
+  ObjectRef DynamicRef(std::vector<host::DynamicProperty> props) {
+    ObjectRef block = AddBlock("DYN");
+    static_cast<host::BlockRecord*>(block.get())->mutable_data().dynamic_properties =
+        std::move(props);
+    return Insert(ms, "DYN", {10, 20, 0}, {-2, 2, 1}, kPi / 2);
+  }
+};
+
+TEST_F(Attributes, AttRefGetReadsTheFirstAndWritesEveryAttributeWithTheTag) {
+  ObjectRef ref = TitleBlock();
+  Variant flag;
+  EXPECT_EQ(AcadSpace::AttRef_Get(ref, "Name", Variant::Missing(), flag), "a");
+  EXPECT_TRUE(CBool(flag));
+  EXPECT_EQ(AcadSpace::AttRef_Get(ref, "NAME", Variant(int32_t{42}), flag), "42");
+  EXPECT_EQ(Texts(ref), (std::vector<std::string>{"42", "42", "c"}));
+  // An empty value is written as one space and given back as it was.
+  EXPECT_EQ(AcadSpace::AttRef_Get(ref, "other", Variant(""), flag), "");
+  EXPECT_EQ(Texts(ref)[2], " ");
+  EXPECT_EQ(AcadSpace::AttRef_Get(ref, "NONE", Variant("x"), flag), "");
+  EXPECT_FALSE(CBool(flag));
+  // A locked layer is unlocked for the write and locked again.
+  ObjectRef layer = CallMethod(GetProperty(doc, "Layers").Object(), "Add", {Variant("L")}).Object();
+  for (const Variant& a : AttributesOf(ref)) {
+    LetProperty(a.Object(), "Layer", Variant("L"));
+  }
+  LetProperty(layer, "Lock", Variant(true));
+  EXPECT_EQ(AcadSpace::AttRef_Get(ref, "OTHER", Variant("z"), flag), "z");
+  EXPECT_EQ(Texts(ref)[2], "z");
+  EXPECT_TRUE(CBool(GetProperty(layer, "Lock")));
+  // Through the interface; a reference without attributes gives "".
+  CallMethod(GetProperty(doc, "Blocks").Object(), "Add", {Pt(0, 0), Variant("PLAIN")});
+  ObjectRef plain = Insert(ms, "PLAIN", {0, 0, 0});
+  std::array<Variant, 4> args{Variant(plain), Variant("NAME"), Variant("v"), Variant(true)};
+  EXPECT_EQ(CStr(CallMethodRef(GlobalInstance<AcadSpace>(), "AttRef_Get", args)), "");
+  EXPECT_FALSE(CBool(args[3]));
+}
+
+TEST_F(Attributes, AttributeDefinitionsAreFoundByTagInOrder) {
+  TitleBlock();
+  ObjectRef block = CallMethod(GetProperty(doc, "Blocks").Object(), "Item", {Variant("TB")}).Object();
+  Variant defs = AcadSpace::AttDefs_Get(block, "name");
+  ASSERT_EQ(defs.Array().Count(), 2);
+  // The host keeps tags in capitals: both read "NAME", first and second.
+  EXPECT_EQ(CDbl(GetProperty(defs.Array().At(0).Object(), "InsertionPoint").Array().At(1)), 0);
+  EXPECT_EQ(CDbl(GetProperty(defs.Array().At(1).Object(), "InsertionPoint").Array().At(1)), 1);
+  EXPECT_EQ(CStr(GetProperty(AcadSpace::AttDef_Get(block, "Other"), "TagString")), "OTHER");
+  EXPECT_EQ(AcadSpace::AttDefs_Get(block, "NONE").Array().Count(), 0);
+  EXPECT_EQ(AcadSpace::AttDef_Get(block, "NONE"), nullptr);
+  EXPECT_EQ(ErrorOf([&] { AcadSpace::AttDef_Get(Line(0, 0, 1, 1), "NAME"); }).Number(),
+            kErrNotSupported);
+}
+
+TEST_F(Attributes, DynamicPropertiesAreWrittenOnlyWhenTheyDiffer) {
+  ObjectRef ref = DynamicRef({{"Distance1", Variant(10.0), 2, false, true, "", {}},
+                              {"Visibility", Variant("A"), 0, false, true, "", {Variant("A"), Variant("B")}}});
+  Variant flag(int16_t{7}), no_change;
+  // Not dynamic: Empty, flag left alone, NoChange True.
+  Variant plain_flag(int16_t{7});
+  CallMethod(GetProperty(doc, "Blocks").Object(), "Add", {Pt(0, 0), Variant("PLAIN")});
+  EXPECT_TRUE(AcadSpace::DynamicProperty_Get(Insert(ms, "PLAIN", {0, 0, 0}), "Distance1",
+                                             Variant(1.0), plain_flag, no_change).IsEmpty());
+  EXPECT_EQ(CInt(plain_flag), 7);
+  EXPECT_TRUE(CBool(no_change));
+  struct Case {
+    const char* what;
+    const char* name;
+    Variant value;
+    bool no_change;
+    Variant result;
+  } cases[] = {
+      {"read", "distance1", Variant::Missing(), true, Variant(10.0)},
+      {"equal number", "DISTANCE1", Variant("10"), true, Variant(10.0)},
+      {"numeric text", "Distance1", Variant("25.5"), false, Variant(25.5)},
+      {"text", "Visibility", Variant("B"), false, Variant("B")},
+      {"equal text", "Visibility", Variant("B"), true, Variant("B")},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.what);
+    Variant got = AcadSpace::DynamicProperty_Get(ref, c.name, c.value, flag, no_change);
+    EXPECT_TRUE(got.SameAs(c.result)) << CStr(got);
+    EXPECT_TRUE(CBool(flag));
+    EXPECT_EQ(CBool(no_change), c.no_change);
+  }
+  EXPECT_TRUE(AcadSpace::DynamicProperty_Get(ref, "None", Variant(1.0), flag, no_change).IsEmpty());
+  EXPECT_FALSE(CBool(flag));
+}
+
+TEST_F(Attributes, PointAndPolarParametersLiveInTheHoldingSpace) {
+  ObjectRef ref = DynamicRef({{"Reach", Variant(2.0), 2, false, true, "", {}},
+                              {"Reach Angle", Variant(kPi / 2), 1, false, true, "", {}},
+                              {"Reach Base", PointOf({1, 0, 0}), 0, false, true, "", {}},
+                              {"Grip X", Variant(3.0), 2, false, true, "", {}},
+                              {"Grip Y", Variant(1.0), 2, false, true, "", {}}});
+  // Turned a quarter and mirrored in x (scale taken by its sign only):
+  // block (x, y) lands at (10 - y, 20 - x).
+  EXPECT_VEC_CLOSE(VectorOf(AcadSpace::DynamicProperty_GetPoint(ref, "grip")), (Vec3{9, 17, 0}));
+  // The polar end: base (1, 0) plus 2 at 90°, block (1, 2).
+  EXPECT_VEC_CLOSE(VectorOf(AcadSpace::DynamicProperty_GetPolarPoint(ref, "REACH")),
+                   (Vec3{8, 19, 0}));
+  // An unknown name gives the image of the block's origin.
+  EXPECT_VEC_CLOSE(VectorOf(AcadSpace::DynamicProperty_GetPolarPoint(ref, "none")),
+                   (Vec3{10, 20, 0}));
+  AcadSpace::DynamicProperty_LetPoint(ref, "Grip", PointOf({4, 15, 0}));
+  EXPECT_VEC_CLOSE(VectorOf(AcadSpace::DynamicProperty_GetPoint(ref, "Grip")), (Vec3{4, 15, 0}));
+  AcadSpace::DynamicProperty_LetPolarPoint(ref, "Reach", PointOf({10, 16, 0}));  // block (4, 0)
+  Variant flag, no_change, missing = Variant::Missing();
+  EXPECT_DOUBLE_EQ(CDbl(AcadSpace::DynamicProperty_Get(ref, "Reach", missing, flag, no_change)), 3);
+  EXPECT_NEAR(CDbl(AcadSpace::DynamicProperty_Get(ref, "Reach Angle", missing, flag, no_change)), 0,
+              1e-12);
+  // A distance with no angle and base after it: the positional reads fail.
+  EXPECT_EQ(ErrorOf([&] { AcadSpace::DynamicProperty_GetPolarPoint(ref, "Grip Y"); }).Number(),
+            kErrSubscript);
+}
+
+}  // namespace
+}  // namespace tovik
