@@ -82,6 +82,79 @@ void AddAttributeMembers(MemberTable<AcadSpace>& t) {
       3, 3);
 }
 
+void AddBlockMembers(MemberTable<AcadSpace>& t) {
+  t.Method(
+      "Block_OwnerOf",
+      [](AcadSpace&, CallArgs& a) { return Variant(AcadSpace::Block_OwnerOf(a[0].Object(), a[1])); },
+      1, 2);
+  t.Method(
+      "Block_Override_Block",
+      [](AcadSpace&, CallArgs& a) {
+        AcadSpace::Block_Override_Block(a[0].Object(), a[1].Object());
+        return Variant();
+      },
+      2, 2);
+  t.Method(
+      "ReplaceBref",
+      [](AcadSpace&, CallArgs& a) {
+        ObjectRef bref = a[0].Object();
+        AcadSpace::ReplaceBref(bref, CStr(a[1]), a[2], a[3]);
+        a[0] = Variant(bref);
+        return Variant();
+      },
+      2, 4);
+  t.Method(
+      "BlockRef_Synchronize",
+      [](AcadSpace&, CallArgs& a) {
+        AcadSpace::BlockRef_Synchronize(a[0].Object(), a[1].Object());
+        return Variant();
+      },
+      2, 2);
+  t.Method(
+      "IsXrefName", [](AcadSpace&, CallArgs& a) { return Variant(AcadSpace::IsXrefName(CStr(a[0]))); },
+      1, 1);
+  // XName is passed by value.
+  t.Method(
+      "Xref_GetObjectName",
+      [](AcadSpace&, CallArgs& a) {
+        return Variant(AcadSpace::Xref_GetObjectName(CStr(a[0]), a[1]));
+      },
+      2, 2);
+  t.Method(
+      "Block_MoveOrigin",
+      [](AcadSpace&, CallArgs& a) {
+        return Variant(AcadSpace::Block_MoveOrigin(a[0].Object(), a[1]));
+      },
+      2, 2);
+  t.Method(
+      "ExplodeBlock",
+      [](AcadSpace&, CallArgs& a) {
+        AcadSpace::ExplodeBlock(a[0].Object(), a[1]);
+        return Variant();
+      },
+      2, 2);
+  t.Method(
+      "UniformalizeBlock",
+      [](AcadSpace&, CallArgs& a) {
+        AcadSpace::UniformalizeBlock(a[0].Object());
+        return Variant();
+      },
+      1, 1);
+  t.Method(
+      "SetEffectiveScaleF",
+      [](AcadSpace&, CallArgs& a) {
+        AcadSpace::SetEffectiveScaleF(a[0].Object(), CDbl(a[1]));
+        return Variant();
+      },
+      2, 2);
+  t.Method(
+      "Block_IsInside_Block",
+      [](AcadSpace&, CallArgs& a) {
+        return Variant(AcadSpace::Block_IsInside_Block(a[0].Object(), a[1].Object()));
+      },
+      2, 2);
+}
+
 void AddTransformMembers(MemberTable<AcadSpace>& t) {
   t.Method(
       "TranslatePoint",
@@ -169,10 +242,6 @@ void AddIdentityMembers(MemberTable<AcadSpace>& t) {
         return Variant(found);
       },
       1, 2);
-  t.Method(
-      "Block_OwnerOf",
-      [](AcadSpace&, CallArgs& a) { return Variant(AcadSpace::Block_OwnerOf(a[0].Object(), a[1])); },
-      1, 2);
 }
 
 }  // namespace
@@ -191,6 +260,7 @@ const MemberTable<AcadSpace>& AcadSpace::Members() {
         },
         2, 3);
     AddAttributeMembers(t);
+    AddBlockMembers(t);
     AddTransformMembers(t);
     AddIdentityMembers(t);
     return t;

@@ -85,6 +85,59 @@ class AcadSpace : public DispatchObject<AcadSpace> {
                                             const std::string& polar_distance_name,
                                             const Variant& acad_point);
 
+  // ---- Block reference operations (acad_space_blocks.cpp).
+
+  // Block_Override_Block(sourceBdef, targetBdef): the target's entities are
+  // deleted and copies of the source's put in; the target takes the
+  // source's origin (an empty source leaves the target empty with its own
+  // origin).
+  static void Block_Override_Block(const ObjectRef& source_bdef, const ObjectRef& target_bdef);
+  // ReplaceBref(ExistingBref, NewBName[, Xdata][, DonotDelete]): a
+  // reference to NewBName placed, scaled and turned as ExistingBref, in the
+  // same block, with its properties (each copied under a trap) and
+  // synchronised (BlockRef_Synchronize); its "Tovik Studio" extended data
+  // when Xdata is True; the old reference deleted unless DonotDelete.
+  // ExistingBref (written) becomes the new reference. Nothing is undone
+  // when a step fails.
+  static void ReplaceBref(ObjectRef& existing_bref, const std::string& new_bname,
+                          const Variant& xdata = Variant::Missing(),
+                          const Variant& donot_delete = Variant::Missing());
+  // BlockRef_Synchronize(SourceBlockRef, desBlockRef): desBlockRef takes the
+  // source's colour, linetype, layer and linetype scale, then its attribute
+  // texts by tag and its dynamic properties by exact name and unit. The
+  // source's attributes are asked for through the member "getattribute",
+  // which the host does not have: the call raises 438 after the four
+  // properties are copied (see docs/transforms.md).
+  static void BlockRef_Synchronize(const ObjectRef& source_block_ref,
+                                   const ObjectRef& des_block_ref);
+  // IsXrefName(Name): True when Name holds a "|".
+  static bool IsXrefName(const std::string& name);
+  // Xref_GetObjectName(XName, XrefName): the part of XName after its first
+  // "|" (up to a second one), XrefName (written) the part before; a name
+  // without "|" is given back as it is and XrefName left alone.
+  static std::string Xref_GetObjectName(const std::string& xname, Variant& xref_name);
+  // Block_MoveOrigin(AcadBlock, NewOrigin): moves every entity of the block
+  // by −NewOrigin (layers unlocked for the move and locked again) and the
+  // block's Origin with them, so references keep their look. False (and
+  // nothing changed) when NewOrigin is (0, 0, 0).
+  static bool Block_MoveOrigin(const ObjectRef& acad_block, const Variant& new_origin);
+  // ExplodeBlock(Bref, errFlag): explodes the reference; visible
+  // attributes become texts, invisible ones go; wipeouts and images on a
+  // layer named "*wipeouts" go; pieces on layer 0 or ByBlock take the
+  // reference's layer, colour and linetype; freed attribute definitions go
+  // (constant visible ones become texts). The reference is deleted, and an
+  // anonymous definition with it. errFlag (written) is True when a step
+  // failed.
+  static void ExplodeBlock(const ObjectRef& bref, Variant& err_flag);
+  // UniformalizeBlock(BlockRef): Y and Z scale factors take the size of X,
+  // each keeping its sign.
+  static void UniformalizeBlock(const ObjectRef& block_ref);
+  // SetEffectiveScaleF(Bref, ScaleF): the three effective scale factors.
+  static void SetEffectiveScaleF(const ObjectRef& bref, double scale_f);
+  // Block_IsInside_Block(BigBlock, SmallBlock): True when BigBlock holds a
+  // reference to SmallBlock at any depth (by effective name).
+  static bool Block_IsInside_Block(const ObjectRef& big_block, const ObjectRef& small_block);
+
   // ---- Coordinate transforms (acad_space_transforms.cpp). Points are
   // arrays of three Doubles; angles are radians. Host failures reach the
   // caller (no trap) unless said otherwise.
