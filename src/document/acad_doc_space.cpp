@@ -59,6 +59,89 @@ Variant WithDrawingArgument(CallArgs& a, Body body) {
 
 }  // namespace
 
+namespace {
+
+// A drawing argument: Nothing or Missing reads as Nothing (the current
+// drawing); the drawing used is written back into the caller's variable.
+template <class F>
+Variant WithDrawing(CallArgs& a, size_t i, F&& body) {
+  ObjectRef drawing = a.Has(i) && !a[i].IsNothing() ? a[i].Object() : nullptr;
+  Variant result = body(drawing);
+  if (a.Has(i)) a[i] = Variant(drawing);
+  return result;
+}
+
+bool OptionalFlag(CallArgs& a, size_t i) { return a.Has(i) && CBool(a[i]); }
+
+void AddBlockMembers(MemberTable<AcadDocSpace>& t) {
+  using T = AcadDocSpace;
+  t.Method(
+      "JBlock",
+      [](T& s, CallArgs& a) {
+        return WithDrawing(a, 1, [&](ObjectRef& d) { return Variant(s.JBlock(CStr(a[0]), d)); });
+      },
+      1, 2);
+  t.Method(
+      "GetColor", [](T& s, CallArgs& a) { return Variant(s.GetColor(CInt(a[0]))); }, 1, 1);
+  t.Method(
+      "JLayer",
+      [](T& s, CallArgs& a) {
+        return WithDrawing(a, 1, [&](ObjectRef& d) {
+          return Variant(s.JLayer(CStr(a[0]), d, OptionalFlag(a, 2)));
+        });
+      },
+      1, 3);
+  t.Property("DefaultTextStyle", [](T& s, CallArgs&) { return Variant(s.DefaultTextStyle()); });
+  t.Property("DefaultNoPrintLayer",
+             [](T& s, CallArgs&) { return Variant(s.DefaultNoPrintLayer()); });
+  t.Method(
+      "DefaultLayer",
+      [](T& s, CallArgs& a) {
+        int16_t color = a.Has(2) ? CInt(a[2]) : int16_t{-1};
+        return WithDrawing(a, 1, [&](ObjectRef& d) {
+          return Variant(s.DefaultLayer(CStr(a[0]), d, color));
+        });
+      },
+      1, 3);
+  t.Method(
+      "ClearBlockEntities",
+      [](T& s, CallArgs& a) {
+        s.ClearBlockEntities(a[0].Object());
+        return Variant();
+      },
+      1, 1);
+  t.Method(
+      "NewAnonyBlock",
+      [](T& s, CallArgs& a) { return Variant(s.NewAnonyBlock(a[0].Object(), OptionalFlag(a, 1))); },
+      1, 2);
+  t.Method(
+      "InvisibleSpace",
+      [](T& s, CallArgs& a) {
+        return WithDrawing(a, 0, [&](ObjectRef& d) { return Variant(s.InvisibleSpace(d)); });
+      },
+      1, 1);
+  t.Method(
+      "TempAnonyBlock",
+      [](T& s, CallArgs& a) {
+        std::string id = a.Has(1) ? CStr(a[1]) : std::string();
+        return WithDrawing(a, 0, [&](ObjectRef& d) {
+          return Variant(s.TempAnonyBlock(d, id, OptionalFlag(a, 2)));
+        });
+      },
+      1, 3);
+  t.Method(
+      "PurgeTempAnonyBlocks",
+      [](T& s, CallArgs& a) {
+        return WithDrawing(a, 0, [&](ObjectRef& d) {
+          s.PurgeTempAnonyBlocks(d);
+          return Variant();
+        });
+      },
+      1, 1);
+}
+
+}  // namespace
+
 const MemberTable<AcadDocSpace>& AcadDocSpace::Members() {
   static const MemberTable<AcadDocSpace> table = [] {
     using T = AcadDocSpace;
@@ -115,6 +198,7 @@ const MemberTable<AcadDocSpace>& AcadDocSpace::Members() {
           return Variant();
         },
         2, 2);
+    AddBlockMembers(t);
     return t;
   }();
   return table;

@@ -12,6 +12,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <string_view>
 
 #include "document/acad_transaction.h"
@@ -76,6 +77,50 @@ class AcadDocSpace : public DispatchObject<AcadDocSpace> {
   // bound 1 is left wholly unchanged. Raises the unsupported-unit error
   // before converting anything.
   void ConvertAcadVectorsToMM(const ObjectRef& acad_block, Variant& vectors);
+
+  // ---- Layers, blocks and scratch blocks (acad_doc_space_blocks.cpp).
+  // A drawing argument that is Nothing means the current drawing and is
+  // written back.
+
+  // JBlock(BMark[, AcadDrawing]): the block definition BMark of the
+  // drawing, loaded from the block library folder (BMark.dwg, or BMark.dxf
+  // on the headless host) when the drawing lacks it; Nothing when neither.
+  ObjectRef JBlock(const std::string& bmark, ObjectRef& acad_drawing);
+  // GetColor(ColorIndex): a new colour object of that index.
+  ObjectRef GetColor(int16_t color_index);
+  // JLayer(LaMark[, AcadDrawing][, XPrefix]): the layer of a mark of the
+  // layer-mark table ("Rebar", "DET_STEEL"; marks compare without regard to
+  // case), made when missing, "X-" before its name with XPrefix; Nothing for
+  // another mark.
+  ObjectRef JLayer(const std::string& la_mark, ObjectRef& acad_drawing, bool x_prefix);
+  // DefaultTextStyle: the current drawing's text style "Tovik Studio",
+  // made (Microsoft Sans Serif, height 0) when missing.
+  ObjectRef DefaultTextStyle();
+  // DefaultNoPrintLayer: the current drawing's layer "Not to Print", made
+  // when missing, never plotted.
+  ObjectRef DefaultNoPrintLayer();
+  // DefaultLayer(LName[, AcadDrawing][, ColorIndex]): the layer LName, made
+  // when missing.
+  ObjectRef DefaultLayer(const std::string& lname, ObjectRef& acad_drawing, int16_t color_index);
+  // ClearBlockEntities(ABlock): deletes the block's entities.
+  void ClearBlockEntities(const ObjectRef& ablock);
+  // NewAnonyBlock(ABlockOrDwg[, RetainBref]): a new, empty anonymous block
+  // definition, made by converting a reference to a scratch block in the
+  // given block (or the current space of the given drawing); the reference
+  // stays when RetainBref. The current drawing's active layer ends
+  // unlocked.
+  ObjectRef NewAnonyBlock(const ObjectRef& ablock_or_dwg, bool retain_bref);
+  // InvisibleSpace(AcadDrawing): the drawing's hidden scratch block, kept in
+  // the drawing through the invisible holder ("InvisibleRef").
+  ObjectRef InvisibleSpace(ObjectRef& acad_drawing);
+  // TempAnonyBlock(AcadDrawing[, idComment][, ClearBlock]): the scratch
+  // anonymous block whose Comments are idComment, made on first use;
+  // emptied when ClearBlock.
+  ObjectRef TempAnonyBlock(ObjectRef& acad_drawing, const std::string& id_comment,
+                           bool clear_block);
+  // PurgeTempAnonyBlocks(AcadDrawing): deletes every scratch block that can
+  // be deleted, with its reference.
+  void PurgeTempAnonyBlocks(ObjectRef& acad_drawing);
 
   // ConvertMMVectorsToAcad(AcadBlock, Vectors): as ConvertAcadVectorsToMM,
   // multiplying by the factor (millimetres to drawing units).

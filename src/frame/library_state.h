@@ -43,6 +43,10 @@ struct LibraryState {
   // The hidden toolbox form's picture box (DwgPicturebox), the default
   // surface of new preview canvases; made on first use.
   ObjectRef toolbox_picture;
+  // The maker's block library folder, where JBlock finds drawing files;
+  // empty: TOVIK_BLOCK_LIBRARY or the per-user data folder (see
+  // document/spaces.h).
+  std::string block_library_folder;
   // Number of ZActiveXCOM instances made so far (each keeps its own
   // number for AppTitle).
   int32_t zactivex_instances = 0;

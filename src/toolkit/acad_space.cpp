@@ -83,6 +83,15 @@ void AddAttributeMembers(MemberTable<AcadSpace>& t) {
 }
 
 void AddBlockMembers(MemberTable<AcadSpace>& t) {
+  // BlockLoadFromLibrary(AcadDrawing, FilePath[, BlockName][, Redefine]):
+  // the block is named after the file; the other two are accepted as the
+  // callers pass them ("", False).
+  t.Method(
+      "BlockLoadFromLibrary",
+      [](AcadSpace&, CallArgs& a) {
+        return Variant(AcadSpace::BlockLoadFromLibrary(ObjectArg(a, 0), CStr(a[1])));
+      },
+      2, 4);
   t.Method(
       "Block_OwnerOf",
       [](AcadSpace&, CallArgs& a) { return Variant(AcadSpace::Block_OwnerOf(a[0].Object(), a[1])); },

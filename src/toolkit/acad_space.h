@@ -87,6 +87,14 @@ class AcadSpace : public DispatchObject<AcadSpace> {
 
   // ---- Block reference operations (acad_space_blocks.cpp).
 
+  // BlockLoadFromLibrary(AcadDrawing, FilePath): the drawing file loaded
+  // into AcadDrawing (Nothing: the current drawing) as a block definition
+  // named after the file, as the host inserts a drawing file; an existing
+  // block of that name is used as it is. The headless host reads DXF files
+  // (a .dwg path is read from the .dxf beside it). Host errors reach the
+  // caller.
+  static ObjectRef BlockLoadFromLibrary(const ObjectRef& acad_drawing, const std::string& file_path);
+
   // Block_Override_Block(sourceBdef, targetBdef): the target's entities are
   // deleted and copies of the source's put in; the target takes the
   // source's origin (an empty source leaves the target empty with its own

@@ -3,6 +3,7 @@
 // re-basing, exploding with clean-up, scale factors, nesting.
 #include <cmath>
 
+#include "document/spaces.h"
 #include "frame/automation_error.h"
 #include "frame/conversions.h"
 #include "frame/error_trap.h"
@@ -63,6 +64,11 @@ ObjectRef LayerOf(const ObjectRef& ent) {
 }
 
 }  // namespace
+
+ObjectRef AcadSpace::BlockLoadFromLibrary(const ObjectRef& acad_drawing,
+                                          const std::string& file_path) {
+  return LoadBlockFromFile(acad_drawing ? acad_drawing : CurrentDrawing(), file_path);
+}
 
 void AcadSpace::Block_Override_Block(const ObjectRef& source_bdef, const ObjectRef& target_bdef) {
   ObjectRef doc = GetProperty(source_bdef, "Document").Object();

@@ -4,6 +4,7 @@
 // services.
 #include <cmath>
 
+#include "document/spaces.h"
 #include "document/units.h"
 #include "frame/automation_error.h"
 #include "frame/conversions.h"
@@ -249,14 +250,7 @@ AcadSpace::ScreenView AcadSpace::GetAcadScreenWCS(const ObjectRef& this_drawing)
 }
 
 ObjectRef AcadSpace::CurSpace(const ObjectRef& acad_drawing) {
-  ObjectRef doc = acad_drawing ? acad_drawing : CurrentDrawing();
-  if (CLng(GetProperty(doc, "ActiveSpace")) != 0 || CBool(GetProperty(doc, "MSpace"))) {
-    return GetProperty(doc, "ModelSpace").Object();
-  }
-  ObjectRef paper;
-  ResumeNext trap;
-  if (trap([&] { paper = GetProperty(doc, "PaperSpace").Object(); })) return paper;
-  return GetProperty(GetProperty(doc, "ActiveLayout").Object(), "Block").Object();
+  return CurrentSpaceOf(acad_drawing);
 }
 
 }  // namespace tovik

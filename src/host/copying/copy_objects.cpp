@@ -171,4 +171,28 @@ Variant ImportFile(Document& doc, CallArgs& a) {
   return Variant(ObjectRef());  // Nothing: only a WMF import returns a reference
 }
 
+BlockRecord* BlockFromDrawingFile(Document& doc, const std::string& path) {
+  const std::string ext = Extension(path);
+  const bool drawing_ext = CaseInsensitiveEqual(ext, "dwg") || CaseInsensitiveEqual(ext, "dxf");
+  if (!drawing_ext && path.find_first_of("/\\") == std::string::npos) return nullptr;
+  std::filesystem::path file(path);
+  const std::string name = file.stem().string();
+  if (BlockRecord* existing = doc.blocks().Find(name)) return existing;
+  std::error_code ec;
+  if (!std::filesystem::is_regular_file(file, ec) && CaseInsensitiveEqual(ext, "dwg")) {
+    file.replace_extension(".dxf");
+  }
+  if (!std::filesystem::is_regular_file(file, ec)) throw HostError(HostFailure::kFileNotFound);
+  const DrawingFileIo& io = doc.application()->file_io();
+  if (!io.open) throw HostError(HostFailure::kNotApplicable);
+  std::shared_ptr<Document> source = io.open(*doc.application(), file.string());
+  BlockRecord* block = doc.AddBlock(name, BasePoint(*source));
+  CloneSession session(doc);
+  for (Entity* e : source->model_space()->entities()) {
+    if (!e->erased()) e->CloneInto(block);
+  }
+  session.TranslateXDataHandles();
+  return block;
+}
+
 }  // namespace tovik::host

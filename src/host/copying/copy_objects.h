@@ -54,6 +54,17 @@ Variant CopyObjects(Document& doc, CallArgs& args);
 // error, and this drawing is left unchanged.
 Variant ImportFile(Document& doc, CallArgs& args);
 
+// The block definition InsertBlock makes of a drawing file named as its
+// block: named after the file (without folders and extension), holding
+// copies of the file's model-space entities, with the file's base point
+// (INSBASE) as its origin; an existing block of that name is used as it
+// is. The headless host reads DXF: a ".dwg" path that is not there is read
+// from the ".dxf" file beside it. nullptr when `path` names no drawing file
+// (no folder separator and no ".dwg"/".dxf" extension); File not found when
+// it names one that is not there; the reader's error when it cannot be
+// read.
+BlockRecord* BlockFromDrawingFile(Document& doc, const std::string& path);
+
 }  // namespace tovik::host
 
 #endif  // TOVIK_HOST_COPYING_COPY_OBJECTS_H_

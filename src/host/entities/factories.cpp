@@ -5,6 +5,7 @@
 
 #include "frame/conversions.h"
 #include "frame/runtime_text.h"
+#include "host/copying/copy_objects.h"
 #include "host/core/document.h"
 #include "host/core/host_error.h"
 #include "host/entities/kinds.h"
@@ -62,6 +63,8 @@ Variant InsertBlock(BlockRecord& s, CallArgs& a) {
   double rotation = a.Has(5) ? DoubleArg(a[5], {"Rotation", kMember}) : 0.0;
   Document* doc = s.document();
   BlockRecord* block = doc->blocks().Find(name);
+  // Name may be a drawing file: it becomes the block's definition.
+  if (!block) block = BlockFromDrawingFile(*doc, name);
   if (!block) throw HostError(HostFailure::kKeyNotFound);
   if (scale.x == 0 || scale.y == 0 || scale.z == 0) {
     throw HostError(HostFailure::kInvalidInput);
