@@ -53,8 +53,11 @@ int EventSource::SinkCount() const {
 
 Variant& CallArgs::operator[](size_t i) {
   if (i < args_.size()) return args_[i];
-  missing_ = Variant::Missing();
-  return missing_;
+  if (!omitted_) {
+    omitted_ = std::make_unique<std::array<Variant, kOmittedSlots>>();
+    omitted_->fill(Variant::Missing());
+  }
+  return omitted_->at(i - args_.size());
 }
 
 bool CallArgs::Has(size_t i) const {

@@ -9,6 +9,7 @@
 #ifndef TOVIK_FRAME_DISPATCH_H_
 #define TOVIK_FRAME_DISPATCH_H_
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <initializer_list>
@@ -110,14 +111,19 @@ class CallArgs {
   explicit CallArgs(std::span<Variant> args) : args_(args) {}
   // Number of arguments the caller passed.
   size_t size() const { return args_.size(); }
-  // Argument i, by reference; beyond what was passed it is a Missing value.
+  // Argument i, by reference; beyond what was passed it is a Missing value
+  // of its own (REQUIRES: i < the passed count + 16).
   Variant& operator[](size_t i);
   // True when argument i was passed and is not Missing.
   bool Has(size_t i) const;
 
  private:
+  // Omitted arguments beyond those passed, one slot each (made on first
+  // use): a member that writes one omitted out-argument must not change
+  // another omitted argument it reads.
+  static constexpr size_t kOmittedSlots = 16;
   std::span<Variant> args_;
-  Variant missing_ = Variant::Missing();
+  std::unique_ptr<std::array<Variant, kOmittedSlots>> omitted_;
 };
 
 // Reads a property: obj.name(args...). Nothing raises 91.

@@ -57,6 +57,19 @@ class NumberList : public DispatchObject<NumberList> {
             return Variant(true);
           },
           1, 1);
+      // SumInto([Scale][, Out]): writes the sum into Out first, then reads
+      // Scale (1 when omitted) and returns the scaled sum.
+      t.Method(
+          "SumInto",
+          [](NumberList& s, CallArgs& a) {
+            Variant& scale = a[0];
+            Variant& out = a[1];
+            double sum = 0;
+            for (double d : s.items_) sum += d;
+            out = Variant(sum);
+            return Variant(sum * (scale.IsMissing() ? 1.0 : CDbl(scale)));
+          },
+          0, 2);
       // A member with a Cyrillic name, found case-insensitively.
       t.Property("Длина", [](NumberList& s, CallArgs&) {
         return Variant(static_cast<int32_t>(s.items_.size()));
@@ -113,6 +126,10 @@ TEST(Dispatch, OmittedOptionalArgumentsReadAsMissing) {
   CallMethod(list, "Add", {Variant::Missing()});
   EXPECT_EQ(CLng(GetProperty(list, "Count")), 2);
   EXPECT_EQ(CDbl(GetProperty(list, "Item", {Variant(int16_t{1})})), 0.0);
+  // Each omitted argument is a Missing of its own: writing the omitted Out
+  // leaves the omitted Scale Missing.
+  CallMethod(list, "Add", {Variant(3.0)});
+  EXPECT_EQ(CDbl(CallMethod(list, "SumInto")), 3.0);
 }
 
 TEST(Dispatch, ByReferenceArgumentsAreWrittenBack) {
