@@ -6,6 +6,7 @@
 
 #include "frame/automation_error.h"
 #include "frame/conversions.h"
+#include "frame/value_helpers.h"
 #include "geometry/matrix.h"
 
 namespace tovik {
@@ -32,9 +33,7 @@ geometry::Vec3 VectorOf(const Variant& value) {
   return v;
 }
 
-Variant PointOf(const geometry::Vec3& p) {
-  return Variant(SafeArray::OfDoubles({p.x, p.y, p.z}));
-}
+Variant PointOf(const geometry::Vec3& p) { return MakePoint(p.x, p.y, p.z); }
 
 Variant ScaleVector(const Variant& vector, double factor) {
   if (!vector.IsArray()) throw errors::TypeMismatch();

@@ -7,6 +7,7 @@
 #include <tuple>
 #include <unordered_map>
 
+#include "frame/aci_palette.h"
 #include "frame/automation_error.h"
 #include "frame/conversions.h"
 #include "frame/error_trap.h"
@@ -677,36 +678,9 @@ class Renderer {
 }  // namespace
 
 int32_t AciToRgb(int32_t aci) {
-  auto rgb = [](int r, int g, int b) { return static_cast<int32_t>(r | g << 8 | b << 16); };
-  static constexpr int kBasic[10][3] = {{0, 0, 0},     {255, 0, 0},   {255, 255, 0}, {0, 255, 0},
-                                        {0, 255, 255}, {0, 0, 255},   {255, 0, 255}, {255, 255, 255},
-                                        {128, 128, 128}, {192, 192, 192}};
-  if (aci >= 0 && aci < 10) return rgb(kBasic[aci][0], kBasic[aci][1], kBasic[aci][2]);
-  if (aci >= 250 && aci <= 255) {
-    static constexpr int kGrey[] = {51, 91, 132, 173, 214, 255};
-    int g = kGrey[aci - 250];
-    return rgb(g, g, g);
-  }
-  if (aci < 10 || aci > 249) return rgb(0, 0, 0);
-  // Indexes 10 to 249: 24 hues 15° apart; in each group of ten, five
-  // brightness levels, each in full colour (even) and half-saturated (odd).
-  static constexpr double kValue[] = {255, 165, 127, 76, 38};
-  double hue = (aci / 10 - 1) * 15.0;
-  int level = (aci % 10) / 2;
-  double v = kValue[level], s = (aci % 2) ? 0.5 : 1.0;
-  double c = v * s, h = hue / 60.0;
-  double x = c * (1 - std::fabs(std::fmod(h, 2.0) - 1));
-  double r = 0, g = 0, b = 0;
-  switch (static_cast<int>(h)) {
-    case 0: r = c, g = x; break;
-    case 1: r = x, g = c; break;
-    case 2: g = c, b = x; break;
-    case 3: g = x, b = c; break;
-    case 4: r = x, b = c; break;
-    default: r = c, b = x; break;
-  }
-  double m = v - c;
-  return rgb(static_cast<int>(r + m), static_cast<int>(g + m), static_cast<int>(b + m));
+  // The palette is 0x00RRGGBB; an RGB Long has red in the low byte.
+  uint32_t rgb = AciPaletteRgb(aci);
+  return static_cast<int32_t>(((rgb >> 16) & 0xFF) | (rgb & 0xFF00) | ((rgb & 0xFF) << 16));
 }
 
 PreviewReport DrawDrawingPreview(const ObjectRef& document, DwgPicture& canvas,

@@ -66,7 +66,8 @@ PreviewReport DrawDrawingPreview(const ObjectRef& document, DwgPicture& canvas,
 // \Sa^b; shows as a/b, other codes and braces are dropped.
 std::vector<std::string> PlainMTextLines(std::string_view text);
 
-// The RGB Long (red in the low byte) of colour index `aci` (1 to 255).
+// The RGB Long (red in the low byte) of colour index `aci` (1 to 255) in
+// the standard palette.
 int32_t AciToRgb(int32_t aci);
 
 }  // namespace tovik
