@@ -15,6 +15,7 @@
 #include "host/core/application.h"
 #include "host/core/document.h"
 #include "host/dxf/dxf_file.h"
+#include "host/dxf/source.h"
 #include "host/entities/kinds.h"
 #include "host/tables/block.h"
 #include "host/tables/records.h"
@@ -77,10 +78,18 @@ class HostShapes : public ShapeSource {
     return out;
   }
 
-  ObjectRef DimensionBlock(const ObjectRef& dimension) override {
-    const auto* d = host::As<host::Dimension>(dimension.get());
-    if (!d || !d->data().block) return nullptr;
-    return d->data().block->shared_from_this();
+  ObjectRef PictureBlock(const ObjectRef& entity) override {
+    if (const auto* d = host::As<host::Dimension>(entity.get())) {
+      return d->data().block ? d->data().block->shared_from_this() : nullptr;
+    }
+    // A table keeps its whole record; its picture block is named by 2.
+    const auto* e = host::AsEntity(entity.get());
+    if (!e || !e->document()) return nullptr;
+    auto source = host::dxf::SourceOf(*e->document());
+    const dxf::Record* record = source ? source->records.ValueOr(e, nullptr) : nullptr;
+    const dxf::Tag* name = record ? record->Find(2) : nullptr;
+    host::BlockRecord* block = name ? e->document()->blocks().Find(std::string(name->text)) : nullptr;
+    return block ? block->shared_from_this() : nullptr;
   }
 };
 

@@ -281,7 +281,8 @@ class Renderer {
       return Insert(e, layer, aci);
     } else if (kind == "AcDbHatch") {
       return Hatch(e);
-    } else if (kind.starts_with("AcDb") && kind.find("Dimension") != std::string::npos) {
+    } else if ((kind.starts_with("AcDb") && kind.find("Dimension") != std::string::npos) ||
+               kind == "AcDbTable") {
       return Dimension(e, layer, aci);
     } else if (kind == "AcDbRay" || kind == "AcDbXline") {
       std::vector<Vec3> p = Flat(e, "Coordinates", 3);
@@ -601,7 +602,7 @@ class Renderer {
 
   bool Dimension(const ObjectRef& e, const std::string& layer, Colour aci) {
     if (!options_.shapes || depth_ >= kMaxNesting) return false;
-    ObjectRef block = options_.shapes->DimensionBlock(e);
+    ObjectRef block = options_.shapes->PictureBlock(e);
     if (!block) return false;
     ++depth_;
     for (const Variant& item : ForEach(block)) Entity(item.Object(), layer, aci);

@@ -4,7 +4,7 @@
 // their effective colours, block references expanded with their placement.
 //
 // What the automation model does not describe (a hatch's boundary, the
-// block holding a dimension's picture) comes from a ShapeSource the
+// block holding a dimension's or a table's picture, a linetype's pattern) comes from a ShapeSource the
 // caller may supply; without one such entities are counted as not drawn.
 #ifndef TOVIK_PREVIEW_DRAWING_PREVIEW_H_
 #define TOVIK_PREVIEW_DRAWING_PREVIEW_H_
@@ -28,8 +28,9 @@ class ShapeSource {
   // A hatch's boundary loops in world coordinates (arcs flattened); empty
   // when unknown.
   virtual std::vector<std::vector<geometry::Vec3>> HatchLoops(const ObjectRef& hatch) = 0;
-  // The block holding a dimension's picture, or Nothing.
-  virtual ObjectRef DimensionBlock(const ObjectRef& dimension) = 0;
+  // The block holding the picture of a dimension or a table (placed in
+  // world coordinates), or Nothing.
+  virtual ObjectRef PictureBlock(const ObjectRef& entity) = 0;
   // The dash pattern of an entity's linetype in drawing units, scaled by
   // the entity's and the drawing's linetype scales: positive dashes,
   // negative gaps, 0 dots. Empty for continuous lines.

@@ -116,7 +116,7 @@ TEST_F(DrawingPreviewOnHost, LayersDecideVisibilityAndByLayerColours) {
 struct DashedShapes : ShapeSource {
   std::vector<double> pattern;
   std::vector<std::vector<geometry::Vec3>> HatchLoops(const ObjectRef&) override { return {}; }
-  ObjectRef DimensionBlock(const ObjectRef&) override { return nullptr; }
+  ObjectRef PictureBlock(const ObjectRef&) override { return nullptr; }
   std::vector<double> Dashes(const ObjectRef&) override { return pattern; }
 };
 
