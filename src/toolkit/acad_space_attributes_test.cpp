@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
 #include "geometry/vector_service.h"
+#include "host/dxf/dxf_file.h"
 #include "host/tables/block.h"
+#include "tests/support/dxf_checks.h"
 #include "tests/support/geometry.h"
 #include "tests/support/host_fixture.h"
 #include "toolkit/acad_space.h"
@@ -157,6 +159,38 @@ TEST_F(Attributes, PointAndPolarParametersLiveInTheHoldingSpace) {
   // A distance with no angle and base after it: the positional reads fail.
   EXPECT_EQ(ErrorOf([&] { AcadSpace::DynamicProperty_GetPolarPoint(ref, "Grip Y"); }).Number(),
             kErrSubscript);
+}
+
+// The references of a real dynamic block keep their own visibility states;
+// one written through the library is kept through a save and a reopen.
+TEST_F(Attributes, VisibilityStatesOfRealDynamicReferencesAreReadWrittenAndSaved) {
+  const std::string drawing = CorpusDrawing("acadsharp/BLOCKVISIBILITYPARAMETER.dxf");
+  SKIP_WITHOUT_DRAWING(drawing);
+  host::dxf::InstallDxfFileIo(*app_);
+  ObjectRef docs = GetProperty(ObjectRef(app_), "Documents").Object();
+  auto states = [&](const ObjectRef& d) {
+    std::vector<std::string> out;
+    Variant flag, no_change;
+    for (const Variant& e : ForEach(GetProperty(d, "ModelSpace").Object())) {
+      out.push_back(CStr(AcadSpace::DynamicProperty_Get(e.Object(), "visibility state",
+                                                        Variant::Missing(), flag, no_change)));
+    }
+    return out;
+  };
+  ObjectRef opened = CallMethod(docs, "Open", {Variant(drawing)}).Object();
+  // As the file holds them (an independent reader finds the same).
+  EXPECT_EQ(states(opened), (std::vector<std::string>{"VisibilityState0", "HideAll",
+                                                      "VisibilityState1", "ShowAll"}));
+  ObjectRef first = CallMethod(GetProperty(opened, "ModelSpace").Object(), "Item",
+                               {Variant(int32_t{0})}).Object();
+  Variant flag, no_change;
+  AcadSpace::DynamicProperty_Get(first, "Visibility State", Variant("ShowAll"), flag, no_change);
+  EXPECT_FALSE(CBool(no_change));
+  std::string copy = ::testing::TempDir() + "/tovik_visibility.dxf";
+  CallMethod(opened, "SaveAs", {Variant(copy)});
+  EXPECT_EQ(states(CallMethod(docs, "Open", {Variant(copy)}).Object()),
+            (std::vector<std::string>{"ShowAll", "HideAll", "VisibilityState1", "ShowAll"}));
+  EXPECT_EZDXF_ACCEPTS(copy);
 }
 
 }  // namespace

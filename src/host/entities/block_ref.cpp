@@ -5,6 +5,7 @@
 #include "frame/conversions.h"
 #include "host/core/document.h"
 #include "host/entities/kinds.h"
+#include "host/tables/dictionary.h"
 #include "host/surface/member_helpers.h"
 #include "host/tables/block.h"
 
@@ -54,9 +55,31 @@ void LetDynamicValue(DynamicPropertyObject& s, const DynamicProperty& p, BlockRe
   }
   ref.Touch();
   ref.mutable_data().dynamic_properties[index].value = value;
+  // A visibility state is also kept where the drawing file keeps it, so a
+  // saved drawing reopens with it.
+  if (value.IsString()) {
+    if (XRecord* record = EnhancedBlockData(ref, p.node)) {
+      auto& d = record->mutable_data();
+      for (size_t k = 0; k < d.codes.size(); ++k) {
+        if (d.codes[k] != 1) continue;
+        record->Touch();
+        d.values[k] = value;
+      }
+    }
+  }
 }
 
 }  // namespace
+
+XRecord* EnhancedBlockData(const BlockRef& ref, int32_t node) {
+  if (node == 0) return nullptr;
+  const Dictionary* dict = ref.xdict();
+  for (const char* key : {"AcDbBlockRepresentation", "AppDataCache", "ACAD_ENHANCEDBLOCKDATA"}) {
+    if (dict == nullptr) return nullptr;
+    dict = AsObject<Dictionary>(dict->Find(key));
+  }
+  return dict ? AsObject<XRecord>(dict->Find(std::to_string(node))) : nullptr;
+}
 
 const MemberTable<DynamicPropertyObject>& DynamicPropertyObject::Members() {
   static const MemberTable<DynamicPropertyObject> table = [] {

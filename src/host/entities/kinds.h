@@ -187,6 +187,15 @@ class MText final : public HostObject<MText, Entity> {
   TOVIK_HOST_ENTITY_KIND(MText, kMText, "IAcadMText", "AcDbMText")
 };
 
+class XRecord;
+class BlockRef;
+// The record in which a dynamic block reference keeps its own value of the
+// parameter with node `node`, as the host program writes it: the XRECORD
+// under that node's number in its extension dictionary's
+// AcDbBlockRepresentation / AppDataCache / ACAD_ENHANCEDBLOCKDATA; nullptr
+// when there is none.
+XRecord* EnhancedBlockData(const BlockRef& ref, int32_t node);
+
 class BlockRef final : public HostObject<BlockRef, Entity> {
  public:
   struct Data {

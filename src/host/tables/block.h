@@ -25,6 +25,9 @@ struct DynamicProperty {
   bool show = true;
   std::string description;
   std::vector<Variant> allowed_values;  // empty: any value
+  // The parameter's node in the definition's evaluation graph (0: none); a
+  // reference keeps its own value of it in its extension dictionary.
+  int32_t node = 0;
 };
 
 class BlockRecord final : public HostObject<BlockRecord, NamedRecord> {

@@ -8,6 +8,7 @@
 
 #include "host/dxf/binding.h"
 #include "host/dxf/read/loader.h"
+#include "host/tables/dictionary.h"
 
 namespace tovik::host::dxf {
 namespace {
@@ -17,6 +18,14 @@ namespace {
 DynamicProperty PropertyOf(const Record& r) {
   DynamicProperty p;
   std::string_view type = r.type;
+  if (auto expr = r.Subclass("AcDbEvalExpr")) {
+    for (const Tag& t : *expr) {
+      if (t.code == 90) {
+        p.node = static_cast<int32_t>(t.integer);
+        break;
+      }
+    }
+  }
   if (auto element = r.Subclass("AcDbBlockElement")) {
     for (const Tag& t : *element) {
       if (t.code == 300) {
@@ -98,6 +107,30 @@ void Loader::LoadDynamicProperties() {
       if (source == nullptr || !source->IsDynamic()) continue;
       ref->mutable_data().dynamic_source = source;
       ref->mutable_data().dynamic_properties = source->data().dynamic_properties;
+    }
+  }
+}
+
+void Loader::LoadDynamicValues() {
+  // A reference's own visibility state, from the record the host program
+  // keeps it in (code 1 of the parameter's XRECORD), when it is one of the
+  // states.
+  for (BlockRecord* block : doc_.blocks().items) {
+    for (Entity* e : block->entities()) {
+      auto* ref = As<BlockRef>(e);
+      if (ref == nullptr || !ref->IsDynamic()) continue;
+      for (DynamicProperty& p : ref->mutable_data().dynamic_properties) {
+        if (p.allowed_values.empty() || !p.value.IsString()) continue;
+        const XRecord* record = EnhancedBlockData(*ref, p.node);
+        if (record == nullptr) continue;
+        const auto& d = record->data();
+        for (size_t k = 0; k < d.codes.size(); ++k) {
+          if (d.codes[k] != 1) continue;
+          for (const Variant& state : p.allowed_values) {
+            if (state.SameAs(d.values[k])) p.value = state;
+          }
+        }
+      }
     }
   }
 }

@@ -73,6 +73,9 @@ class Loader {
   std::vector<Entity*> DrawOrderOf(std::span<const Tag> table, BlockRecord** block);
   void LinkDynamicBlocks();
   void LoadDynamicProperties();
+  // Each dynamic reference's own parameter values, once the objects (its
+  // extension dictionary) are loaded.
+  void LoadDynamicValues();
   void DropUnusedStandardLayouts();
   void ApplyCommon(const RecordFields& record, Entity* entity);
   void Pace();

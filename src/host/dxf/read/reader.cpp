@@ -124,6 +124,7 @@ void Loader::Run() {
   LoadObjects();
   LinkExtensionDictionaries();
   LinkDynamicBlocks();
+  LoadDynamicValues();
   DropUnusedStandardLayouts();
   if (const HeaderVariable* seed = source_.model.FindVariable("$HANDSEED")) {
     if (!seed->tags.empty()) {
