@@ -9,3 +9,5 @@ cmake --build --preset default -j 2 --target tovik
 ./build/default/cli/tovik --version
 ./build/default/cli/tovik classes
 ./build/default/cli/tovik info data/colors.dxf
+./build/default/cli/tovik preview data/colors.dxf -o build/colors.png --size 800x600
+echo "picture: build/colors.png"

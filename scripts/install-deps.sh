@@ -9,6 +9,7 @@ packages=(
   libbenchmark-dev                   # bench/
   libicu-dev                         # case mapping and folding of non-ASCII names
   libcairo2-dev                      # the preview canvas draws with cairo
+  libfreetype-dev libfontconfig-dev  # text widths from the faces themselves
   fonts-dejavu-core fontconfig       # faces for texts whose fonts the machine lacks
   python3-ezdxf                      # independent DXF checker used by tests
 )
