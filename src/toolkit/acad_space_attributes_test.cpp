@@ -100,8 +100,8 @@ TEST_F(Attributes, AttributeDefinitionsAreFoundByTagInOrder) {
 }
 
 TEST_F(Attributes, DynamicPropertiesAreWrittenOnlyWhenTheyDiffer) {
-  ObjectRef ref = DynamicRef({{"Distance1", Variant(10.0), 2, false, true, "", {}},
-                              {"Visibility", Variant("A"), 0, false, true, "", {Variant("A"), Variant("B")}}});
+  ObjectRef ref = DynamicRef({DynProp("Distance1", Variant(10.0), 2, false, true),
+                              DynProp("Visibility", Variant("A"), 0, false, true, {Variant("A"), Variant("B")})});
   Variant flag(int16_t{7}), no_change;
   // Not dynamic: Empty, flag left alone, NoChange True.
   Variant plain_flag(int16_t{7});
@@ -135,11 +135,11 @@ TEST_F(Attributes, DynamicPropertiesAreWrittenOnlyWhenTheyDiffer) {
 }
 
 TEST_F(Attributes, PointAndPolarParametersLiveInTheHoldingSpace) {
-  ObjectRef ref = DynamicRef({{"Reach", Variant(2.0), 2, false, true, "", {}},
-                              {"Reach Angle", Variant(kPi / 2), 1, false, true, "", {}},
-                              {"Reach Base", PointOf({1, 0, 0}), 0, false, true, "", {}},
-                              {"Grip X", Variant(3.0), 2, false, true, "", {}},
-                              {"Grip Y", Variant(1.0), 2, false, true, "", {}}});
+  ObjectRef ref = DynamicRef({DynProp("Reach", Variant(2.0), 2, false, true),
+                              DynProp("Reach Angle", Variant(kPi / 2), 1, false, true),
+                              DynProp("Reach Base", PointOf({1, 0, 0}), 0, false, true),
+                              DynProp("Grip X", Variant(3.0), 2, false, true),
+                              DynProp("Grip Y", Variant(1.0), 2, false, true)});
   // Turned a quarter and mirrored in x (scale taken by its sign only):
   // block (x, y) lands at (10 - y, 20 - x).
   EXPECT_VEC_CLOSE(VectorOf(AcadSpace::DynamicProperty_GetPoint(ref, "grip")), (Vec3{9, 17, 0}));
@@ -183,13 +183,31 @@ TEST_F(Attributes, VisibilityStatesOfRealDynamicReferencesAreReadWrittenAndSaved
                                                       "VisibilityState1", "ShowAll"}));
   ObjectRef first = CallMethod(GetProperty(opened, "ModelSpace").Object(), "Item",
                                {Variant(int32_t{0})}).Object();
+  // The reference's anonymous copy shows the state: every entity of the
+  // definition, those the state hides invisible (as the file's own copies).
+  auto visible = [&](const ObjectRef& ref) {
+    std::vector<bool> out;
+    ObjectRef blocks = GetProperty(GetProperty(ref, "Document").Object(), "Blocks").Object();
+    for (const Variant& e : ForEach(CallMethod(blocks, "Item", {GetProperty(ref, "Name")}).Object())) {
+      out.push_back(CBool(GetProperty(e.Object(), "Visible")));
+    }
+    return out;
+  };
+  EXPECT_EQ(visible(first), (std::vector<bool>{true, true, true, false, true}));
   Variant flag, no_change;
+  AcadSpace::DynamicProperty_Get(first, "Visibility State", Variant("HideAll"), flag, no_change);
+  EXPECT_EQ(visible(first), (std::vector<bool>{false, false, false, true, true}));
   AcadSpace::DynamicProperty_Get(first, "Visibility State", Variant("ShowAll"), flag, no_change);
   EXPECT_FALSE(CBool(no_change));
+  EXPECT_EQ(visible(first), (std::vector<bool>{true, true, false, false, true}));
   std::string copy = ::testing::TempDir() + "/tovik_visibility.dxf";
   CallMethod(opened, "SaveAs", {Variant(copy)});
-  EXPECT_EQ(states(CallMethod(docs, "Open", {Variant(copy)}).Object()),
+  ObjectRef reopened = CallMethod(docs, "Open", {Variant(copy)}).Object();
+  EXPECT_EQ(states(reopened),
             (std::vector<std::string>{"ShowAll", "HideAll", "VisibilityState1", "ShowAll"}));
+  EXPECT_EQ(visible(CallMethod(GetProperty(reopened, "ModelSpace").Object(), "Item",
+                               {Variant(int32_t{0})}).Object()),
+            (std::vector<bool>{true, true, false, false, true}));
   EXPECT_EZDXF_ACCEPTS(copy);
 }
 

@@ -13,6 +13,7 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "frame/conversions.h"
 #include "frame/dispatch.h"
@@ -51,6 +52,20 @@ inline std::set<std::string> MemberHandles(const ObjectRef& collection) {
   std::set<std::string> out;
   for (const Variant& e : ForEach(collection)) out.insert(CStr(GetProperty(e.Object(), "Handle")));
   return out;
+}
+
+// A dynamic-block property for a test definition.
+inline host::DynamicProperty DynProp(std::string name, Variant value, int32_t units_type = 0,
+                                     bool read_only = false, bool show = true,
+                                     std::vector<Variant> allowed = {}) {
+  host::DynamicProperty p;
+  p.name = std::move(name);
+  p.value = std::move(value);
+  p.units_type = units_type;
+  p.read_only = read_only;
+  p.show = show;
+  p.allowed_values = std::move(allowed);
+  return p;
 }
 
 class HostTest : public ::testing::Test {

@@ -46,7 +46,7 @@ class SurfaceTest : public HostTest {
     CallMethod(block, "AddLine", {Pt(0, 0), Pt(1, 1)});
     auto* def = static_cast<BlockRecord*>(block.get());
     def->mutable_data().dynamic_properties = {
-        {"Distance1", Variant(10.0), 2, false, true, "", {}},
+        DynProp("Distance1", Variant(10.0), 2),
     };
     ref = CallMethod(ms, "InsertBlock",
                      {Pt(5, 5), Variant("B"), Variant(1.0), Variant(1.0), Variant(1.0)})

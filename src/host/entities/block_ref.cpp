@@ -4,6 +4,7 @@
 
 #include "frame/conversions.h"
 #include "host/core/document.h"
+#include "host/copying/clone.h"
 #include "host/entities/kinds.h"
 #include "host/tables/dictionary.h"
 #include "host/surface/member_helpers.h"
@@ -34,6 +35,31 @@ class DynamicPropertyObject : public DispatchObject<DynamicPropertyObject> {
   size_t index_;
 };
 
+// Shows the visibility state `state` of a reference drawn through an
+// anonymous copy of its dynamic definition, as the host program keeps such
+// copies: the copy is filled afresh with every entity of the definition,
+// those the parameter governs but the state does not show made invisible.
+// A reference to the definition itself is left as it is.
+void ShowVisibilityState(BlockRef& ref, const DynamicProperty& p, size_t state) {
+  BlockRecord* shown_in = ref.data().block;
+  const BlockRecord* source = ref.data().dynamic_source;
+  if (shown_in == nullptr || source == nullptr || shown_in == source || state >= p.shown.size()) {
+    return;
+  }
+  auto listed = [](const std::vector<const Entity*>& list, const Entity* e) {
+    return std::find(list.begin(), list.end(), e) != list.end();
+  };
+  for (Entity* e : std::vector<Entity*>(shown_in->entities())) {
+    if (!e->erased()) e->Erase();
+  }
+  CloneSession session(*ref.document());
+  for (const Entity* e : source->entities()) {
+    if (e->erased()) continue;
+    Entity* copy = e->CloneInto(shown_in);
+    copy->mutable_props().visible = !listed(p.governed, e) || listed(p.shown[state], e);
+  }
+}
+
 void LetDynamicValue(DynamicPropertyObject& s, const DynamicProperty& p, BlockRef& ref,
                      size_t index, const Variant& v) {
   if (p.read_only) throw HostError(HostFailure::kNotApplicable);
@@ -55,6 +81,9 @@ void LetDynamicValue(DynamicPropertyObject& s, const DynamicProperty& p, BlockRe
   }
   ref.Touch();
   ref.mutable_data().dynamic_properties[index].value = value;
+  for (size_t k = 0; k < p.shown.size() && k < p.allowed_values.size(); ++k) {
+    if (p.allowed_values[k].SameAs(value)) ShowVisibilityState(ref, p, k);
+  }
   // A visibility state is also kept where the drawing file keeps it, so a
   // saved drawing reopens with it.
   if (value.IsString()) {

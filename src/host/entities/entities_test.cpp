@@ -135,9 +135,9 @@ TEST_F(EntitiesTest, DynamicPropertiesFollowTheirRules) {
   ObjectRef block = CallMethod(blocks, "Add", {Pt(0, 0), Variant("Dyn")}).Object();
   auto* def = static_cast<BlockRecord*>(block.get());
   def->mutable_data().dynamic_properties = {
-      {"Origin", PointValue({0, 0, 0}), 0, true, false, "", {}},
-      {"Distance1", Variant(10.0), 2, false, true, "", {}},
-      {"Visibility", Variant("A"), 0, false, true, "", {Variant("A"), Variant("B")}},
+      DynProp("Origin", PointValue({0, 0, 0}), 0, true, false),
+      DynProp("Distance1", Variant(10.0), 2, false, true),
+      DynProp("Visibility", Variant("A"), 0, false, true, {Variant("A"), Variant("B")}),
   };
   ObjectRef ref = CallMethod(ms, "InsertBlock", {Pt(0, 0), Variant("Dyn"), Variant(1.0),
                                                  Variant(1.0), Variant(1.0)}).Object();

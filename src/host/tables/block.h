@@ -28,6 +28,11 @@ struct DynamicProperty {
   // The parameter's node in the definition's evaluation graph (0: none); a
   // reference keeps its own value of it in its extension dictionary.
   int32_t node = 0;
+  // Visibility parameters: the definition's entities the parameter governs,
+  // and those shown in each state (in the order of allowed_values); an
+  // entity it does not govern is always shown.
+  std::vector<const Entity*> governed;
+  std::vector<std::vector<const Entity*>> shown;
 };
 
 class BlockRecord final : public HostObject<BlockRecord, NamedRecord> {

@@ -15,7 +15,7 @@ namespace {
 
 // The property a parameter record gives; its name is the 300 of
 // AcDbBlockElement.
-DynamicProperty PropertyOf(const Record& r) {
+DynamicProperty PropertyOf(const Record& r, Document& doc) {
   DynamicProperty p;
   std::string_view type = r.type;
   if (auto expr = r.Subclass("AcDbEvalExpr")) {
@@ -36,9 +36,21 @@ DynamicProperty PropertyOf(const Record& r) {
   }
   if (type == "BLOCKVISIBILITYPARAMETER") {
     if (auto sub = r.Subclass("AcDbBlockVisibilityParameter")) {
+      // 331: the governed entities; then per state 303 its name and 332
+      // the entities it shows.
+      auto entity = [&](const Tag& t) { return AsEntity(doc.FindByHandle(HandleValue(&t))); };
       for (const Tag& t : *sub) {
-        if (t.code == 303) p.allowed_values.emplace_back(std::string(t.text));
+        if (t.code == 303) {
+          p.allowed_values.emplace_back(std::string(t.text));
+          p.shown.emplace_back();
+        }
         if (t.code == 302) p.description = std::string(t.text);
+        if (t.code == 331) {
+          if (const Entity* e = entity(t)) p.governed.push_back(e);
+        }
+        if (t.code == 332 && !p.shown.empty()) {
+          if (const Entity* e = entity(t)) p.shown.back().push_back(e);
+        }
       }
     }
     p.value = p.allowed_values.empty() ? Variant(std::string()) : p.allowed_values.front();
@@ -86,7 +98,7 @@ void Loader::LoadDynamicProperties() {
       owner = it == by_handle.end() ? 0 : OwnerOf(*it->second);
     }
     if (block == nullptr) continue;
-    DynamicProperty p = PropertyOf(r);
+    DynamicProperty p = PropertyOf(r, doc_);
     if (!p.name.empty()) found[block].push_back(std::move(p));
   }
   for (auto& [block, properties] : found) {
