@@ -1,5 +1,6 @@
 #include "frame/dictionary.h"
 
+#include <algorithm>
 #include <functional>
 
 #include "frame/automation_error.h"
@@ -97,6 +98,25 @@ void Dictionary::Remove(const Variant& key) {
   index_.erase(id);
   entries_.erase(entries_.begin() + pos);
   Reindex(static_cast<size_t>(pos));
+}
+
+int32_t Dictionary::RemoveWhere(
+    const std::function<bool(const Variant& key, const Variant& item)>& remove) {
+  size_t kept = 0;
+  size_t first_moved = entries_.size();
+  for (size_t i = 0; i < entries_.size(); ++i) {
+    if (remove(entries_[i].key, entries_[i].item)) {
+      index_.erase(IdOf(entries_[i].key));
+      first_moved = std::min(first_moved, i);
+      continue;
+    }
+    if (kept != i) entries_[kept] = std::move(entries_[i]);
+    ++kept;
+  }
+  auto removed = static_cast<int32_t>(entries_.size() - kept);
+  entries_.resize(kept);
+  Reindex(first_moved);
+  return removed;
 }
 
 void Dictionary::RemoveAll() {

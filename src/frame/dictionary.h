@@ -16,6 +16,7 @@
 #define TOVIK_FRAME_DICTIONARY_H_
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -60,6 +61,10 @@ class Dictionary : public DispatchObject<Dictionary> {
   void Rename(const Variant& old_key, const Variant& new_key);
   // Removes key and its item. Raises 32811 "Element not found" when absent.
   void Remove(const Variant& key);
+  // Removes every entry for which remove(key, item) is true, in one pass
+  // over the table (the rest keep their order); returns how many went.
+  // Removing k of n entries one by one costs O(k n); this costs O(n).
+  int32_t RemoveWhere(const std::function<bool(const Variant& key, const Variant& item)>& remove);
   // Removes every entry.
   void RemoveAll();
   // Keys() and Items(): 0-based Variant arrays in insertion order (an empty
