@@ -7,6 +7,7 @@
 #include "frame/host_link.h"
 #include "frame/library_errors.h"
 #include "selection/dynamic_ss.h"
+#include "tests/support/errors.h"
 #include "tests/support/host_fixture.h"
 #include "tests/support/properties.h"
 
@@ -171,9 +172,9 @@ TEST_F(HostLink, CompanionsPointBackWithoutKeepingTheSetAlive) {
     EXPECT_EQ(TypeName(Variant(ObjectRef(dims))), "SSDimensions");
     EXPECT_EQ(TypeName(Variant(ObjectRef(anim))), "SSAnimation");
   }
-  // The companions did not keep their owner alive.
-  EXPECT_EQ(dims->Owner(), nullptr);
-  EXPECT_EQ(anim->Owner(), nullptr);
+  // The companions did not keep their owner alive, and now fail cleanly.
+  EXPECT_EQ(ErrorOf([&] { GetProperty(dims, "Height"); }).Number(), 91);
+  EXPECT_EQ(ErrorOf([&] { CallMethod(anim, "TileArrangement"); }).Number(), 91);
 }
 
 }  // namespace

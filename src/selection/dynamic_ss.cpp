@@ -120,8 +120,10 @@ void DynamicSS::Replace(const ObjectRef& ent1, const ObjectRef& ent2) {
   std::shared_ptr<Dictionary> table = EntityTable();
   Variant old_key(HandleOf(Variant(ent1)));
   Variant new_key(HandleOf(Variant(ent2)));
-  table->SetItem(old_key, Variant(ent2));
+  // Renamed first, so a failure (Ent1 no member: 32811; Ent2 already a
+  // member: 457) leaves the set as it was.
   table->Rename(old_key, new_key);
+  table->SetItem(new_key, Variant(ent2));
 }
 
 ObjectRef DynamicSS::Block_OwnerOf() {
@@ -241,10 +243,15 @@ void DynamicSS::RemoveTypeName(std::string_view pattern) {
   });
 }
 
+// An entry is gone when its Handle cannot be read (an Empty item) or its
+// object ID cannot: the host still answers Handle on an erased entity.
 void DynamicSS::Clean() {
   ResumeNext trap;
   EntityTable()->RemoveWhere([&](const Variant&, const Variant& item) {
-    return !trap([&] { HandleOf(item); });
+    return !trap([&] {
+      HandleOf(item);
+      ObjectIdOf(item.Object());
+    });
   });
 }
 

@@ -66,8 +66,8 @@ class DynamicSS : public DispatchObject<DynamicSS> {
   // Dictionary collection." (no source). Returns the entity.
   Variant Item(const Variant& index);
   // Replace(Ent1, Ent2): Ent2 takes Ent1's entry and position, keyed by
-  // Ent2's handle. Ent1 not a member raises the dictionary's 32811; Ent2
-  // already a member raises 457 (Ent2 is then stored under Ent1's key).
+  // Ent2's handle. Ent1 not a member raises the dictionary's 32811, Ent2
+  // already a member its 457; either leaves the set unchanged.
   void Replace(const ObjectRef& ent1, const ObjectRef& ent2);
   // Block_OwnerOf: the block owning the first member (AcadSpace's rule);
   // Nothing for an empty set.
