@@ -91,31 +91,6 @@ TEST_F(HostLink, SharedHighlightSetIsStoredInTheHostEventObject) {
   EXPECT_EQ(app_->events()->GetNamedObject("zhighlightss", nullptr).get(), replaced.get());
 }
 
-TEST_F(HostLink, DynamicSSHoldsEntitiesByHandle) {
-  ObjectRef doc = ActiveDocument();
-  ObjectRef a = AddLine(doc, 0);
-  ObjectRef b = AddLine(doc, 5);
-  ObjectRef set = DynamicSS::Create();
-  // Add(Array(a, Array(b, a))): the nested array is walked, a is not
-  // added twice.
-  Variant nested(SafeArray::OfVariants({Variant(b), Variant(a)}));
-  CallMethod(set, "Add", {Variant(SafeArray::OfVariants({Variant(a), nested}))});
-  EXPECT_EQ(CLng(GetProperty(set, "Count")), 2);
-  EXPECT_TRUE(SameObject(GetProperty(set, "Item", {Variant(int16_t{1})}).Object(), b));
-  // Model space as a container adds every entity it holds, once each.
-  ObjectRef c = AddLine(doc, 9);
-  CallMethod(set, "Add", {Variant(SafeArray::OfVariants({GetProperty(doc, "ModelSpace")}))});
-  EXPECT_EQ(CLng(GetProperty(set, "Count")), 3);
-  EXPECT_TRUE(SameObject(GetProperty(set, "Item", {Variant(int16_t{2})}).Object(), c));
-  // The entity table is handed out live: keys are the handles.
-  ObjectRef table = GetProperty(set, "Dictionary").Object();
-  EXPECT_EQ(TypeName(Variant(table)), "Dictionary");
-  EXPECT_EQ(CStr(ForEach(table)[0]), CStr(GetProperty(a, "Handle")));
-  // Setting Document, even to the same one, empties the set.
-  SetProperty(set, "Document", doc);
-  EXPECT_EQ(CLng(GetProperty(set, "Count")), 0);
-}
-
 TEST_F(HostLink, DynamicSSItemTakesNumericHandlesAsPositions) {
   ObjectRef doc = ActiveDocument();
   ObjectRef set = DynamicSS::Create();
@@ -142,19 +117,6 @@ TEST_F(HostLink, DynamicSSItemTakesNumericHandlesAsPositions) {
   ASSERT_GE(CLng(Variant(digit_handle)), count);
   ExpectError([&] { GetProperty(set, "Item", {Variant(digit_handle)}); }, 9,
               "Subscript out of range", "Tovik_AutoCad_Pro");
-}
-
-TEST_F(HostLink, DynamicSSItemErrors) {
-  ObjectRef set = DynamicSS::Create();
-  CallMethod(set, "Add", {Variant(SafeArray::OfVariants({Variant(AddLine(ActiveDocument(), 0))}))});
-  // Positions run 0..Count-1.
-  ExpectError([&] { GetProperty(set, "Item", {Variant(int32_t{1})}); }, 9,
-              "Subscript out of range", "Tovik_AutoCad_Pro");
-  // An unknown handle: 2411 with no source, and the handle stays as an
-  // empty key.
-  ExpectError([&] { GetProperty(set, "Item", {Variant("FFFF0")}); }, 2411,
-              std::string(kInvalidDictionaryIndex));
-  EXPECT_EQ(CLng(GetProperty(set, "Count")), 2);
 }
 
 TEST_F(HostLink, CompanionsPointBackWithoutKeepingTheSetAlive) {
