@@ -20,6 +20,7 @@ std::string_view RuntimeErrorText(int32_t number) {
     case kErrSubscript: return "Subscript out of range";
     case kErrDivisionByZero: return "Division by zero";
     case kErrTypeMismatch: return "Type mismatch";
+    case kErrPathNotFound: return "Path not found";
     case kErrObjectNotSet:
       return "Object variable or With block variable not set";
     case kErrInvalidPattern: return "Invalid pattern string";

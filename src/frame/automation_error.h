@@ -19,6 +19,7 @@ enum RuntimeErrorNumber : int32_t {
   kErrSubscript = 9,           // Subscript out of range
   kErrDivisionByZero = 11,     // Division by zero
   kErrTypeMismatch = 13,       // Type mismatch
+  kErrPathNotFound = 76,       // Path not found
   kErrObjectNotSet = 91,       // Object variable or With block variable not set
   kErrInvalidPattern = 93,     // Invalid pattern string
   kErrInvalidUseOfNull = 94,   // Invalid use of Null

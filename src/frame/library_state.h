@@ -47,6 +47,10 @@ struct LibraryState {
   // empty: TOVIK_BLOCK_LIBRARY or the per-user data folder (see
   // document/spaces.h).
   std::string block_library_folder;
+  // The working folder of the maker's commons library (scratch files such
+  // as RunLisp.lsp); empty: TOVIK_WORK_FOLDER or a per-user temporary
+  // folder (see toolkit/commons.h).
+  std::string commons_folder;
   // Number of ZActiveXCOM instances made so far (each keeps its own
   // number for AppTitle).
   int32_t zactivex_instances = 0;

@@ -253,6 +253,18 @@ void AddIdentityMembers(MemberTable<AcadSpace>& t) {
       1, 2);
 }
 
+void AddLispMembers(MemberTable<AcadSpace>& t) {
+  t.Method(
+      "VL_RunLisp", [](AcadSpace&, CallArgs& a) { return AcadSpace::VL_RunLisp(CStr(a[0])), Variant(); }, 1,
+      1);
+  t.Method("VL_ClearSSSetFirst", [](AcadSpace&, CallArgs&) { return AcadSpace::VL_ClearSSSetFirst(), Variant(); });
+  t.Method("VL_SelectColor", [](AcadSpace&, CallArgs&) { return Variant(AcadSpace::VL_SelectColor()); });
+  t.Method(
+      "VL_EntNext", [](AcadSpace&, CallArgs& a) { return Variant(AcadSpace::VL_EntNext(a[0].Object())); }, 1, 1);
+  t.Method("VL_EntLast", [](AcadSpace&, CallArgs&) { return Variant(AcadSpace::VL_EntLast()); });
+  t.Method("VL_CursorPoint", [](AcadSpace&, CallArgs&) { return AcadSpace::VL_CursorPoint(); });
+}
+
 }  // namespace
 
 // Members in interface order, by family. The frame registers the value
@@ -271,6 +283,7 @@ const MemberTable<AcadSpace>& AcadSpace::Members() {
     AddAttributeMembers(t);
     AddBlockMembers(t);
     AddTransformMembers(t);
+    AddLispMembers(t);
     AddIdentityMembers(t);
     return t;
   }();

@@ -230,6 +230,28 @@ class AcadSpace : public DispatchObject<AcadSpace> {
   // PaperSpace fails). Nothing or Missing means the current drawing.
   static ObjectRef CurSpace(const ObjectRef& acad_drawing = nullptr);
 
+  // ---- The mailbox to the host's lisp (acad_space_lisp.cpp). Each member
+  // writes its argument variables, then USERS1 with its request word, types
+  // "(TOVIK_COM) " on the current drawing and reads the answer variables;
+  // nothing is trapped. Without the lisp side the answers are whatever the
+  // variables held before.
+
+  // VL_RunLisp(Lisp): the text goes to "RunLisp.lsp" in the commons working
+  // folder; USERS2 gets that path with forward slashes; the file is
+  // deleted as soon as the command returns.
+  static void VL_RunLisp(const std::string& lisp);
+  // VL_ClearSSSetFirst: the host's pick-first selection is emptied.
+  static void VL_ClearSSSetFirst();
+  // VL_SelectColor: the colour index the user chose (USERI1).
+  static int16_t VL_SelectColor();
+  // VL_EntNext(Ent) / VL_EntLast: the entity after Ent in the drawing
+  // database / the last one, by the handle the lisp side leaves in USERS2;
+  // Nothing for "".
+  static ObjectRef VL_EntNext(const ObjectRef& ent);
+  static ObjectRef VL_EntLast();
+  // VL_CursorPoint: (USERR1, USERR2, USERR3).
+  static Variant VL_CursorPoint();
+
   // ---- Object identity and the preview canvas (acad_space_identity.cpp).
 
   // NewDwgPicture(Picture): a new canvas attached to Picture; Nothing

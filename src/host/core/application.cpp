@@ -7,15 +7,16 @@
 #include "host/core/document.h"
 #include "host/core/host_error.h"
 #include "host/surface/args.h"
+#include "host/lisp/interpreter.h"
 #include "host/surface/collection_util.h"
 
 namespace tovik::host {
 
 std::shared_ptr<Application> Application::Create(HostOptions options) {
-  std::shared_ptr<Application> app(new Application(options));
+  std::shared_ptr<Application> app(new Application(std::move(options)));
   app->events_ = std::make_shared<HostEvents>(app);
   app->documents_collection_ = std::make_shared<Documents>(app.get());
-  if (options.open_drawing) app->AddDocument();
+  if (app->options_.open_drawing) app->AddDocument();
   return app;
 }
 
@@ -35,13 +36,22 @@ std::shared_ptr<Document> Application::AddDocument() {
   auto doc = std::make_shared<Document>(this, name, options_.id32_only);
   doc->Initialize();
   documents_.push_back(doc);
+  StartLisp(*doc);
   Activate(doc);
   return doc;
 }
 
 void Application::AdoptDocument(std::shared_ptr<Document> document) {
   documents_.push_back(document);
+  StartLisp(*document);
   Activate(document);
+}
+
+void Application::StartLisp(Document& document) {
+  if (!options_.lisp) return;
+  auto lisp = std::make_shared<lisp::Interpreter>();
+  document.set_lisp_evaluator(lisp);
+  lisp->LoadStartup(document, options_.lisp_startup);
 }
 
 int32_t Application::NextIdBase() {

@@ -41,6 +41,11 @@ struct HostOptions {
   // Behave like an older 32-bit build: only ObjectID32, OwnerID32 and
   // ObjectIDToObject32 answer; HWND is a Long.
   bool id32_only = false;
+  // Give every open drawing a lisp interpreter (SendCommand runs lisp
+  // expressions), loading these files into it when the drawing opens.
+  // "<tovik_com.lsp>" is the library's own lisp side, built in.
+  bool lisp = true;
+  std::vector<std::string> lisp_startup = {"<tovik_com.lsp>"};
 };
 
 // The fixed window handle the headless host reports.
@@ -102,7 +107,9 @@ class Application : public DispatchObject<Application> {
   FontMetrics& fonts();
 
  private:
-  explicit Application(HostOptions options) : options_(options) {}
+  explicit Application(HostOptions options) : options_(std::move(options)) {}
+  // Installs a lisp interpreter in `document` and loads the startup files.
+  void StartLisp(Document& document);
 
   HostOptions options_;
   std::unique_ptr<FontMetrics> fonts_;
