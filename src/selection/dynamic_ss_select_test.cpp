@@ -116,6 +116,8 @@ TEST_F(SetSelection, ToPickSetHandsBlockReferencesThroughTheLibraryGroup) {
             HandlesOf({ref, inside}));
   EXPECT_EQ(CStr(CallMethod(doc, "GetVariable", {Variant("USERS1")})), "ToPickSet");
   EXPECT_EQ(document().command_log(), "(TOVIK_COM) ");
+  // The library's lisp side made them the pick-first selection.
+  EXPECT_EQ(MemberHandles(GetProperty(doc, "PickfirstSelectionSet").Object()), HandlesOf({ref, inside}));
 }
 
 TEST_F(SetSelection, BulkEditsReachEveryMember) {

@@ -76,16 +76,16 @@ bool Interpreter::Guarded(Document& document, Body&& body) {
 
 void Interpreter::Evaluate(Document& document, std::string_view expression) {
   Guarded(document, [&] {
-    for (const ValuePtr& item : ReadAll(expression)) {
+    ReadEach(expression, [&](const ValuePtr& item) {
       ValuePtr value = Eval(item);
       if (!IsEmptySymbol(value)) Write(Print(value) + "\n");
-    }
+    });
   });
 }
 
 bool Interpreter::LoadSource(Document& document, std::string_view source) {
   return Guarded(document, [&] {
-    for (const ValuePtr& item : ReadAll(source)) Eval(item);
+    ReadEach(source, [&](const ValuePtr& item) { Eval(item); });
   });
 }
 
@@ -105,7 +105,7 @@ ValuePtr Interpreter::LoadFile(const std::string& path) {
   std::stringstream text;
   text << in.rdbuf();
   ValuePtr last;
-  for (const ValuePtr& item : ReadAll(text.str())) last = Eval(item);
+  ReadEach(text.str(), [&](const ValuePtr& item) { last = Eval(item); });
   return last;
 }
 
@@ -148,7 +148,7 @@ ValuePtr Interpreter::EvalBody(ValuePtr body) {
 }
 
 ValuePtr Interpreter::EvalList(const ValuePtr& expr) {
-  if (++steps_ > step_limit_) throw LispError("evaluation step limit reached");
+  Step();
   if (depth_ >= kMaxDepth) throw LispError("internal stack limit reached");
   struct Depth {
     int& d;
@@ -261,7 +261,10 @@ ValuePtr Interpreter::SpecialForm(const std::string& name, const ValuePtr& args,
   if (name == "WHILE") {
     if (!args) throw LispError("too few arguments");
     ValuePtr last;
-    while (Eval(args->car)) last = EvalBody(args->cdr);
+    while (Eval(args->car)) {
+      Step();
+      last = EvalBody(args->cdr);
+    }
     return last;
   }
   if (name == "REPEAT") {
@@ -269,7 +272,10 @@ ValuePtr Interpreter::SpecialForm(const std::string& name, const ValuePtr& args,
     ValuePtr count = Eval(args->car);
     if (!count || !count->Is(Value::Kind::kInt)) BadArgument("fixnump", count);
     ValuePtr last;
-    for (int32_t i = 0; i < count->integer; ++i) last = EvalBody(args->cdr);
+    for (int32_t i = 0; i < count->integer; ++i) {
+      Step();
+      last = EvalBody(args->cdr);
+    }
     return last;
   }
   if (name == "FOREACH") {

@@ -68,6 +68,11 @@ class Interpreter final : public LispEvaluator {
   // is printed and false returned.
   template <class Body>
   bool Guarded(Document& document, Body&& body);
+  // Counts one evaluation step; past the limit raises "evaluation step
+  // limit reached".
+  void Step() {
+    if (++steps_ > step_limit_) throw LispError("evaluation step limit reached");
+  }
   ValuePtr EvalList(const ValuePtr& expr);
   ValuePtr EvalBody(ValuePtr body);
   ValuePtr SpecialForm(const std::string& name, const ValuePtr& args, bool& handled);

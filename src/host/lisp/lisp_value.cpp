@@ -338,11 +338,15 @@ class Reader {
 }  // namespace
 
 std::vector<ValuePtr> ReadAll(std::string_view source) {
-  Reader reader(source);
   std::vector<ValuePtr> out;
-  ValuePtr v;
-  while (reader.Next(v)) out.push_back(v);
+  ReadEach(source, [&](const ValuePtr& v) { out.push_back(v); });
   return out;
+}
+
+void ReadEach(std::string_view source, const std::function<void(const ValuePtr&)>& each) {
+  Reader reader(source);
+  ValuePtr v;
+  while (reader.Next(v)) each(v);
 }
 
 }  // namespace tovik::host::lisp

@@ -6,6 +6,7 @@
 #define TOVIK_HOST_LISP_LISP_VALUE_H_
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -86,6 +87,10 @@ double NumberOf(const ValuePtr& v);
 // "malformed list on input", "extra right paren on input" or "malformed
 // string on input"; nesting deeper than 1,000 lists is malformed too.
 std::vector<ValuePtr> ReadAll(std::string_view source);
+// Reads the expressions one at a time, calling `each` on each before the
+// next is read (so a later malformed expression does not stop the earlier
+// ones from running).
+void ReadEach(std::string_view source, const std::function<void(const ValuePtr&)>& each);
 
 // The printed form (prin1: strings quoted and escaped; princ: as they are).
 std::string Print(const ValuePtr& v, bool quote_strings = true);
