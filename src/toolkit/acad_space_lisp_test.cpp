@@ -2,10 +2,13 @@
 // headless host's lisp running the library's own lisp side.
 #include <gtest/gtest.h>
 
+#include <array>
+#include <cmath>
 #include <filesystem>
 
 #include "frame/conversions.h"
 #include "frame/library_state.h"
+#include "frame/runtime_text.h"
 #include "geometry/vector_service.h"
 #include "host/entities/entity.h"
 #include "host/selection/selection_set.h"
@@ -66,6 +69,25 @@ TEST_F(LispBridge, EntitiesColoursAndTheCursorComeBackThroughTheVariables) {
   for (size_t at = log.find(trigger); at != std::string::npos; at = log.find(trigger, at + 1)) ++count;
   EXPECT_EQ(count * trigger.size(), log.size());
   EXPECT_EQ(count, 6u);
+}
+
+TEST_F(LispBridge, TextBoxesComeBackAsWorldCorners) {
+  ObjectRef text = CallMethod(ms, "AddText", {Variant("Box"), Pt(10, 20), Variant(2.0)}).Object();
+  LetProperty(text, "Rotation", Variant(M_PI / 2));
+  std::array<Variant, 2> box;
+  CallMethodRef(text, "GetBoundingBox", box);
+  Vec3 low = VectorOf(box[0]), high = VectorOf(box[1]);
+  CallMethod(doc, "SetVariable", {Variant("USERS2"), GetProperty(text, "Handle")});
+  CallMethod(doc, "SetVariable", {Variant("USERS1"), Variant("TextBox")});
+  CallMethod(doc, "SendCommand", {Variant("(TOVIK_COM) ")});
+  // Turned a quarter: the text's lower left is the box's lower right.
+  std::vector<std::string> corners = Split(CStr(Var("USERS3")), " ");
+  ASSERT_EQ(corners.size(), 4u);
+  std::vector<std::string> first = Split(corners[0], ","), third = Split(corners[2], ",");
+  EXPECT_NEAR(std::stod(first[0]), high.x, 1e-6);
+  EXPECT_NEAR(std::stod(first[1]), low.y, 1e-6);
+  EXPECT_NEAR(std::stod(third[0]), low.x, 1e-6);
+  EXPECT_NEAR(std::stod(third[1]), high.y, 1e-6);
 }
 
 TEST_F(LispBridge, WithoutTheLispSideStaleAnswersComeBackUnchecked) {
