@@ -1,8 +1,10 @@
 #include "toolkit/acad_space.h"
 
+#include "frame/automation_error.h"
 #include "frame/conversions.h"
 #include "frame/value_helpers.h"
 #include "geometry/vector_service.h"
+#include "selection/dynamic_ss.h"
 #include "toolkit/object_identity.h"
 
 namespace tovik {
@@ -253,6 +255,79 @@ void AddIdentityMembers(MemberTable<AcadSpace>& t) {
       1, 2);
 }
 
+std::shared_ptr<DynamicSS> SetArg(const Variant& v) {
+  std::shared_ptr<DynamicSS> set = ObjectAs<DynamicSS>(v);
+  if (!set) throw v.IsObject() ? errors::TypeMismatch() : errors::ObjectNotSet();
+  return set;
+}
+
+template <class T>
+std::shared_ptr<T> ObjectOf(const Variant& v) {
+  std::shared_ptr<T> object = ObjectAs<T>(v);
+  if (!object) throw v.IsObject() ? errors::TypeMismatch() : errors::ObjectNotSet();
+  return object;
+}
+
+void AddPolylineMembers(MemberTable<AcadSpace>& t) {
+  using S = AcadSpace;
+  t.Method("LwPlineCoords", [](S&, CallArgs& a) { return S::LwPlineCoords(a[0].Object(), a[1], a[2]), Variant(); },
+           3, 3);
+  t.Method(
+      "LwPlineToLoop7",
+      [](S&, CallArgs& a) { return Variant(ObjectRef(S::LwPlineToLoop7(a[0].Object(), a[1], a[2]))); }, 1, 3);
+  t.Method(
+      "LwPlineFromLoop7",
+      [](S&, CallArgs& a) { return Variant(S::LwPlineFromLoop7(*ObjectOf<Loop7>(a[0]), ObjectArg(a, 1), a[2])); },
+      1, 3);
+  t.Method(
+      "LwPlinesToLoop7s",
+      [](S&, CallArgs& a) { return Variant(ObjectRef(S::LwPlinesToLoop7s(*SetArg(a[0]), a[1]))); }, 1, 2);
+  // LwPlineFromLoop7s(Loop7s, AcadBlock, Hatch, AcadHatch, PatternType,
+  // PatternName, HatchObjType, NoMMConv).
+  t.Method(
+      "LwPlineFromLoop7s",
+      [](S&, CallArgs& a) {
+        S::HatchRequest hatch;
+        hatch.make = a.Has(2) && CBool(a[2]);
+        if (a.Has(4)) hatch.pattern_type = CLng(a[4]);
+        if (a.Has(5)) hatch.pattern_name = CStr(a[5]);
+        if (a.Has(6)) hatch.object_type = CLng(a[6]);
+        hatch.no_mm_conversion = a[7];
+        hatch.made = &a[3];
+        return Variant(ObjectRef(S::LwPlineFromLoop7s(*ObjectOf<Loop7s>(a[0]), ObjectArg(a, 1), hatch)));
+      },
+      1, 8);
+  t.Method(
+      "LwPlinesSplit",
+      [](S&, CallArgs& a) { return S::LwPlinesSplit(*SetArg(a[0]), a[1], a[2], a[3], a[4]), Variant(); }, 5, 5);
+  t.Method(
+      "LwPlineBoundTo",
+      [](S&, CallArgs& a) { return Variant(S::LwPlineBoundTo(a[0].Object(), a[1].Object())); }, 2, 2);
+  t.Method(
+      "AddLwPolyline",
+      [](S&, CallArgs& a) { return Variant(S::AddLwPolyline(ObjectArg(a, 0), a[1], a[2], a[3])); }, 2, 4);
+  t.Method(
+      "LwRectangle", [](S&, CallArgs& a) { return Variant(S::LwRectangle(a[0], a[1], ObjectArg(a, 2))); }, 2, 3);
+  t.Method(
+      "TextBoundPline",
+      [](S&, CallArgs& a) { return Variant(S::TextBoundPline(a[0].Object(), a[1], a[2])); }, 1, 3);
+}
+
+void AddSubEntityMembers(MemberTable<AcadSpace>& t) {
+  using S = AcadSpace;
+  t.Method("SubEntSelect", [](S&, CallArgs& a) { return S::SubEntSelect(a[0], a[1], a[2]), Variant(); }, 2, 3);
+  t.Method(
+      "SubEntHighlight", [](S&, CallArgs& a) { return S::SubEntHighlight(a[0].Object(), a[1], a[2]), Variant(); },
+      3, 3);
+  t.Method("SubEntCopy", [](S&, CallArgs& a) { return S::SubEntCopy(a[0].Object(), a[1], a[2]), Variant(); },
+           3, 3);
+  t.Method(
+      "TransSubLoop7",
+      [](S&, CallArgs& a) { return S::TransSubLoop7(a[0].Object(), a[1], a[2], a[3], a[4], a[5]), Variant(); }, 3,
+      6);
+  t.Method("ClearHighlight", [](S&, CallArgs&) { return S::ClearHighlight(), Variant(); });
+}
+
 void AddLispMembers(MemberTable<AcadSpace>& t) {
   t.Method(
       "VL_RunLisp", [](AcadSpace&, CallArgs& a) { return AcadSpace::VL_RunLisp(CStr(a[0])), Variant(); }, 1,
@@ -283,6 +358,8 @@ const MemberTable<AcadSpace>& AcadSpace::Members() {
     AddAttributeMembers(t);
     AddBlockMembers(t);
     AddTransformMembers(t);
+    AddPolylineMembers(t);
+    AddSubEntityMembers(t);
     AddLispMembers(t);
     AddIdentityMembers(t);
     return t;

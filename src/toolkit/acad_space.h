@@ -16,8 +16,11 @@
 
 #include "frame/member_table.h"
 #include "frame/variant.h"
+#include "geometry/loop7.h"
 
 namespace tovik {
+
+class DynamicSS;
 
 class AcadSpace : public DispatchObject<AcadSpace> {
  public:
@@ -229,6 +232,89 @@ class AcadSpace : public DispatchObject<AcadSpace> {
   // viewport active; then PaperSpace (ActiveLayout.Block when reading
   // PaperSpace fails). Nothing or Missing means the current drawing.
   static ObjectRef CurSpace(const ObjectRef& acad_drawing = nullptr);
+
+  // ---- Polylines and loops (acad_space_polylines.cpp). Loops are in
+  // millimetres: drawing values are divided by the millimetre factor of the
+  // block holding the polyline (multiplied on the way out) unless
+  // NoMMConv; a factor of exactly 1 divides nothing; a factor of 0 raises
+  // division by zero. Host errors pass through.
+
+  // LwPlineCoords(Pline, Coords, Bulges): the vertex list and one bulge per
+  // vertex.
+  static void LwPlineCoords(const ObjectRef& pline, Variant& coords, Variant& bulges);
+  // LwPlineToLoop7(PlineOrCircle[, NoClose, NoMMConv]): a circle as two
+  // half circles from (cx − r, cy) (NoClose repeats the first vertex), a line
+  // or an arc by its ends, anything else read as a polyline (NoClose with a
+  // closed polyline repeats vertex 0).
+  static std::shared_ptr<Loop7> LwPlineToLoop7(const ObjectRef& ent, const Variant& no_close,
+                                               const Variant& no_mm_conversion);
+  // LwPlineFromLoop7(Loop7[, AcadBlock, NoMMConv]): a new closed polyline
+  // in AcadBlock (the current space when Nothing).
+  static ObjectRef LwPlineFromLoop7(const Loop7& loop, const ObjectRef& acad_block,
+                                    const Variant& no_mm_conversion);
+  // LwPlinesToLoop7s(Plines[, NoMMConv]): a loop per member, each marked
+  // outer or hole by nesting among the others.
+  static std::shared_ptr<Loop7s> LwPlinesToLoop7s(DynamicSS& plines, const Variant& no_mm_conversion);
+  // LwPlineFromLoop7s: a polyline per loop, in order, in a new set; with a
+  // hatch request also a hatch (outer loops first, then holes).
+  struct HatchRequest {
+    bool make = false;
+    int32_t pattern_type = 1;  // predefined
+    std::string pattern_name = "SOLID";
+    int32_t object_type = 0;  // a hatch (1: a gradient)
+    Variant no_mm_conversion = Variant::Missing();
+    Variant* made = nullptr;  // receives the hatch
+  };
+  static std::shared_ptr<DynamicSS> LwPlineFromLoop7s(const Loop7s& loops, const ObjectRef& acad_block,
+                                                      const HatchRequest& hatch);
+  // LwPlinesSplit(Plines, StartPoint, EndPoint, Upper, Lower): the pieces
+  // of the set's loops (millimetres) on the left (Upper) and right (Lower)
+  // of the line from StartPoint to EndPoint (drawing units of the first
+  // polyline's block). An empty set gives two empty collections.
+  static void LwPlinesSplit(DynamicSS& plines, const Variant& start_point, const Variant& end_point,
+                            Variant& upper, Variant& lower);
+  // LwPlineBoundTo(LwPline, AcadEnt): every characteristic point of AcadEnt
+  // (ends of lines and arcs, centres of circles and ellipses, insertion
+  // points, a hatch's origin, a point's position) lies inside the polyline
+  // or on it; False for an entity with none.
+  static bool LwPlineBoundTo(const ObjectRef& lw_pline, const ObjectRef& acad_ent);
+  // AddLwPolyline(AcadBlock, Coordinates[, Bulges, Closed]).
+  static ObjectRef AddLwPolyline(const ObjectRef& acad_block, const Variant& coordinates,
+                                 const Variant& bulges, const Variant& closed);
+  // LwRectangle(Point1, Point2[, AcadBlock]): closed, through (x1, y1),
+  // (x1, y2), (x2, y2), (x2, y1).
+  static ObjectRef LwRectangle(const Variant& point1, const Variant& point2, const ObjectRef& acad_block);
+  // TextBoundPline(AText[, Shrink, ShrAbs]): a closed polyline around the
+  // text's box (from the lisp side's text box; a multiline text by its
+  // extents), scaled about its centre by Shrink, or with ShrAbs widened by
+  // Shrink on every side (negative narrows), in the text's block.
+  static ObjectRef TextBoundPline(const ObjectRef& text, const Variant& shrink, const Variant& shr_abs);
+
+  // ---- Sub-entities (acad_space_subentities.cpp).
+
+  // SubEntSelect(subEnt, arrNestIDs, PreferBNameWildcards): the host's
+  // nested pick; arrNestIDs gets the IDs of the containing references,
+  // outermost first. The outermost container whose effective name matches
+  // a preferred pattern (case-insensitive Like) becomes subEnt instead, and
+  // the chain stops above it.
+  static void SubEntSelect(Variant& sub_ent, Variant& nest_ids, const Variant& prefer_names);
+  // SubEntHighlight(subEnt, arrNestIDs, CopyEnt): highlights subEnt where
+  // it is shown (a placed copy when nested) and keeps it in the shared
+  // highlight set; an empty chain highlights subEnt itself.
+  static void SubEntHighlight(const ObjectRef& sub_ent, const Variant& nest_ids, Variant& copy_ent);
+  // SubEntCopy(subEnt, Matrix, CopyEnt): a copy in the current space placed
+  // by the 4 x 4 TransMatrix (an attribute reference copies its block
+  // reference): aligned to the placed axes and scaled; a mirrored or
+  // unevenly scaled placement is applied whole.
+  static void SubEntCopy(const ObjectRef& sub_ent, const Variant& matrix, Variant& copy_ent);
+  // TransSubLoop7(subEnt, PP, TransMatrix, Loop7, BasePoint, Normal): the
+  // polyline's outline placed by TransMatrix (a TransMatrix or the host's
+  // 4 x 4 array) into the current space, in its millimetres; BasePoint the
+  // pick point PP in world coordinates; Normal the placed Z axis.
+  static void TransSubLoop7(const ObjectRef& sub_ent, const Variant& pp, const Variant& trans_matrix,
+                            Variant& loop7, Variant& base_point, Variant& normal);
+  // ClearHighlight: takes the highlighting off the shared highlight set.
+  static void ClearHighlight();
 
   // ---- The mailbox to the host's lisp (acad_space_lisp.cpp). Each member
   // writes its argument variables, then USERS1 with its request word, types
