@@ -152,6 +152,9 @@ TEST_F(Membership, ItemErrorsThroughDispatch) {
   EXPECT_EQ(Keys(), (std::vector<std::string>{Handle(a), Handle(b)}));
   LetProperty(set, "Document", Variant(doc));  // even the same document empties the set
   EXPECT_EQ(CLng(GetProperty(set, "Count")), 0);
+  // Count is an Integer: one entry past 32,767 overflows.
+  for (int32_t i = 0; i <= 32767; ++i) set->EntityTable()->Add(Variant(std::to_string(i) + "K"), Variant());
+  ExpectError([&] { GetProperty(set, "Count"); }, 6, "Overflow", "Tovik_AutoCad_Pro");
 }
 
 TEST_F(Membership, AttributeReferencesLinkToTheirBlockReference) {

@@ -127,6 +127,33 @@ TEST_F(Polylines, HolesSplitAndHatchFromLoops) {
   EXPECT_EZDXF_ACCEPTS(path);
 }
 
+TEST_F(Polylines, TextBoundsAndPlacedOutlines) {
+  ObjectRef text = CallMethod(ms, "AddText", {Variant("Bound"), Pt(10, 20), Variant(2.0)}).Object();
+  LetProperty(text, "Rotation", Variant(M_PI / 6));
+  auto [low, high] = Box(text);
+  auto [pl_low, pl_high] = Box(AcadSpace::TextBoundPline(text, Variant::Missing(), Variant::Missing()));
+  EXPECT_VEC_CLOSE(pl_low, low);
+  EXPECT_VEC_CLOSE(pl_high, high);
+  // A margin of 1 on every side of the turned box: each side moves out by 1.
+  ObjectRef wide = AcadSpace::TextBoundPline(text, Variant(1.0), Variant(true));
+  ObjectRef tight = AcadSpace::TextBoundPline(text, Variant::Missing(), Variant::Missing());
+  EXPECT_NEAR(CDbl(GetProperty(wide, "Area")),
+              CDbl(GetProperty(tight, "Area")) + CDbl(GetProperty(tight, "Length")) + 4, 1e-6);
+
+  // An outline in a block placed twice its size at (5, 5): in millimetres of
+  // an inch drawing's model space, from a millimetre block.
+  ObjectRef block = AddBlock("P");
+  LetProperty(block, "Units", Variant(int32_t{4}));
+  ObjectRef outline = CallMethod(block, "AddLightWeightPolyline", {Variant(SafeArray::OfDoubles({0, 0, 1, 0, 1, 1}))}).Object();
+  Units(1);
+  ObjectRef ref = Insert(ms, "P", {5, 5, 0}, {2, 2, 2});
+  Variant loop, base, normal;
+  AcadSpace::TransSubLoop7(outline, Pt(0, 0), Variant(AcadSpace::BRef_TransMatrix(ref, Variant())), loop, base,
+                           normal);
+  ExpectList(List(ObjectAs<Loop7>(loop)->Vertices()), {5 * 25.4, 5 * 25.4, 7 * 25.4, 5 * 25.4, 7 * 25.4, 7 * 25.4});
+  EXPECT_VEC_CLOSE(VectorOf(normal), (Vec3{0, 0, 1}));
+}
+
 TEST_F(Polylines, SubEntitiesAreCopiedWhereTheyAreShown) {
   ObjectRef inner = AddBlock("IN");
   ObjectRef circle = CallMethod(inner, "AddCircle", {Pt(3, 1), Variant(1.0)}).Object();
