@@ -145,7 +145,7 @@ TEST(Dictionary, RandomStepsMatchAnOrderedVectorModel) {
   for (int step = 0; step < 2000; ++step) {
     std::string k = keys[random() % 8];
     std::string k2 = keys[random() % 8];
-    int op = static_cast<int>(random() % 4);
+    int op = static_cast<int>(random() % 5);
     SCOPED_TRACE("step " + std::to_string(step) + " op " + std::to_string(op) + " " + k);
     bool present = find(k) != model.end();
     try {
@@ -176,6 +176,12 @@ TEST(Dictionary, RandomStepsMatchAnOrderedVectorModel) {
           ASSERT_TRUE(find(k2) == model.end() || same(k, k2));
           find(k)->first = k2;
           break;
+        case 4: {  // one pass removing every key that folds to k's letter
+          auto doomed = [&](const std::string& x) { return std::tolower(x[0]) == std::tolower(k[0]); };
+          int32_t removed = d.RemoveWhere([&](const Variant& key, const Variant&) { return doomed(CStr(key)); });
+          ASSERT_EQ(removed, static_cast<int32_t>(std::erase_if(model, [&](const auto& e) { return doomed(e.first); })));
+          break;
+        }
       }
     } catch (const AutomationError& e) {
       // The only failures: a duplicate (Add, Rename onto another key) or a
