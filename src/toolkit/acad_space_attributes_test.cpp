@@ -211,5 +211,41 @@ TEST_F(Attributes, VisibilityStatesOfRealDynamicReferencesAreReadWrittenAndSaved
   EXPECT_EZDXF_ACCEPTS(copy);
 }
 
+// The rotation parameter of a real dynamic block: each reference's angle
+// read from the file; a written angle turns the arm of the reference's copy
+// and is kept through a save and a reopen.
+TEST_F(Attributes, RotationsOfRealDynamicReferencesAreReadWrittenAndSaved) {
+  const std::string drawing = CorpusDrawing("acadsharp/BLOCKROTATIONPARAMETER.dxf");
+  SKIP_WITHOUT_DRAWING(drawing);
+  host::dxf::InstallDxfFileIo(*app_);
+  ObjectRef docs = GetProperty(ObjectRef(app_), "Documents").Object();
+  auto angles = [&](const ObjectRef& d) {
+    std::vector<double> out;
+    Variant flag, no_change;
+    for (const Variant& e : ForEach(GetProperty(d, "ModelSpace").Object())) {
+      out.push_back(CDbl(AcadSpace::DynamicProperty_Get(e.Object(), "Rotation", Variant::Missing(), flag,
+                                                        no_change)) * 180 / M_PI);
+    }
+    return out;
+  };
+  ObjectRef opened = CallMethod(docs, "Open", {Variant(drawing)}).Object();
+  // The first refers to the definition itself, drawn with its arm at 90°.
+  std::vector<double> read = angles(opened), expected{90, 50, 0, 225};
+  ASSERT_EQ(read.size(), expected.size());
+  for (size_t i = 0; i < read.size(); ++i) EXPECT_NEAR(read[i], expected[i], 1e-9) << i;
+  // Turned to 90 degrees: the arm (a line from the base, 7.5 long along +x
+  // when unturned) now points along +y in the reference's copy.
+  ObjectRef third = CallMethod(GetProperty(opened, "ModelSpace").Object(), "Item", {Variant(int32_t{2})}).Object();
+  Variant flag, no_change;
+  AcadSpace::DynamicProperty_Get(third, "Rotation", Variant(M_PI / 2), flag, no_change);
+  ObjectRef copy = CallMethod(GetProperty(opened, "Blocks").Object(), "Item", {GetProperty(third, "Name")}).Object();
+  ObjectRef arm = CallMethod(copy, "Item", {Variant(int32_t{1})}).Object();
+  EXPECT_VEC_CLOSE(VectorOf(GetProperty(arm, "EndPoint")), (Vec3{0, 7.5, 0}));
+  std::string path = ::testing::TempDir() + "/tovik_rotation.dxf";
+  CallMethod(opened, "SaveAs", {Variant(path)});
+  EXPECT_NEAR(angles(CallMethod(docs, "Open", {Variant(path)}).Object())[2], 90, 1e-9);
+  EXPECT_EZDXF_ACCEPTS(path);
+}
+
 }  // namespace
 }  // namespace tovik

@@ -1,6 +1,8 @@
 // Block references: placement, attributes, dynamic properties, conversion
 // to an anonymous block.
 #include <algorithm>
+#include <cmath>
+#include <optional>
 
 #include "frame/conversions.h"
 #include "host/core/document.h"
@@ -9,6 +11,7 @@
 #include "host/tables/dictionary.h"
 #include "host/surface/member_helpers.h"
 #include "host/tables/block.h"
+#include "host/shapes/geometry_members.h"
 
 namespace tovik::host {
 namespace {
@@ -35,17 +38,27 @@ class DynamicPropertyObject : public DispatchObject<DynamicPropertyObject> {
   size_t index_;
 };
 
-// Shows the visibility state `state` of a reference drawn through an
-// anonymous copy of its dynamic definition, as the host program keeps such
-// copies: the copy is filled afresh with every entity of the definition,
-// those the parameter governs but the state does not show made invisible.
-// A reference to the definition itself is left as it is.
-void ShowVisibilityState(BlockRef& ref, const DynamicProperty& p, size_t state) {
+// The base point of rotation parameter p of `ref` (its record's first
+// point; the definition's origin when there is none).
+Vec3 RotationBase(const BlockRef& ref, const DynamicProperty& p) {
+  if (const XRecord* record = EnhancedBlockData(ref, p.node)) {
+    std::vector<RecordPoint> points = RecordPoints(*record);
+    if (!points.empty()) return points[0].point;
+  }
+  return {};
+}
+
+// Refills the anonymous copy of its dynamic definition that a reference is
+// drawn through, as the host program keeps such copies: every entity of
+// the definition, shown as the reference's values say. Entities a
+// visibility parameter governs but its state does not show are invisible;
+// entities a rotation parameter's actions turn are turned about its base
+// point by its angle. A reference to the definition itself is left as it
+// is.
+void RegenerateCopy(BlockRef& ref) {
   BlockRecord* shown_in = ref.data().block;
   const BlockRecord* source = ref.data().dynamic_source;
-  if (shown_in == nullptr || source == nullptr || shown_in == source || state >= p.shown.size()) {
-    return;
-  }
+  if (shown_in == nullptr || source == nullptr || shown_in == source) return;
   auto listed = [](const std::vector<const Entity*>& list, const Entity* e) {
     return std::find(list.begin(), list.end(), e) != list.end();
   };
@@ -53,10 +66,24 @@ void ShowVisibilityState(BlockRef& ref, const DynamicProperty& p, size_t state) 
     if (!e->erased()) e->Erase();
   }
   CloneSession session(*ref.document());
+  std::vector<std::pair<const Entity*, Entity*>> clones;
   for (const Entity* e : source->entities()) {
-    if (e->erased()) continue;
-    Entity* copy = e->CloneInto(shown_in);
-    copy->mutable_props().visible = !listed(p.governed, e) || listed(p.shown[state], e);
+    if (!e->erased()) clones.emplace_back(e, e->CloneInto(shown_in));
+  }
+  for (const DynamicProperty& p : ref.data().dynamic_properties) {
+    for (size_t k = 0; k < p.shown.size() && k < p.allowed_values.size(); ++k) {
+      if (!p.allowed_values[k].SameAs(p.value)) continue;
+      for (auto& [original, copy] : clones) {
+        copy->mutable_props().visible = !listed(p.governed, original) || listed(p.shown[k], original);
+      }
+    }
+    if (p.units_type != 1 || p.turned.empty() || !p.value.IsNumber()) continue;
+    std::optional<geometry::Matrix4> turn =
+        geometry::Matrix4::Rotation(RotationBase(ref, p), {0, 0, 1}, NumberOf(p.value) - p.drawn_angle);
+    if (!turn) continue;
+    for (auto& [original, copy] : clones) {
+      if (listed(p.turned, original)) TransformEntity(*copy, *turn, false);
+    }
   }
 }
 
@@ -81,21 +108,34 @@ void LetDynamicValue(DynamicPropertyObject& s, const DynamicProperty& p, BlockRe
   }
   ref.Touch();
   ref.mutable_data().dynamic_properties[index].value = value;
-  for (size_t k = 0; k < p.shown.size() && k < p.allowed_values.size(); ++k) {
-    if (p.allowed_values[k].SameAs(value)) ShowVisibilityState(ref, p, k);
-  }
-  // A visibility state is also kept where the drawing file keeps it, so a
-  // saved drawing reopens with it.
-  if (value.IsString()) {
-    if (XRecord* record = EnhancedBlockData(ref, p.node)) {
-      auto& d = record->mutable_data();
+  // The value is also kept where the drawing file keeps it, so a saved
+  // drawing reopens with it: a visibility state as code 1, an angle as the
+  // turned end (the second point: the unturned end, the fourth, turned
+  // about the base, the first).
+  if (XRecord* record = EnhancedBlockData(ref, p.node)) {
+    auto& d = record->mutable_data();
+    std::vector<RecordPoint> points = RecordPoints(*record);
+    if (value.IsString()) {
       for (size_t k = 0; k < d.codes.size(); ++k) {
         if (d.codes[k] != 1) continue;
         record->Touch();
         d.values[k] = value;
       }
+    } else if (p.units_type == 1 && points.size() >= 4) {
+      Vec3 base = points[0].point, arm = points[3].point - base;
+      double angle = NumberOf(value), c = std::cos(angle), sn = std::sin(angle);
+      const Vec3 turned{base.x + arm.x * c - arm.y * sn, base.y + arm.x * sn + arm.y * c, base.z + arm.z};
+      record->Touch();
+      const size_t at = points[1].at;
+      const double xyz[] = {turned.x, turned.y, turned.z};
+      for (size_t k = 0; k < 3 && at + k < d.codes.size() && d.codes[at + k] == 10 + 10 * static_cast<int>(k); ++k) {
+        d.values[at + k] = Variant(xyz[k]);
+      }
     }
   }
+  // Only what the copy can show anew is regenerated: a parameter whose
+  // geometry is not modelled leaves the copy as the file drew it.
+  if (!p.shown.empty() || (p.units_type == 1 && !p.turned.empty())) RegenerateCopy(ref);
 }
 
 }  // namespace
@@ -108,6 +148,19 @@ XRecord* EnhancedBlockData(const BlockRef& ref, int32_t node) {
     dict = AsObject<Dictionary>(dict->Find(key));
   }
   return dict ? AsObject<XRecord>(dict->Find(std::to_string(node))) : nullptr;
+}
+
+std::vector<RecordPoint> RecordPoints(const XRecord& record) {
+  std::vector<RecordPoint> out;
+  const auto& d = record.data();
+  for (size_t k = 0; k < d.codes.size(); ++k) {
+    if (d.codes[k] != 10 || !d.values[k].IsNumber()) continue;
+    RecordPoint p{k, {NumberOf(d.values[k]), 0, 0}};
+    if (k + 1 < d.codes.size() && d.codes[k + 1] == 20) p.point.y = NumberOf(d.values[k + 1]);
+    if (k + 2 < d.codes.size() && d.codes[k + 2] == 30) p.point.z = NumberOf(d.values[k + 2]);
+    out.push_back(p);
+  }
+  return out;
 }
 
 const MemberTable<DynamicPropertyObject>& DynamicPropertyObject::Members() {

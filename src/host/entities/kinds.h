@@ -195,6 +195,13 @@ class BlockRef;
 // AcDbBlockRepresentation / AppDataCache / ACAD_ENHANCEDBLOCKDATA; nullptr
 // when there is none.
 XRecord* EnhancedBlockData(const BlockRef& ref, int32_t node);
+// The points a record holds (code 10 followed by its 20 and 30), in order,
+// each with the position of its 10 in the record's data.
+struct RecordPoint {
+  size_t at = 0;
+  geometry::Vec3 point;
+};
+std::vector<RecordPoint> RecordPoints(const XRecord& record);
 
 class BlockRef final : public HostObject<BlockRef, Entity> {
  public:

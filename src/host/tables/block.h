@@ -33,6 +33,11 @@ struct DynamicProperty {
   // entity it does not govern is always shown.
   std::vector<const Entity*> governed;
   std::vector<std::vector<const Entity*>> shown;
+  // Rotation parameters: the definition's entities their rotate actions
+  // turn about the parameter's base point, and the angle the definition
+  // itself is drawn at (a copy at angle a turns them by a minus it).
+  std::vector<const Entity*> turned;
+  double drawn_angle = 0;
 };
 
 class BlockRecord final : public HostObject<BlockRecord, NamedRecord> {

@@ -2,8 +2,12 @@
 // the BLOCK...PARAMETER kinds in its evaluation graph) become the property
 // list of the definition and of every reference to it or to one of its
 // anonymous copies. Covered: visibility (the states as allowed values, the
-// first as value), rotation (angle), linear, polar and XY (distance), flip
-// and lookup (integer/string); others appear by name with a Double value.
+// first as value), rotation (angle, with the entities its rotate actions
+// turn), linear, polar and XY (distance), flip and lookup (integer/string);
+// others appear by name with a Double value.
+#include <cmath>
+#include <optional>
+#include <span>
 #include <unordered_map>
 
 #include "host/dxf/binding.h"
@@ -55,8 +59,28 @@ DynamicProperty PropertyOf(const Record& r, Document& doc) {
     }
     p.value = p.allowed_values.empty() ? Variant(std::string()) : p.allowed_values.front();
   } else if (type == "BLOCKROTATIONPARAMETER") {
+    // The definition is drawn at the angle from its unturned end (1011 of
+    // AcDbBlockRotationParameter) to its end point (1011 of the two-point
+    // parameter), about the base point (1010).
     p.units_type = 1;
-    p.value = Variant(0.0);
+    auto point = [](std::optional<std::span<const Tag>> tags, int code) {
+      geometry::Vec3 out;
+      if (!tags) return out;
+      for (const Tag& t : *tags) {
+        if (t.code == code) out.x = t.real;
+        if (t.code == code + 10) out.y = t.real;
+        if (t.code == code + 20) out.z = t.real;
+      }
+      return out;
+    };
+    auto two_point = r.Subclass("AcDbBlock2PtParameter");
+    geometry::Vec3 base = point(two_point, 1010), end = point(two_point, 1011) - base;
+    geometry::Vec3 unturned = point(r.Subclass("AcDbBlockRotationParameter"), 1011) - base;
+    double angle = std::atan2(end.y, end.x) - std::atan2(unturned.y, unturned.x);
+    if (geometry::Length(end) == 0 || geometry::Length(unturned) == 0) angle = 0;
+    angle = std::fmod(angle, 2 * geometry::kPi);
+    p.drawn_angle = angle < 0 ? angle + 2 * geometry::kPi : angle;
+    p.value = Variant(p.drawn_angle);
   } else if (type == "BLOCKLINEARPARAMETER" || type == "BLOCKPOLARPARAMETER" ||
              type == "BLOCKXYPARAMETER") {
     p.units_type = 2;
@@ -78,13 +102,9 @@ void Loader::LoadDynamicProperties() {
   if (objects == nullptr) return;
   std::unordered_map<uint64_t, const Record*> by_handle;
   for (const Record& r : objects->records) by_handle[HandleOf(r)] = &r;
-  std::unordered_map<BlockRecord*, std::vector<DynamicProperty>> found;
-  for (const Record& r : objects->records) {
-    std::string_view type = r.type;
-    if (!type.starts_with("BLOCK") || !type.ends_with("PARAMETER") || type == "BLOCKBASEPOINTPARAMETER") {
-      continue;
-    }
-    // Parameter -> evaluation graph -> extension dictionary -> block record.
+  // Parameter or action -> evaluation graph -> extension dictionary ->
+  // block record.
+  auto block_of = [&](const Record& r) {
     uint64_t owner = OwnerOf(r);
     BlockRecord* block = nullptr;
     for (int depth = 0; depth < 4 && owner != 0 && block == nullptr; ++depth) {
@@ -97,9 +117,39 @@ void Loader::LoadDynamicProperties() {
       auto it = by_handle.find(owner);
       owner = it == by_handle.end() ? 0 : OwnerOf(*it->second);
     }
+    return block;
+  };
+  std::unordered_map<BlockRecord*, std::vector<DynamicProperty>> found;
+  for (const Record& r : objects->records) {
+    std::string_view type = r.type;
+    if (!type.starts_with("BLOCK") || !type.ends_with("PARAMETER") || type == "BLOCKBASEPOINTPARAMETER") {
+      continue;
+    }
+    BlockRecord* block = block_of(r);
     if (block == nullptr) continue;
     DynamicProperty p = PropertyOf(r, doc_);
     if (!p.name.empty()) found[block].push_back(std::move(p));
+  }
+  // Rotate actions: the entities they turn (330 of AcDbBlockAction) go to
+  // the rotation parameter whose node they take the angle from (94).
+  for (const Record& r : objects->records) {
+    if (r.type != "BLOCKROTATEACTION") continue;
+    BlockRecord* block = block_of(r);
+    auto properties = found.find(block);
+    auto action = r.Subclass("AcDbBlockAction");
+    auto rotation = r.Subclass("AcDbBlockRotationAction");
+    if (properties == found.end() || !action || !rotation) continue;
+    int32_t node = 0;
+    for (const Tag& t : *rotation) {
+      if (t.code == 94) node = static_cast<int32_t>(t.integer);
+    }
+    for (DynamicProperty& p : properties->second) {
+      if (p.node != node || p.units_type != 1) continue;
+      for (const Tag& t : *action) {
+        if (t.code != 330) continue;
+        if (const Entity* e = AsEntity(doc_.FindByHandle(HandleValue(&t)))) p.turned.push_back(e);
+      }
+    }
   }
   for (auto& [block, properties] : found) {
     DynamicProperty origin;
@@ -124,18 +174,30 @@ void Loader::LoadDynamicProperties() {
 }
 
 void Loader::LoadDynamicValues() {
-  // A reference's own visibility state, from the record the host program
-  // keeps it in (code 1 of the parameter's XRECORD), when it is one of the
-  // states.
+  // A reference's own values, from the record the host program keeps them
+  // in (the parameter's XRECORD): a visibility state (code 1) when it is
+  // one of the states; a rotation's angle from its points (10: the base,
+  // the turned end, the axis, the unturned end), counter-clockwise in
+  // [0, 2π).
   for (BlockRecord* block : doc_.blocks().items) {
     for (Entity* e : block->entities()) {
       auto* ref = As<BlockRef>(e);
       if (ref == nullptr || !ref->IsDynamic()) continue;
       for (DynamicProperty& p : ref->mutable_data().dynamic_properties) {
-        if (p.allowed_values.empty() || !p.value.IsString()) continue;
         const XRecord* record = EnhancedBlockData(*ref, p.node);
         if (record == nullptr) continue;
         const auto& d = record->data();
+        if (p.units_type == 1) {
+          std::vector<RecordPoint> points = RecordPoints(*record);
+          if (points.size() < 4) continue;
+          geometry::Vec3 turned = points[1].point - points[0].point, unturned = points[3].point - points[0].point;
+          double angle = std::atan2(turned.y, turned.x) - std::atan2(unturned.y, unturned.x);
+          angle = std::fmod(angle, 2 * geometry::kPi);
+          if (angle < 0) angle += 2 * geometry::kPi;
+          p.value = Variant(angle);
+          continue;
+        }
+        if (p.allowed_values.empty() || !p.value.IsString()) continue;
         for (size_t k = 0; k < d.codes.size(); ++k) {
           if (d.codes[k] != 1) continue;
           for (const Variant& state : p.allowed_values) {
