@@ -159,8 +159,10 @@ bool Gt(int c) { return c > 0; }
 bool Le(int c) { return c <= 0; }
 bool Ge(int c) { return c >= 0; }
 
-bool Equal(const ValuePtr& x, const ValuePtr& y, double fuzz) {
-  if (!x || !y) return x == y;
+bool Equal(const ValuePtr& x, const ValuePtr& y, double fuzz, int depth = 0) {
+  if (x == y) return true;
+  if (depth > Interpreter::kMaxDepth) throw LispError("internal stack limit reached");
+  if (!x || !y) return false;
   if (IsNumber(x) && IsNumber(y)) return std::fabs(NumberOf(x) - NumberOf(y)) <= fuzz;
   if (x->kind != y->kind) return false;
   switch (x->kind) {
@@ -170,9 +172,9 @@ bool Equal(const ValuePtr& x, const ValuePtr& y, double fuzz) {
     case Value::Kind::kCons: {
       ValuePtr p = x, q = y;
       for (; p && q && p->Is(Value::Kind::kCons) && q->Is(Value::Kind::kCons); p = p->cdr, q = q->cdr) {
-        if (!Equal(p->car, q->car, fuzz)) return false;
+        if (!Equal(p->car, q->car, fuzz, depth + 1)) return false;
       }
-      return Equal(p, q, fuzz);
+      return Equal(p, q, fuzz, depth + 1);
     }
     default: return x == y;
   }

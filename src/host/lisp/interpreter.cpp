@@ -207,20 +207,23 @@ ValuePtr Interpreter::CallUser(const ValuePtr& function, const std::vector<Value
   }
   if (args.size() < params.size()) throw LispError("too few arguments");
   if (args.size() > params.size()) throw LispError("too many arguments");
-  std::vector<std::unique_ptr<Binding>> scope;
+  // Undone in reverse order, on return or error (a name listed twice ends
+  // as it started).
+  struct Scope {
+    std::vector<std::unique_ptr<Binding>> bindings;
+    ~Scope() {
+      while (!bindings.empty()) bindings.pop_back();
+    }
+  } scope;
   for (size_t i = 0; i < params.size(); ++i) {
-    scope.push_back(std::make_unique<Binding>(*this, params[i]));
+    scope.bindings.push_back(std::make_unique<Binding>(*this, params[i]));
     Set(params[i], args[i]);
   }
   for (const std::string& local : locals) {
-    scope.push_back(std::make_unique<Binding>(*this, local));
+    scope.bindings.push_back(std::make_unique<Binding>(*this, local));
     Set(local, nullptr);
   }
-  ValuePtr result = EvalBody(function->cdr);
-  // Bindings are undone in reverse order (a name listed twice ends as it
-  // started).
-  while (!scope.empty()) scope.pop_back();
-  return result;
+  return EvalBody(function->cdr);
 }
 
 ValuePtr Interpreter::SpecialForm(const std::string& name, const ValuePtr& args, bool& handled) {

@@ -95,6 +95,9 @@ TEST_F(Lisp, ErrorsPrintTheHostsTextAndNeverEscape) {
       {"(setq 1 2)", "; error: bad argument type: symbolp 1\n"},
   };
   for (const auto& c : cases) EXPECT_EQ(Run(c.source), c.shown) << c.source;
+  // Structures built deeper than anything read print and compare safely.
+  EXPECT_EQ(Run("(progn (setq x nil) (repeat 3000 (setq x (list x))) (princ x) (equal x x))"),
+            std::string(1000, '(') + "..." + std::string(1000, ')') + "T\n");
 }
 
 TEST_F(Lisp, TheDrawingIsReachedThroughItsVariablesAndEntities) {

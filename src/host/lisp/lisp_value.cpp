@@ -121,7 +121,25 @@ double NumberOf(const ValuePtr& v) {
   return v->Is(Value::Kind::kInt) ? v->integer : v->real;
 }
 
+namespace {
+
+// Lists nested deeper than this print as "..." (a structure built at run
+// time can nest far deeper than any reader input).
+constexpr int kMaxPrintDepth = 1000;
+
+void PrintTo(std::string& out, const ValuePtr& v, bool quote_strings, int depth);
+
+}  // namespace
+
 std::string Print(const ValuePtr& v, bool quote_strings) {
+  std::string out;
+  PrintTo(out, v, quote_strings, 0);
+  return out;
+}
+
+namespace {
+
+std::string PrintAtom(const ValuePtr& v, bool quote_strings) {
   if (!v) return "nil";
   switch (v->kind) {
     case Value::Kind::kInt: return std::to_string(v->integer);
@@ -137,22 +155,39 @@ std::string Print(const ValuePtr& v, bool quote_strings) {
     case Value::Kind::kPickSet: return "<Selection set: " + std::to_string(v->pickset->number) + ">";
     case Value::Kind::kSubr: return "<Subr: #" + v->text + ">";
     case Value::Kind::kUsubr: return "#<USUBR @" + v->text + ">";
-    case Value::Kind::kCons: {
-      if (IsSymbol(v->car, "QUOTE") && v->cdr && v->cdr->Is(Value::Kind::kCons) && !v->cdr->cdr) {
-        return "'" + Print(v->cdr->car, quote_strings);
-      }
-      std::string out = "(";
-      ValuePtr p = v;
-      for (bool first = true; p && p->Is(Value::Kind::kCons); p = p->cdr, first = false) {
-        if (!first) out += ' ';
-        out += Print(p->car, quote_strings);
-      }
-      if (p) out += " . " + Print(p, quote_strings);
-      return out + ")";
-    }
+    case Value::Kind::kCons: break;
   }
   return "nil";
 }
+
+void PrintTo(std::string& out, const ValuePtr& v, bool quote_strings, int depth) {
+  if (!v || !v->Is(Value::Kind::kCons)) {
+    out += PrintAtom(v, quote_strings);
+    return;
+  }
+  if (depth >= kMaxPrintDepth) {
+    out += "...";
+    return;
+  }
+  if (IsSymbol(v->car, "QUOTE") && v->cdr && v->cdr->Is(Value::Kind::kCons) && !v->cdr->cdr) {
+    out += '\'';
+    PrintTo(out, v->cdr->car, quote_strings, depth + 1);
+    return;
+  }
+  out += '(';
+  ValuePtr p = v;
+  for (bool first = true; p && p->Is(Value::Kind::kCons); p = p->cdr, first = false) {
+    if (!first) out += ' ';
+    PrintTo(out, p->car, quote_strings, depth + 1);
+  }
+  if (p) {
+    out += " . ";
+    PrintTo(out, p, quote_strings, depth + 1);
+  }
+  out += ')';
+}
+
+}  // namespace
 
 void BadArgument(std::string_view what, const ValuePtr& v) {
   // The host's lisp puts a colon after numberp only.
