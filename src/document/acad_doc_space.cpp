@@ -156,7 +156,7 @@ const MemberTable<AcadDocSpace>& AcadDocSpace::Members() {
             return Variant(ObjectRef(s.GetAcadTransaction(d)));
           });
         },
-        0, 1);
+        0, 1).Outs({0});
     // GetAcadUnitSetting([ADwg]): ADwg is written back.
     t.Method(
         "GetAcadUnitSetting",
@@ -165,7 +165,7 @@ const MemberTable<AcadDocSpace>& AcadDocSpace::Members() {
             return Variant(ObjectRef(s.GetAcadUnitSetting(d)));
           });
         },
-        0, 1);
+        0, 1).Outs({0});
     t.Method(
         "GetAcadDLengthUnitID",
         [](T& s, CallArgs& a) { return Variant(s.GetAcadDLengthUnitID(OptionalObject(a, 0))); },

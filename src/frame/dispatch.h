@@ -41,6 +41,17 @@ enum class InvokeKind : uint8_t {
 
 class EventSource;
 
+// What a client needs to know of one member to call it as a COM client
+// with type information would: its name, whether it is a method, how many
+// arguments it takes, and which of them are by-reference outputs.
+struct MemberInfo {
+  std::string name;  // "" for an unknown member
+  bool method = false;
+  int min_args = 0;
+  int max_args = 0;
+  uint32_t outs = 0;  // bit i: argument i is an output
+};
+
 // An automation object. Implementations usually derive from
 // DispatchObject<T> below, which answers from a static member table.
 class Dispatch : public std::enable_shared_from_this<Dispatch> {
@@ -66,6 +77,10 @@ class Dispatch : public std::enable_shared_from_this<Dispatch> {
 
   // The events this object raises, or nullptr when it raises none.
   virtual EventSource* Events() { return nullptr; }
+  // What member `id` is; objects without member tables know nothing.
+  virtual MemberInfo Describe(DispId id) const { return {}; }
+  // Every member's name, in id order (for completion and help).
+  virtual std::vector<std::string> MemberNames() const { return {}; }
 };
 
 // ------------------------------------------------------------------ events

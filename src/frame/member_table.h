@@ -105,8 +105,33 @@ class MemberTable : public MemberIndex {
                       int max_args = 0) {
     Entry& e = NewEntry(name, min_args, max_args);
     e.get = body;
+    e.method = true;
     return *this;
   }
+  // Marks arguments of the member registered last as by-reference outputs
+  // (0-based positions): clients that return outputs (the Python module, a
+  // type library) return what the member leaves in them.
+  MemberTable& Outs(std::initializer_list<int> positions) {
+    for (int p : positions) entries_.back().outs |= uint32_t{1} << p;
+    return *this;
+  }
+  // The output positions of member `id` as a bit mask (bit i: argument i).
+  uint32_t OutMask(DispId id) const {
+    if (id <= 0 || static_cast<size_t>(id) > entries_.size()) return 0;
+    return entries_[static_cast<size_t>(id) - 1].outs;
+  }
+  // True when member `id` is a method (not a property).
+  bool IsMethod(DispId id) const {
+    if (id <= 0 || static_cast<size_t>(id) > entries_.size()) return false;
+    return entries_[static_cast<size_t>(id) - 1].method;
+  }
+  // The fewest and most arguments member `id` takes (a property's own).
+  std::pair<int, int> ArgumentCounts(DispId id) const {
+    if (id <= 0 || static_cast<size_t>(id) > entries_.size()) return {0, 0};
+    const Entry& e = entries_[static_cast<size_t>(id) - 1];
+    return {e.min_args, e.max_args};
+  }
+
   // Makes an already registered member the default member.
   MemberTable& Default(std::string_view name) {
     SetDefault(Find(name));
@@ -145,6 +170,8 @@ class MemberTable : public MemberIndex {
     Assign set = nullptr;
     int16_t min_args = 0;
     int16_t max_args = 0;
+    uint32_t outs = 0;
+    bool method = false;
   };
 
   Entry& NewEntry(std::string_view name, int min_args, int max_args) {
@@ -170,6 +197,17 @@ class MemberTable : public MemberIndex {
 
 // Base for automation classes whose members come from a static table:
 // `static const MemberTable<T>& Members();` in T.
+// Member `id` of `table` as a client sees it (empty name when unknown).
+template <class T>
+MemberInfo DescribeMember(const MemberTable<T>& table, DispId id) {
+  auto [min_args, max_args] = table.ArgumentCounts(id);
+  return {std::string(table.NameOf(id)), table.IsMethod(id), min_args, max_args, table.OutMask(id)};
+}
+template <class T>
+void AppendMemberNames(const MemberTable<T>& table, std::vector<std::string>& names) {
+  for (size_t i = 1; i <= table.size(); ++i) names.emplace_back(table.NameOf(static_cast<DispId>(i)));
+}
+
 template <class T>
 class DispatchObject : public Dispatch {
  public:
@@ -178,6 +216,12 @@ class DispatchObject : public Dispatch {
   }
   Variant Invoke(DispId id, InvokeKind kind, std::span<Variant> args) override {
     return T::Members().Invoke(static_cast<T&>(*this), id, kind, args);
+  }
+  MemberInfo Describe(DispId id) const override { return DescribeMember(T::Members(), id); }
+  std::vector<std::string> MemberNames() const override {
+    std::vector<std::string> names;
+    AppendMemberNames(T::Members(), names);
+    return names;
   }
   // A counted reference to this object (it must be owned by a shared_ptr).
   std::shared_ptr<T> Self() {

@@ -150,7 +150,7 @@ const MemberTable<Loop7s>& Loop7s::Members() {
           a[3] = Variant(ObjectRef(lower));
           return Variant();
         },
-        2, 4);
+        2, 4).Outs({2, 3});
     return t;
   }();
   return table;

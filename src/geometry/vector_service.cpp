@@ -111,7 +111,7 @@ const MemberTable<RotationService>& RotationService::Members() {
               RotatedAboutAxis(VectorOf(a[0]), VectorOf(a[1]), VectorOf(a[2]), CDbl(a[3])));
           return Variant();
         },
-        5, 5);
+        5, 5).Outs({4});
     return t;
   }();
   return table;

@@ -155,7 +155,7 @@ const MemberTable<DwgPicture>& DwgPicture::Members() {
           }
           return Variant();
         },
-        4, 5);
+        4, 5).Outs({0, 1, 2, 3});
     t.Method(
         "DrawLine",
         [](DwgPicture& d, CallArgs& a) {

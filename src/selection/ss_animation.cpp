@@ -244,7 +244,7 @@ const MemberTable<SSAnimation>& SSAnimation::Members() {
           s.Moving(a[0], a.Has(1) ? &a[1] : nullptr);
           return Variant();
         },
-        0, 2);
+        0, 2).Outs({1});
     t.Method("Rotate3D", [](S& s, A& a) { return s.Rotate3D(a[0], a[1], CDbl(a[2])), Variant(); },
              3, 3);
     t.Method("ScaleAll", [](S& s, A& a) { return s.ScaleAll(a[0], CDbl(a[1])), Variant(); }, 2, 2);
@@ -255,7 +255,7 @@ const MemberTable<SSAnimation>& SSAnimation::Members() {
           a[3] = Variant(s.MoveAndStretch(a[0], a[1], CInt(a[2])));
           return Variant();
         },
-        4, 4);
+        4, 4).Outs({3});
     t.Method("TileArrangement", [](S& s, A&) { return s.TileArrangement(), Variant(); });
     t.Method(
         "Sort2D",

@@ -134,7 +134,7 @@ const MemberTable<SSDimensions>& SSDimensions::Members() {
           a[5] = Variant(width);
           return Variant();
         },
-        0, 8);
+        0, 8).Outs({0, 1, 3, 4, 5});
     t.Method(
         "Centre", [](S& s, CallArgs& a) { return s.Centre(BoolOr(a[0], true)); }, 0, 1);
     t.Property("Height", [](S& s, CallArgs&) { return Variant(s.Height()); });

@@ -113,7 +113,7 @@ void AddBlockMembers(MemberTable<AcadSpace>& t) {
         a[0] = Variant(bref);
         return Variant();
       },
-      2, 4);
+      2, 4).Outs({0});
   t.Method(
       "BlockRef_Synchronize",
       [](AcadSpace&, CallArgs& a) {
@@ -173,21 +173,21 @@ void AddTransformMembers(MemberTable<AcadSpace>& t) {
         AcadSpace::TranslatePoint(a[0], a[1], CDbl(a[2]), CDbl(a[3]), CDbl(a[4]), a[5]);
         return Variant();
       },
-      5, 6);
+      5, 6).Outs({0});
   t.Method(
       "TranslatePointFromBlock",
       [](AcadSpace&, CallArgs& a) {
         AcadSpace::TranslatePointFromBlock(a[0], a[1].Object(), a[2], a[3], a[4]);
         return Variant();
       },
-      3, 5);
+      3, 5).Outs({2});
   t.Method(
       "TranslatePointToBlock",
       [](AcadSpace&, CallArgs& a) {
         AcadSpace::TranslatePointToBlock(a[0], a[1].Object(), a[2], a[3], a[4]);
         return Variant();
       },
-      3, 5);
+      3, 5).Outs({2});
   t.Method(
       "BRef_TransMatrix",
       [](AcadSpace&, CallArgs& a) { return Variant(AcadSpace::BRef_TransMatrix(a[0].Object(), a[1])); },
@@ -202,7 +202,7 @@ void AddTransformMembers(MemberTable<AcadSpace>& t) {
         AcadSpace::TranslateCoordinates(ObjectArg(a, 0), a[1], CLng(a[2]), CLng(a[3]), a[4]);
         return Variant();
       },
-      4, 5);
+      4, 5).Outs({1});
   t.Method("UCSPoint", [](AcadSpace&, CallArgs& a) { return AcadSpace::UCSPoint(a[0]); }, 1, 1);
   t.Method("WCSPoint", [](AcadSpace&, CallArgs& a) { return AcadSpace::WCSPoint(a[0]); }, 1, 1);
   t.Method(
@@ -228,7 +228,7 @@ void AddTransformMembers(MemberTable<AcadSpace>& t) {
         }
         return Variant();
       },
-      1, 9);
+      1, 9).Outs({1, 2, 3, 4, 5, 6, 7, 8});
   t.Method(
       "CurSpace", [](AcadSpace&, CallArgs& a) { return Variant(AcadSpace::CurSpace(ObjectArg(a, 0))); },
       0, 1);
@@ -237,7 +237,7 @@ void AddTransformMembers(MemberTable<AcadSpace>& t) {
 void AddIdentityMembers(MemberTable<AcadSpace>& t) {
   t.Method(
       "NewDwgPicture", [](AcadSpace&, CallArgs& a) { return Variant(AcadSpace::NewDwgPicture(a[0])); },
-      1, 1);
+      1, 1).Outs({0});
   t.Property("SortEntsTable", [](AcadSpace&, CallArgs&) {
     ObjectRef block;
     return Variant(SortentsTable(block));
@@ -252,7 +252,7 @@ void AddIdentityMembers(MemberTable<AcadSpace>& t) {
         if (a.Has(1)) a[1] = Variant(doc);
         return Variant(found);
       },
-      1, 2);
+      1, 2).Outs({1});
 }
 
 std::shared_ptr<DynamicSS> SetArg(const Variant& v) {
@@ -271,7 +271,7 @@ std::shared_ptr<T> ObjectOf(const Variant& v) {
 void AddPolylineMembers(MemberTable<AcadSpace>& t) {
   using S = AcadSpace;
   t.Method("LwPlineCoords", [](S&, CallArgs& a) { return S::LwPlineCoords(a[0].Object(), a[1], a[2]), Variant(); },
-           3, 3);
+           3, 3).Outs({1, 2});
   t.Method(
       "LwPlineToLoop7",
       [](S&, CallArgs& a) { return Variant(ObjectRef(S::LwPlineToLoop7(a[0].Object(), a[1], a[2]))); }, 1, 3);
@@ -296,10 +296,10 @@ void AddPolylineMembers(MemberTable<AcadSpace>& t) {
         hatch.made = &a[3];
         return Variant(ObjectRef(S::LwPlineFromLoop7s(*ObjectOf<Loop7s>(a[0]), ObjectArg(a, 1), hatch)));
       },
-      1, 8);
+      1, 8).Outs({3});
   t.Method(
       "LwPlinesSplit",
-      [](S&, CallArgs& a) { return S::LwPlinesSplit(*SetArg(a[0]), a[1], a[2], a[3], a[4]), Variant(); }, 5, 5);
+      [](S&, CallArgs& a) { return S::LwPlinesSplit(*SetArg(a[0]), a[1], a[2], a[3], a[4]), Variant(); }, 5, 5).Outs({3, 4});
   t.Method(
       "LwPlineBoundTo",
       [](S&, CallArgs& a) { return Variant(S::LwPlineBoundTo(a[0].Object(), a[1].Object())); }, 2, 2);
@@ -315,16 +315,16 @@ void AddPolylineMembers(MemberTable<AcadSpace>& t) {
 
 void AddSubEntityMembers(MemberTable<AcadSpace>& t) {
   using S = AcadSpace;
-  t.Method("SubEntSelect", [](S&, CallArgs& a) { return S::SubEntSelect(a[0], a[1], a[2]), Variant(); }, 2, 3);
+  t.Method("SubEntSelect", [](S&, CallArgs& a) { return S::SubEntSelect(a[0], a[1], a[2]), Variant(); }, 2, 3).Outs({0, 1});
   t.Method(
       "SubEntHighlight", [](S&, CallArgs& a) { return S::SubEntHighlight(a[0].Object(), a[1], a[2]), Variant(); },
-      3, 3);
+      3, 3).Outs({2});
   t.Method("SubEntCopy", [](S&, CallArgs& a) { return S::SubEntCopy(a[0].Object(), a[1], a[2]), Variant(); },
-           3, 3);
+           3, 3).Outs({2});
   t.Method(
       "TransSubLoop7",
       [](S&, CallArgs& a) { return S::TransSubLoop7(a[0].Object(), a[1], a[2], a[3], a[4], a[5]), Variant(); }, 3,
-      6);
+      6).Outs({3, 4, 5});
   t.Method("ClearHighlight", [](S&, CallArgs&) { return S::ClearHighlight(), Variant(); });
 }
 
@@ -354,7 +354,7 @@ const MemberTable<AcadSpace>& AcadSpace::Members() {
           ArrDbls2ArrPoints(a[0], a[1], a[2]);
           return Variant();
         },
-        2, 3);
+        2, 3).Outs({1});
     AddAttributeMembers(t);
     AddBlockMembers(t);
     AddTransformMembers(t);

@@ -129,7 +129,7 @@ const MemberTable<Xdata>& Xdata::Members() {
           TableToGroupCodes(a[0], a[1], a[2]);
           return NoResult();
         },
-        3, 3);
+        3, 3).Outs({1, 2});
     // FormatDxfToTable(Table, ardata): Table receives the decoded table.
     t.Method(
         "FormatDxfToTable",
@@ -137,7 +137,7 @@ const MemberTable<Xdata>& Xdata::Members() {
           a[0] = GroupCodesToTable(a[1]);
           return NoResult();
         },
-        2, 2);
+        2, 2).Outs({0});
     return t;
   }();
   return table;

@@ -115,7 +115,8 @@ const MemberTable<DbObject>& DbObject::ObjectMembers() {
           GetXDataInto(s, a[0], a[1], a[2]);
           return Variant();
         },
-        3, 3);
+        3, 3)
+        .Outs({1, 2});
     t.Method(
         "SetXData",
         [](DbObject& s, CallArgs& a) {

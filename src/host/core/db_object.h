@@ -229,6 +229,21 @@ class HostObject : public Base {
     return T::Members().Invoke(static_cast<T&>(*this), id, kind, args);
   }
 
+  MemberInfo Describe(DispId id) const override {
+    if (id >= kObjectIdBase) return DescribeMember(DbObject::ObjectMembers(), id - kObjectIdBase);
+    if constexpr (std::is_base_of_v<Entity, Base>) {
+      if (id >= kEntityIdBase) return DescribeMember(EntityMembers(), id - kEntityIdBase);
+    }
+    return DescribeMember(T::Members(), id);
+  }
+  std::vector<std::string> MemberNames() const override {
+    std::vector<std::string> names;
+    AppendMemberNames(T::Members(), names);
+    if constexpr (std::is_base_of_v<Entity, Base>) AppendMemberNames(EntityMembers(), names);
+    AppendMemberNames(DbObject::ObjectMembers(), names);
+    return names;
+  }
+
   std::function<void()> Restorer() override {
     auto self = std::static_pointer_cast<T>(this->shared_from_this());
     auto data = self->data();

@@ -162,7 +162,7 @@ const MemberTable<Document>& Document::Members() {
     t.Method(
         "ObjectIDToObject32",
         [](K& s, CallArgs& a) { return ObjectFromId(s, a[0], "ObjectIDToObject32"); }, 1, 1);
-    t.Method("CopyObjects", CopyObjects, 1, 3);
+    t.Method("CopyObjects", CopyObjects, 1, 3).Outs({2});
     t.Method("Import", ImportFile, 3, 3);
     t.Method("Regen", [](K&, CallArgs&) { return Variant(); }, 0, 1);
     t.Method(

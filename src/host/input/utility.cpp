@@ -102,8 +102,9 @@ const MemberTable<Utility>& Utility::Members() {
           a[1] = PointValue(input.point);
           return Variant();
         },
-        2, 3);
-    t.Method("GetSubEntity", GetSubEntity, 4, 5);
+        2, 3)
+        .Outs({0, 1});
+    t.Method("GetSubEntity", GetSubEntity, 4, 5).Outs({0, 1, 2, 3});
     t.Method(
         "Prompt",
         [](K& s, CallArgs& a) {

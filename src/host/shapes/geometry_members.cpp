@@ -263,7 +263,7 @@ Variant Explode(Entity& s, CallArgs&) {
 }  // namespace
 
 void AddEntityGeometryMembers(MemberTable<Entity>& t) {
-  t.Method("GetBoundingBox", GetBoundingBox, 2, 2);
+  t.Method("GetBoundingBox", GetBoundingBox, 2, 2).Outs({0, 1});
   t.Method("IntersectWith", IntersectWith, 2, 2);
   t.Method("Move", Move, 2, 2);
   t.Method("Rotate", Rotate, 2, 2);

@@ -3,6 +3,9 @@
 // erased object refuses each of them with the host's error.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
+#include "frame/runtime_text.h"
 #include "host/core/host_error.h"
 #include "tests/support/surface_calls.h"
 
@@ -37,6 +40,34 @@ TEST_F(SurfaceTest, ErasedEntitiesRefuseEveryMemberButHandle) {
   }
   // The attribute reference went with its block reference.
   EXPECT_EQ(ErrorOf([&] { GetProperty(attref, "TextString"); }).Number(), kScodeObjectErased);
+}
+
+// What a client with type information learns of a member: its kind, its
+// argument counts and which arguments it writes back, on every table an
+// entity answers from.
+TEST_F(SurfaceTest, MembersDescribeTheirKindArgumentsAndOutputs) {
+  const struct {
+    const char* member;
+    bool method;
+    int min_args, max_args;
+    uint32_t outs;
+  } cases[] = {
+      {"getboundingbox", true, 2, 2, 0b11},  // an entity member
+      {"GetXData", true, 3, 3, 0b110},       // a member of every object
+      {"StartPoint", false, 0, 0, 0},        // the line's own
+      {"Move", true, 2, 2, 0},
+  };
+  for (const auto& c : cases) {
+    MemberInfo info = line->Describe(line->GetIdOfName(c.member));
+    EXPECT_TRUE(CaseInsensitiveEqual(info.name, c.member)) << c.member;
+    EXPECT_EQ(info.method, c.method) << c.member;
+    EXPECT_EQ(info.min_args, c.min_args) << c.member;
+    EXPECT_EQ(info.max_args, c.max_args) << c.member;
+    EXPECT_EQ(info.outs, c.outs) << c.member;
+  }
+  std::vector<std::string> names = line->MemberNames();
+  EXPECT_NE(std::find(names.begin(), names.end(), "Handle"), names.end());
+  EXPECT_EQ(line->Describe(kDispIdUnknown).name, "");
 }
 
 }  // namespace

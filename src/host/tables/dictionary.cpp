@@ -221,7 +221,8 @@ const MemberTable<XRecord>& XRecord::Members() {
           a[1] = Variant(SafeArray::OfVariants(s.data_.values));
           return Variant();
         },
-        2, 2);
+        2, 2)
+        .Outs({0, 1});
     return t;
   }();
   return table;

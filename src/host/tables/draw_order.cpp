@@ -143,7 +143,8 @@ const MemberTable<SortentsTable>& SortentsTable::Members() {
           a[0] = ObjectsValue(out);
           return Variant();
         },
-        1, 2);
+        1, 2)
+        .Outs({0});
     t.Method(
         "GetRelativeDrawOrder",
         [](K& s, CallArgs& a) {
@@ -157,7 +158,8 @@ const MemberTable<SortentsTable>& SortentsTable::Members() {
           a[0] = ObjectsValue(out);
           return Variant();
         },
-        1, 2);
+        1, 2)
+        .Outs({0});
     t.Property("Block", [](K& s, CallArgs&) { return Variant(s.doc_->Ref(s.data_.block)); });
     return t;
   }();

@@ -229,7 +229,8 @@ const MemberTable<TextStyleRecord>& TextStyleRecord::Members() {
           a[4] = Variant(s.data_.pitch_and_family);
           return Variant();
         },
-        5, 5);
+        5, 5)
+        .Outs({0, 1, 2, 3, 4});
     return t;
   }();
   return table;
