@@ -1,0 +1,78 @@
+"""The tovik module as a COM client script uses it: values both ways, by-name
+members, outputs after the result, collections, errors, and a drawing added
+to, edited, saved and reopened."""
+import os
+
+import pytest
+import tovik
+
+
+@pytest.fixture
+def app():
+    tovik.ResetLibrary()
+    yield tovik.Application()
+    tovik.ResetLibrary()
+
+
+def test_properties_methods_and_outputs(app):
+    doc = app.ActiveDocument
+    ms = doc.ModelSpace
+    line = ms.AddLine((0, 0, 0), (10, 0, 0))  # a plain tuple is a point
+    assert line.ObjectName == "AcDbLine"
+    line.Layer = "0"
+    assert line.Length == 10.0
+    low, high = line.GetBoundingBox()  # outputs come back, the call had none
+    assert low == (0.0, 0.0, 0.0) and high == (10.0, 0.0, 0.0)
+    line.SetXData((1001, 1000, 1070), ("APP", "note", tovik.VARIANT(2, 7)))
+    types, values = line.GetXData("APP")
+    assert types == (1001, 1000, 1070) and values == ("APP", "note", 7)
+    assert ms.Count == 1 and ms(0) == line and ms.Item(0) == line and ms[0] == line
+    assert [e.Handle for e in ms] == [line.Handle]
+    assert "GetBoundingBox" in dir(line)
+
+
+@pytest.mark.parametrize("value", [0, -1, 2**31 - 1, 2**40, 1.5, "text", True, None, (1, (2.5, "x"))])
+def test_values_round_trip_through_a_dictionary(value):
+    d = tovik.Dispatch("Tovik_AutoCad_Pro.DynamicSS").Dictionary
+    d.Add("k", value)
+    assert d.Item("k") == value
+
+
+def test_errors_carry_number_text_and_hresult(app):
+    ms = app.ActiveDocument.ModelSpace
+    with pytest.raises(AttributeError):
+        ms.NoSuchMember
+    with pytest.raises(tovik.AutomationError) as raised:
+        tovik.Dispatch("Tovik_AutoCad_Pro.SSDimensions")
+    assert raised.value.number == 429 and raised.value.hresult == 0x800A01AD
+    s = tovik.Dispatch("Tovik_AutoCad_Pro.DynamicSS")
+    with pytest.raises(tovik.AutomationError) as raised:
+        s.Item("nothere")
+    assert raised.value.number == 2411
+    assert raised.value.description == "Invalid index for Dictionary collection."
+
+
+def test_a_library_class_works_on_the_drawing(app):
+    ms = app.ActiveDocument.ModelSpace
+    a = ms.AddCircle((0, 0, 0), 1.0)
+    b = ms.AddCircle((5, 0, 0), 1.0)
+    s = tovik.Dispatch("Tovik_AutoCad_Pro.DynamicSS")
+    s.Add((ms,))
+    assert s.Count == 2
+    assert s.Dimensions.Width == 7.0
+    s.Animation.Move((0, 0, 0), (1, 1, 0))
+    assert b.Center == (6.0, 1.0, 0.0)
+    space = tovik.Dispatch("Tovik_AutoCad_Pro.AcadSpace")
+    assert space.ObjectID(a) == a.ObjectID
+
+
+def test_a_drawing_is_added_edited_saved_and_reopened(app, tmp_path):
+    doc = app.Documents.Add()
+    doc.ModelSpace.AddLightWeightPolyline((0, 0, 4, 0, 4, 3))
+    doc.Layers.Add("WALLS").Color = 3
+    path = str(tmp_path / "saved.dxf")
+    doc.SaveAs(path)
+    again = app.Documents.Open(path)
+    assert again.Layers.Item("WALLS").Color == 3
+    assert again.ModelSpace(0).Coordinates == (0.0, 0.0, 4.0, 0.0, 4.0, 3.0)
+    assert os.path.getsize(path) > 0

@@ -1,0 +1,272 @@
+// The Python module `tovik`: the library and the headless host reached from
+// Python as a COM client (win32com) reaches them on Windows, late-bound by
+// member name:
+//
+//   app = tovik.Application()
+//   doc = app.Documents.Open("plan.dxf")
+//   line = doc.ModelSpace.AddLine((0, 0, 0), (10, 0, 0))
+//   line.Layer = "WALLS"
+//   low, high = line.GetBoundingBox()
+//   doc.SaveAs("out.dxf")
+//
+// Properties read without parentheses and are assigned; methods are
+// called; arguments a member writes back come back after the result (or
+// alone when the member returns nothing); obj(i), obj.Item(i) and obj[i]
+// index; `for x in collection` walks it. docs/python.md lists the
+// conventions and where they differ from win32com.
+#include <pybind11/pybind11.h>
+#include <pybind11/stl.h>
+
+#include <string>
+#include <vector>
+
+#include "frame/automation_error.h"
+#include "frame/conversions.h"
+#include "frame/dispatch.h"
+#include "frame/library_state.h"
+#include "frame/zactivex_com.h"
+#include "host/core/application.h"
+#include "host/dxf/dxf_file.h"
+#include "type_library.h"
+
+namespace py = pybind11;
+
+namespace tovik::python {
+namespace {
+
+// An omitted argument in the middle of a call (tovik.Missing).
+struct MissingArgument {};
+
+// A value of an exact automation type: tovik.VARIANT(vt, value).
+struct TypedValue {
+  int vt;
+  py::object value;
+};
+
+// An automation object seen from Python.
+struct PyDispatch {
+  ObjectRef object;
+};
+
+Variant ToVariant(const py::handle& value);
+
+Variant TypedToVariant(const TypedValue& typed) {
+  Variant v = ToVariant(typed.value);
+  switch (static_cast<VarType>(typed.vt & ~kArrayFlag)) {
+    case VarType::kInteger: return Variant(CInt(v));
+    case VarType::kLong: return Variant(CLng(v));
+    case VarType::kSingle: return Variant(CSng(v));
+    case VarType::kDouble: return Variant(CDbl(v));
+    case VarType::kString: return Variant(CStr(v));
+    case VarType::kBoolean: return Variant(CBool(v));
+    case VarType::kByte: return Variant(CByte(v));
+    default: return v;
+  }
+}
+
+Variant ToVariant(const py::handle& value) {
+  if (value.is_none()) return Variant();
+  if (py::isinstance<MissingArgument>(value)) return Variant::Missing();
+  if (py::isinstance<PyDispatch>(value)) return Variant(value.cast<const PyDispatch&>().object);
+  if (py::isinstance<TypedValue>(value)) return TypedToVariant(value.cast<const TypedValue&>());
+  if (py::isinstance<py::bool_>(value)) return Variant(value.cast<bool>());
+  if (py::isinstance<py::int_>(value)) {
+    long long n = value.cast<long long>();
+    if (n >= INT32_MIN && n <= INT32_MAX) return Variant(static_cast<int32_t>(n));
+    return Variant(static_cast<int64_t>(n));
+  }
+  if (py::isinstance<py::float_>(value)) return Variant(value.cast<double>());
+  if (py::isinstance<py::str>(value)) return Variant(value.cast<std::string>());
+  if (py::isinstance<py::tuple>(value) || py::isinstance<py::list>(value)) {
+    // A sequence of numbers only is a Double array (points, coordinate
+    // lists); anything else a Variant array. Both from index 0.
+    py::sequence seq = value.cast<py::sequence>();
+    bool numbers = seq.size() > 0;
+    for (const py::handle& item : seq) {
+      numbers = numbers && (py::isinstance<py::float_>(item) ||
+                            (py::isinstance<py::int_>(item) && !py::isinstance<py::bool_>(item)));
+    }
+    if (numbers) {
+      std::vector<double> values;
+      for (const py::handle& item : seq) values.push_back(item.cast<double>());
+      return Variant(SafeArray::OfDoubles(values));
+    }
+    std::vector<Variant> items;
+    for (const py::handle& item : seq) items.push_back(ToVariant(item));
+    return Variant(SafeArray::OfVariants(std::move(items)));
+  }
+  throw py::type_error("tovik cannot pass a " + std::string(py::str(value.get_type())) + " to a member");
+}
+
+py::object FromVariant(const Variant& v);
+
+// A one-dimensional array becomes a tuple (its lower bound is not kept;
+// see docs/python.md); more dimensions become nested tuples, row first.
+py::object FromArray(const SafeArray& a) {
+  if (a.Dims() <= 1) {
+    py::tuple out(a.Items().size());
+    for (size_t i = 0; i < a.Items().size(); ++i) out[i] = FromVariant(a.Items()[i]);
+    return out;
+  }
+  const int32_t rows = a.UBound(1) - a.LBound(1) + 1, columns = a.Count() / std::max(rows, 1);
+  py::tuple out(static_cast<size_t>(rows));
+  for (int32_t r = 0; r < rows; ++r) {
+    py::tuple row(static_cast<size_t>(columns));
+    for (int32_t c = 0; c < columns; ++c) row[static_cast<size_t>(c)] = FromVariant(a.Items()[static_cast<size_t>(r * columns + c)]);
+    out[static_cast<size_t>(r)] = row;
+  }
+  return out;
+}
+
+py::object FromVariant(const Variant& v) {
+  if (v.IsArray()) return FromArray(v.Array());
+  if (v.IsMissing()) return py::cast(MissingArgument{});
+  switch (v.Type()) {
+    case VarType::kEmpty:
+    case VarType::kNull: return py::none();
+    case VarType::kObject: return v.RawObject() ? py::cast(PyDispatch{v.RawObject()}) : py::none();
+    case VarType::kBoolean: return py::bool_(CBool(v));
+    case VarType::kString: return py::str(v.RawString());
+    case VarType::kSingle:
+    case VarType::kDouble:
+    case VarType::kDate:
+    case VarType::kCurrency: return py::float_(CDbl(v));
+    default: return py::int_(v.RawInt());
+  }
+}
+
+// Calls member `id` of `object` with the Python arguments, returning the
+// result and what the member writes into its output arguments.
+py::object Call(const ObjectRef& object, DispId id, InvokeKind kind, const py::args& args) {
+  MemberInfo info = object->Describe(id);
+  std::vector<Variant> values;
+  for (const py::handle& a : args) values.push_back(ToVariant(a));
+  // Outputs the caller left out are passed as Missing slots to be written.
+  int last_out = -1;
+  for (int i = 0; i < 32; ++i) {
+    if (info.outs & (uint32_t{1} << i)) last_out = i;
+  }
+  while (static_cast<int>(values.size()) <= last_out) values.push_back(Variant::Missing());
+  Variant result = object->Invoke(id, kind, values);
+  if (info.outs == 0) return FromVariant(result);
+  std::vector<py::object> out;
+  if (!result.IsEmpty()) out.push_back(FromVariant(result));
+  for (int i = 0; i <= last_out; ++i) {
+    if (info.outs & (uint32_t{1} << i)) out.push_back(FromVariant(values[static_cast<size_t>(i)]));
+  }
+  if (out.empty()) return py::none();
+  if (out.size() == 1) return out.front();
+  return py::tuple(py::cast(out));
+}
+
+DispId IdOf(const PyDispatch& self, const std::string& name) {
+  DispId id = self.object->GetIdOfName(name);
+  if (id == kDispIdUnknown) {
+    throw py::attribute_error("'" + std::string(self.object->TypeName()) + "' has no member '" + name + "'");
+  }
+  return id;
+}
+
+// A method bound to its object, or a property that takes arguments.
+struct BoundMember {
+  ObjectRef object;
+  DispId id;
+  bool method;
+};
+
+py::object GetAttribute(const PyDispatch& self, const std::string& name) {
+  DispId id = IdOf(self, name);
+  MemberInfo info = self.object->Describe(id);
+  if (!info.method && info.min_args == 0) {
+    return FromVariant(self.object->Invoke(id, InvokeKind::kPropertyGet, {}));
+  }
+  return py::cast(BoundMember{self.object, id, info.method});
+}
+
+void SetAttribute(const PyDispatch& self, const std::string& name, const py::object& value) {
+  DispId id = IdOf(self, name);
+  Variant v = ToVariant(value);
+  std::vector<Variant> args{v};
+  self.object->Invoke(id, v.IsObject() ? InvokeKind::kPropertyPutRef : InvokeKind::kPropertyPut, args);
+}
+
+py::object Application() {
+  auto app = host::Application::Create();
+  host::dxf::InstallDxfFileIo(*app);
+  // The library talks to this host, as an add-in linked to it would.
+  Variant link(ObjectRef(app->events()));
+  GlobalInstance<ZActiveXCOM>()->InitZActiveX(link);
+  return py::cast(PyDispatch{ObjectRef(app)});
+}
+
+}  // namespace
+}  // namespace tovik::python
+
+PYBIND11_MODULE(tovik, m) {
+  using namespace tovik;
+  using namespace tovik::python;
+  m.doc() = "Tovik AutoCAD: the automation library and its headless host, reached late-bound by member name.";
+
+  static py::exception<AutomationError> automation_error(m, "AutomationError");
+  py::register_exception_translator([](std::exception_ptr p) {
+    try {
+      if (p) std::rethrow_exception(p);
+    } catch (const AutomationError& e) {
+      // The HRESULT a COM client sees: the runtime's numbers inside
+      // 0x800A0000, the host's as they are.
+      int32_t number = e.Number();
+      uint32_t hresult = number > 0 && number < 0x10000 ? 0x800A0000u | static_cast<uint32_t>(number)
+                                                       : static_cast<uint32_t>(number);
+      py::object error = py::handle(automation_error.ptr())(e.Description());
+      error.attr("number") = number;
+      error.attr("description") = e.Description();
+      error.attr("source") = e.Source();
+      error.attr("hresult") = hresult;
+      PyErr_SetObject(automation_error.ptr(), error.ptr());
+    }
+  });
+
+  py::class_<MissingArgument>(m, "_MissingType").def("__repr__", [](const MissingArgument&) { return "tovik.Missing"; });
+  m.attr("Missing") = py::cast(MissingArgument{});
+
+  py::class_<TypedValue>(m, "VARIANT")
+      .def(py::init<int, py::object>(), py::arg("vt"), py::arg("value"))
+      .def_readonly("varianttype", &TypedValue::vt)
+      .def_readonly("value", &TypedValue::value);
+
+  py::class_<BoundMember>(m, "_Member")
+      .def("__call__", [](const BoundMember& b, const py::args& args) {
+        return Call(b.object, b.id, b.method ? InvokeKind::kMethod : InvokeKind::kPropertyGet, args);
+      });
+
+  py::class_<PyDispatch>(m, "CDispatch")
+      .def("__getattr__", &GetAttribute)
+      .def("__setattr__", &SetAttribute)
+      .def("__call__", [](const PyDispatch& self, const py::args& args) {
+        return Call(self.object, kDispIdValue, InvokeKind::kPropertyGet, args);
+      })
+      .def("__getitem__", [](const PyDispatch& self, const py::object& index) {
+        return Call(self.object, kDispIdValue, InvokeKind::kPropertyGet, py::make_tuple(index));
+      })
+      .def("__iter__", [](const PyDispatch& self) {
+        py::list items;
+        for (const Variant& v : self.object->Enumerate()) items.append(FromVariant(v));
+        return py::iter(items);
+      })
+      .def("__eq__", [](const PyDispatch& a, const py::object& b) {
+        return py::isinstance<PyDispatch>(b) && SameObject(a.object, b.cast<const PyDispatch&>().object);
+      })
+      .def("__hash__", [](const PyDispatch& self) { return std::hash<const void*>()(self.object.get()); })
+      .def("__dir__", [](const PyDispatch& self) { return self.object->MemberNames(); })
+      .def("__repr__", [](const PyDispatch& self) {
+        return "<tovik.CDispatch " + std::string(self.object->TypeName()) + ">";
+      })
+      .def_property_readonly("_typename", [](const PyDispatch& self) { return std::string(self.object->TypeName()); });
+
+  m.def("Application", &Application, "A new headless host with one drawing open; the library is linked to it.");
+  m.def(
+      "Dispatch",
+      [](const std::string& prog_id) { return py::cast(PyDispatch{CreateObject(prog_id)}); },
+      py::arg("prog_id"), "CreateObject: a new instance of \"Tovik_AutoCad_Pro.<Class>\".");
+  m.def("ResetLibrary", &ResetLibraryState, "Drops the library's shared state (host link, implicit instances).");
+}
