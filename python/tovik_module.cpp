@@ -20,12 +20,14 @@
 #include <string>
 #include <vector>
 
+#include "frame/autocad_enum.h"
 #include "frame/automation_error.h"
 #include "frame/conversions.h"
 #include "frame/dispatch.h"
 #include "frame/library_state.h"
 #include "frame/zactivex_com.h"
 #include "host/core/application.h"
+#include "host/core/host_events.h"
 #include "host/dxf/dxf_file.h"
 #include "type_library.h"
 
@@ -190,6 +192,47 @@ void SetAttribute(const PyDispatch& self, const std::string& name, const py::obj
   self.object->Invoke(id, v.IsObject() ? InvokeKind::kPropertyPutRef : InvokeKind::kPropertyPut, args);
 }
 
+// Delivers the events of one object to a Python handler: event "Name"
+// calls the handler's method "OnName" when it has one, with the event's
+// arguments.
+class PyEventSink : public EventSink {
+ public:
+  explicit PyEventSink(py::object handler) : handler_(std::move(handler)) {}
+  void OnEvent(std::string_view event, std::span<Variant> args) override {
+    py::gil_scoped_acquire gil;
+    std::string name = "On" + std::string(event);
+    if (!py::hasattr(handler_, name.c_str())) return;
+    py::list values;
+    for (const Variant& v : args) values.append(FromVariant(v));
+    handler_.attr(name.c_str())(*values);
+  }
+
+ private:
+  py::object handler_;
+};
+
+// A new instance of handler_class receiving object's events as long as it
+// lives (win32com's DispatchWithEvents keeps them apart the same way).
+py::object WithEvents(const PyDispatch& object, const py::object& handler_class) {
+  EventSource* events = object.object->Events();
+  // The host application raises its events through its host-event object.
+  if (auto app = std::dynamic_pointer_cast<host::Application>(object.object); app && !events) {
+    events = app->events()->Events();
+  }
+  if (events == nullptr) throw py::type_error(std::string(object.object->TypeName()) + " raises no events");
+  py::object handler = handler_class();
+  auto sink = std::make_shared<PyEventSink>(handler);
+  int cookie = events->Connect(sink);
+  // The handler owns the sink; the connection ends with the handler.
+  ObjectRef source = object.object;
+  handler.attr("_tovik_connection") = py::capsule(new std::pair<std::shared_ptr<PyEventSink>, ObjectRef>(sink, source),
+                                                  [](void* p) {
+                                                    delete static_cast<std::pair<std::shared_ptr<PyEventSink>, ObjectRef>*>(p);
+                                                  });
+  (void)cookie;
+  return handler;
+}
+
 py::object Application() {
   auto app = host::Application::Create();
   host::dxf::InstallDxfFileIo(*app);
@@ -269,4 +312,13 @@ PYBIND11_MODULE(tovik, m) {
       [](const std::string& prog_id) { return py::cast(PyDispatch{CreateObject(prog_id)}); },
       py::arg("prog_id"), "CreateObject: a new instance of \"Tovik_AutoCad_Pro.<Class>\".");
   m.def("ResetLibrary", &ResetLibraryState, "Drops the library's shared state (host link, implicit instances).");
+  m.def("WithEvents", &WithEvents, py::arg("object"), py::arg("handler_class"),
+        "A new handler_class instance whose OnName methods receive object's events while it lives.");
+  // The host's enumerations the library publishes, as win32com's constants.
+  py::dict constants;
+  for (const EnumInfo& e : PublishedEnumerations()) {
+    for (const EnumMember& member : e.members) constants[py::str(std::string(member.name))] = member.value;
+  }
+  py::object namespace_type = py::module_::import("types").attr("SimpleNamespace");
+  m.attr("constants") = namespace_type(**constants);
 }

@@ -76,3 +76,18 @@ def test_a_drawing_is_added_edited_saved_and_reopened(app, tmp_path):
     assert again.Layers.Item("WALLS").Color == 3
     assert again.ModelSpace(0).Coordinates == (0.0, 0.0, 4.0, 0.0, 4.0, 3.0)
     assert os.path.getsize(path) > 0
+
+
+def test_constants_and_events(app):
+    assert tovik.constants.acSelectionSetAll == 5 and tovik.constants.acModelSpace == 1
+
+    class Handler:
+        def __init__(self):
+            self.seen = []
+
+        def OnThisDrawingActivate(self, *args):
+            self.seen.append("activate")
+
+    handler = tovik.WithEvents(app, Handler)
+    app.Documents.Add()
+    assert handler.seen == ["activate"]
