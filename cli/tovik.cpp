@@ -14,6 +14,9 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <vector>
+
+#include <unistd.h>
 
 #include "dxf/tag_model.h"
 #include "frame/automation_error.h"
@@ -34,7 +37,9 @@ constexpr const char* kUsage =
     "       tovik info FILE.dxf\n"
     "       tovik convert IN.dxf OUT.dxf\n"
     "       tovik preview FILE.dxf -o OUT.png|OUT.svg [--size WxH] [--layout NAME]\n"
-    "                     [--window X1,Y1,X2,Y2] [--background black|white]\n";
+    "                     [--window X1,Y1,X2,Y2] [--background black|white]\n"
+    "       tovik run SCRIPT.py [DRAWING|FOLDER ...] [-o OUTDIR] [--jobs N] [--log LOG]\n"
+    "                 [--resume LOG]   (the script defines run(doc, args))\n";
 
 int PrintVersion() {
   std::printf("tovik %.*s (type library %.*s)\n",
@@ -127,6 +132,25 @@ int Convert(const char* in, const char* out) {
   return 0;
 }
 
+// `tovik run ...`: the Python batch runner (python/tovik_run.py) with the
+// same arguments, the module's folder put first on Python's path.
+int Run(int argc, char** argv) {
+  std::string path = TOVIK_PYTHON_DIR;
+  const char* old = std::getenv("PYTHONPATH");
+  if (old && *old) path += std::string(":") + old;
+  setenv("PYTHONPATH", path.c_str(), 1);
+  std::vector<char*> args;
+  std::string python = "/usr/bin/python3", flag = "-m", module = "tovik_run";
+  args.push_back(python.data());
+  args.push_back(flag.data());
+  args.push_back(module.data());
+  for (int i = 2; i < argc; ++i) args.push_back(argv[i]);
+  args.push_back(nullptr);
+  execv(python.c_str(), args.data());
+  std::perror("tovik run: /usr/bin/python3");
+  return 127;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -140,6 +164,7 @@ int main(int argc, char** argv) {
   if (command == "info" && argc == 3) return Info(argv[2]);
   if (command == "convert" && argc == 4) return Convert(argv[2], argv[3]);
   if (command == "preview") return tovik::cli::Preview(argc - 2, argv + 2);
+  if (command == "run") return Run(argc, argv);
   if (command == "--help" || command == "help") {
     std::fputs(kUsage, stdout);
     return 0;

@@ -1,0 +1,68 @@
+"""tovik run over a batch: damaged drawings and a crashing script stop only
+their own drawing; the log lets a second run skip what was done."""
+import json
+import os
+import subprocess
+import sys
+
+import tovik
+
+TOVIK = os.path.join(os.getcwd(), "cli", "tovik")
+SOURCE = os.environ.get("TOVIK_SOURCE_DIR", "")
+
+SCRIPT = '''
+import os
+def run(doc, args):
+    if os.path.basename(args.drawing) == "crash-7.dxf":
+        os.abort()
+    doc.Layers.Add("ADDED")
+    doc.ModelSpace.AddLine((0, 0, 0), (1, 1, 0)).Layer = "ADDED"
+'''
+
+
+def make_batch(folder, n):
+    app = tovik.Application()
+    doc = app.ActiveDocument
+    doc.ModelSpace.AddCircle((0, 0, 0), 1.0)
+    good = os.path.join(folder, "seed.dxf")
+    doc.SaveAs(good)
+    text = open(good).read()
+    os.remove(good)
+    for i in range(n):
+        name = "crash-7.dxf" if i == 7 else "drawing-%03d.dxf" % i
+        with open(os.path.join(folder, name), "w") as f:
+            # Three damaged drawings: cut short in the middle.
+            f.write(text[: len(text) // 3] if i in (3, 50, 150) else text)
+
+
+def test_a_batch_finishes_past_damage_and_crashes_and_resumes(tmp_path):
+    batch, out = tmp_path / "batch", tmp_path / "out"
+    batch.mkdir()
+    make_batch(str(batch), 200)
+    script = tmp_path / "script.py"
+    script.write_text(SCRIPT)
+    log = str(tmp_path / "run.log")
+    first = subprocess.run([TOVIK, "run", str(script), str(batch), "-o", str(out), "--jobs", "2", "--log", log],
+                           capture_output=True, text=True)
+    assert first.returncode == 1, first.stderr
+    records = [json.loads(line) for line in open(log)]
+    failed = sorted(os.path.basename(r["file"]) for r in records if r["result"] != "ok")
+    assert failed == ["crash-7.dxf", "drawing-003.dxf", "drawing-050.dxf", "drawing-150.dxf"]
+    assert len(records) == 200
+    assert len(os.listdir(out)) == 196
+    assert "196 done, 4 failed" in first.stdout
+    again = subprocess.run([TOVIK, "run", str(script), str(batch), "-o", str(out), "--resume", log],
+                           capture_output=True, text=True)
+    assert "0 done, 4 failed, 196 skipped" in again.stdout
+
+
+def test_the_example_counts_by_layer(tmp_path):
+    app = tovik.Application()
+    doc = app.ActiveDocument
+    doc.ModelSpace.AddLine((0, 0, 0), (1, 0, 0)).Layer = "0"
+    doc.SaveAs(str(tmp_path / "one.dxf"))
+    done = subprocess.run([TOVIK, "run", os.path.join(SOURCE, "examples", "count_by_layer.py"),
+                           str(tmp_path / "one.dxf"), "--jobs", "1", "--log", str(tmp_path / "log")],
+                          capture_output=True, text=True)
+    assert done.returncode == 0, done.stderr
+    assert open(tmp_path / "COUNT-one.csv").read().splitlines() == ["layer,block,count", "0,,1"]
