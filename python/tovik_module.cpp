@@ -66,27 +66,40 @@ Variant TypedToVariant(const TypedValue& typed) {
   }
 }
 
+// The module's own Python types, looked up once: pybind11's isinstance
+// hashes the C++ type name at every call, too slow for every argument.
+struct ModuleTypes {
+  PyTypeObject* missing = nullptr;
+  PyTypeObject* dispatch = nullptr;
+  PyTypeObject* typed = nullptr;
+};
+ModuleTypes& Types() {
+  static ModuleTypes types;
+  return types;
+}
+
 Variant ToVariant(const py::handle& value) {
-  if (value.is_none()) return Variant();
-  if (py::isinstance<MissingArgument>(value)) return Variant::Missing();
-  if (py::isinstance<PyDispatch>(value)) return Variant(value.cast<const PyDispatch&>().object);
-  if (py::isinstance<TypedValue>(value)) return TypedToVariant(value.cast<const TypedValue&>());
-  if (py::isinstance<py::bool_>(value)) return Variant(value.cast<bool>());
-  if (py::isinstance<py::int_>(value)) {
+  PyObject* o = value.ptr();
+  if (o == Py_None) return Variant();
+  if (PyBool_Check(o)) return Variant(o == Py_True);
+  if (PyFloat_Check(o)) return Variant(PyFloat_AS_DOUBLE(o));
+  if (PyUnicode_Check(o)) return Variant(value.cast<std::string>());
+  PyTypeObject* type = Py_TYPE(o);
+  if (type == Types().dispatch) return Variant(value.cast<const PyDispatch&>().object);
+  if (type == Types().missing) return Variant::Missing();
+  if (type == Types().typed) return TypedToVariant(value.cast<const TypedValue&>());
+  if (PyLong_Check(o)) {
     long long n = value.cast<long long>();
     if (n >= INT32_MIN && n <= INT32_MAX) return Variant(static_cast<int32_t>(n));
     return Variant(static_cast<int64_t>(n));
   }
-  if (py::isinstance<py::float_>(value)) return Variant(value.cast<double>());
-  if (py::isinstance<py::str>(value)) return Variant(value.cast<std::string>());
-  if (py::isinstance<py::tuple>(value) || py::isinstance<py::list>(value)) {
+  if (PyTuple_Check(o) || PyList_Check(o)) {
     // A sequence of numbers only is a Double array (points, coordinate
     // lists); anything else a Variant array. Both from index 0.
     py::sequence seq = value.cast<py::sequence>();
     bool numbers = seq.size() > 0;
     for (const py::handle& item : seq) {
-      numbers = numbers && (py::isinstance<py::float_>(item) ||
-                            (py::isinstance<py::int_>(item) && !py::isinstance<py::bool_>(item)));
+      numbers = numbers && (PyFloat_Check(item.ptr()) || (PyLong_Check(item.ptr()) && !PyBool_Check(item.ptr())));
     }
     if (numbers) {
       std::vector<double> values;
@@ -269,21 +282,32 @@ PYBIND11_MODULE(tovik, m) {
     }
   });
 
-  py::class_<MissingArgument>(m, "_MissingType").def("__repr__", [](const MissingArgument&) { return "tovik.Missing"; });
+  auto missing_type = py::class_<MissingArgument>(m, "_MissingType");
+  missing_type.def("__repr__", [](const MissingArgument&) { return "tovik.Missing"; });
+  Types().missing = reinterpret_cast<PyTypeObject*>(missing_type.ptr());
   m.attr("Missing") = py::cast(MissingArgument{});
 
-  py::class_<TypedValue>(m, "VARIANT")
-      .def(py::init<int, py::object>(), py::arg("vt"), py::arg("value"))
+  auto typed_type = py::class_<TypedValue>(m, "VARIANT");
+  typed_type.def(py::init<int, py::object>(), py::arg("vt"), py::arg("value"))
       .def_readonly("varianttype", &TypedValue::vt)
       .def_readonly("value", &TypedValue::value);
+  Types().typed = reinterpret_cast<PyTypeObject*>(typed_type.ptr());
 
   py::class_<BoundMember>(m, "_Member")
       .def("__call__", [](const BoundMember& b, const py::args& args) {
         return Call(b.object, b.id, b.method ? InvokeKind::kMethod : InvokeKind::kPropertyGet, args);
       });
 
-  py::class_<PyDispatch>(m, "CDispatch")
-      .def("__getattr__", &GetAttribute)
+  auto dispatch_type = py::class_<PyDispatch>(m, "CDispatch");
+  Types().dispatch = reinterpret_cast<PyTypeObject*>(dispatch_type.ptr());
+  // Members are looked up first, before Python's own attribute search
+  // (which would build an AttributeError for every member read); names
+  // starting with "_" are Python's.
+  static py::object object_getattribute = py::module_::import("builtins").attr("object").attr("__getattribute__");
+  dispatch_type.def("__getattribute__", [](const py::object& self, const std::string& name) -> py::object {
+        if (!name.empty() && name[0] == '_') return object_getattribute(self, name);
+        return GetAttribute(self.cast<const PyDispatch&>(), name);
+      })
       .def("__setattr__", &SetAttribute)
       .def("__call__", [](const PyDispatch& self, const py::args& args) {
         return Call(self.object, kDispIdValue, InvokeKind::kPropertyGet, args);

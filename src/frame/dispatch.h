@@ -45,7 +45,7 @@ class EventSource;
 // with type information would: its name, whether it is a method, how many
 // arguments it takes, and which of them are by-reference outputs.
 struct MemberInfo {
-  std::string name;  // "" for an unknown member
+  std::string_view name;  // "" for an unknown member (names live in the member tables)
   bool method = false;
   int min_args = 0;
   int max_args = 0;

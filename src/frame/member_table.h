@@ -201,7 +201,7 @@ class MemberTable : public MemberIndex {
 template <class T>
 MemberInfo DescribeMember(const MemberTable<T>& table, DispId id) {
   auto [min_args, max_args] = table.ArgumentCounts(id);
-  return {std::string(table.NameOf(id)), table.IsMethod(id), min_args, max_args, table.OutMask(id)};
+  return {table.NameOf(id), table.IsMethod(id), min_args, max_args, table.OutMask(id)};
 }
 template <class T>
 void AppendMemberNames(const MemberTable<T>& table, std::vector<std::string>& names) {
