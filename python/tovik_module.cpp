@@ -167,7 +167,11 @@ py::object Call(const ObjectRef& object, DispId id, InvokeKind kind, const py::a
   std::vector<py::object> out;
   if (!result.IsEmpty()) out.push_back(FromVariant(result));
   for (int i = 0; i <= last_out; ++i) {
-    if (info.outs & (uint32_t{1} << i)) out.push_back(FromVariant(values[static_cast<size_t>(i)]));
+    // An output the member left unwritten comes back as None.
+    if (info.outs & (uint32_t{1} << i)) {
+      const Variant& v = values[static_cast<size_t>(i)];
+      out.push_back(v.IsMissing() ? py::none() : FromVariant(v));
+    }
   }
   if (out.empty()) return py::none();
   if (out.size() == 1) return out.front();

@@ -66,3 +66,27 @@ def test_the_example_counts_by_layer(tmp_path):
                           capture_output=True, text=True)
     assert done.returncode == 0, done.stderr
     assert open(tmp_path / "COUNT-one.csv").read().splitlines() == ["layer,block,count", "0,,1"]
+
+
+def test_the_examples_export_xdata_and_turn_references(tmp_path):
+    app = tovik.Application()
+    doc = app.ActiveDocument
+    doc.RegisteredApplications.Add("APP")
+    line = doc.ModelSpace.AddLine((0, 0, 0), (1, 0, 0))
+    line.SetXData((1001, 1000), ("APP", "note"))
+    block = doc.Blocks.Add((0, 0, 0), "DOOR")
+    block.AddLine((0, 0, 0), (1, 0, 0))
+    doc.ModelSpace.InsertBlock((5, 5, 0), "DOOR", 1.0, 1.0, 1.0, 0.0)
+    doc.SaveAs(str(tmp_path / "two.dxf"))
+    out = tmp_path / "out"
+    for example in ("xdata_to_csv.py", "turn_block_refs.py"):
+        done = subprocess.run([TOVIK, "run", os.path.join(SOURCE, "examples", example), str(tmp_path / "two.dxf"),
+                               "-o", str(out), "--jobs", "1", "--log", str(tmp_path / "log")],
+                              capture_output=True, text=True)
+        assert done.returncode == 0, done.stderr
+    rows = open(out / "XDATA-two.csv").read().splitlines()
+    assert rows[1:] == [line.Handle + ",AcDbLine,1001,APP", line.Handle + ",AcDbLine,1000,note"]
+    turned = app.Documents.Open(str(out / "two.dxf"))
+    ref = [e for e in turned.ModelSpace if e.ObjectName == "AcDbBlockReference"][0]
+    assert ref.InsertionPoint == (15.0, 5.0, 0.0)
+    assert abs(ref.Rotation - 1.5707963267948966) < 1e-12
