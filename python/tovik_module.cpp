@@ -212,20 +212,22 @@ void SetAttribute(const PyDispatch& self, const std::string& name, const py::obj
 // Delivers the events of one object to a Python handler: event "Name"
 // calls the handler's method "OnName" when it has one, with the event's
 // arguments.
+// The handler is held weakly: it owns the sink (below), not the other way.
 class PyEventSink : public EventSink {
  public:
-  explicit PyEventSink(py::object handler) : handler_(std::move(handler)) {}
+  explicit PyEventSink(const py::object& handler) : handler_(handler) {}
   void OnEvent(std::string_view event, std::span<Variant> args) override {
     py::gil_scoped_acquire gil;
+    py::object handler = handler_();
     std::string name = "On" + std::string(event);
-    if (!py::hasattr(handler_, name.c_str())) return;
+    if (handler.is_none() || !py::hasattr(handler, name.c_str())) return;
     py::list values;
     for (const Variant& v : args) values.append(FromVariant(v));
-    handler_.attr(name.c_str())(*values);
+    handler.attr(name.c_str())(*values);
   }
 
  private:
-  py::object handler_;
+  py::weakref handler_;
 };
 
 // A new instance of handler_class receiving object's events as long as it
@@ -239,14 +241,14 @@ py::object WithEvents(const PyDispatch& object, const py::object& handler_class)
   if (events == nullptr) throw py::type_error(std::string(object.object->TypeName()) + " raises no events");
   py::object handler = handler_class();
   auto sink = std::make_shared<PyEventSink>(handler);
-  int cookie = events->Connect(sink);
+  // The source holds the sink weakly: the connection ends with the sink.
+  events->Connect(sink);
   // The handler owns the sink; the connection ends with the handler.
   ObjectRef source = object.object;
   handler.attr("_tovik_connection") = py::capsule(new std::pair<std::shared_ptr<PyEventSink>, ObjectRef>(sink, source),
                                                   [](void* p) {
                                                     delete static_cast<std::pair<std::shared_ptr<PyEventSink>, ObjectRef>*>(p);
                                                   });
-  (void)cookie;
   return handler;
 }
 
