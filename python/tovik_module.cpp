@@ -17,6 +17,7 @@
 #include <pybind11/pybind11.h>
 #include <pybind11/stl.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -252,6 +253,112 @@ py::object WithEvents(const PyDispatch& object, const py::object& handler_class)
   return handler;
 }
 
+// The member list of an object, one line per member (tovik.help).
+std::string MemberListing(const Dispatch& object) {
+  std::string out = std::string(object.TypeName()) + "\n";
+  for (const std::string& name : object.MemberNames()) {
+    MemberInfo info = object.Describe(object.GetIdOfName(name));
+    out += "  " + name + (info.method ? "(" : (info.max_args > 0 ? "[" : ""));
+    if (info.method || info.max_args > 0) {
+      out += std::to_string(info.min_args);
+      if (info.max_args != info.min_args) out += ".." + std::to_string(info.max_args);
+      out += info.method ? " arguments)" : " arguments]";
+    }
+    if (info.outs != 0) {
+      out += "  outputs:";
+      for (int i = 0; i < 32; ++i) {
+        if (info.outs & (uint32_t{1} << i)) out += " " + std::to_string(i + 1);
+      }
+    }
+    out += info.method ? "" : "  property";
+    out += "\n";
+  }
+  return out;
+}
+
+// A class of the type stubs: every member of `object`, a property as an
+// attribute, a method as a function.
+void StubClass(std::string& out, const Dispatch& object, std::vector<std::string>& done) {
+  std::string name(object.TypeName());
+  if (std::find(done.begin(), done.end(), name) != done.end()) return;
+  done.push_back(name);
+  out += "\nclass " + name + "(CDispatch):\n";
+  std::vector<std::string> seen;
+  for (const std::string& member : object.MemberNames()) {
+    if (std::find(seen.begin(), seen.end(), member) != seen.end()) continue;
+    seen.push_back(member);
+    MemberInfo info = object.Describe(object.GetIdOfName(member));
+    if (info.method || info.min_args > 0) {
+      out += "    def " + member + "(self, *args: Any) -> Any: ...\n";
+    } else {
+      out += "    " + member + ": Any\n";
+    }
+  }
+  if (seen.empty()) out += "    ...\n";
+}
+
+// The text of tovik.pyi: the module's functions, the library's classes by
+// ProgID and the host's kinds met in a drawing holding one of each.
+std::string StubText() {
+  std::string out =
+      "# Generated from the member tables by tovik._stubs(): members complete in\n"
+      "# editors; every value is Any, as a late-bound client sees it.\n"
+      "from typing import Any, Iterator, Literal, overload\n\n"
+      "class AutomationError(Exception):\n    number: int\n    description: str\n    source: str\n    hresult: int\n\n"
+      "class VARIANT:\n    varianttype: int\n    value: Any\n    def __init__(self, vt: int, value: Any) -> None: ...\n\n"
+      "class _MissingType: ...\nMissing: _MissingType\n\n"
+      "class CDispatch:\n    def __getattr__(self, name: str) -> Any: ...\n    def __setattr__(self, name: str, value: Any) -> None: ...\n"
+      "    def __call__(self, *args: Any) -> Any: ...\n    def __getitem__(self, index: Any) -> Any: ...\n"
+      "    def __iter__(self) -> Iterator[Any]: ...\n\n"
+      "def Application() -> IAcadApplication: ...\n"
+      "def ResetLibrary() -> None: ...\n"
+      "def WithEvents(object: CDispatch, handler_class: Any) -> Any: ...\n"
+      "def help(object: CDispatch) -> None: ...\n"
+      "def _stubs() -> str: ...\n";
+  std::vector<std::string> done;
+  std::string overloads;
+  for (const ClassInfo& info : Classes()) {
+    if (!info.make) continue;
+    ObjectRef object = info.make();
+    StubClass(out, *object, done);
+    overloads += "@overload\ndef Dispatch(prog_id: Literal[\"Tovik_AutoCad_Pro." + std::string(info.name) + "\"]) -> " +
+                 std::string(object->TypeName()) + ": ...\n";
+  }
+  out += "\n" + overloads + "@overload\ndef Dispatch(prog_id: str) -> CDispatch: ...\n";
+  // The host's kinds, from a drawing holding one of each common entity.
+  auto app = host::Application::Create();
+  ObjectRef doc = app->ActiveDocumentRef();
+  ObjectRef ms = GetProperty(doc, "ModelSpace").Object();
+  auto point = [](double x) { return Variant(SafeArray::OfDoubles({x, 0, 0})); };
+  CallMethod(GetProperty(doc, "Blocks").Object(), "Add", {point(0), Variant("B")});
+  std::vector<ObjectRef> objects = {ObjectRef(app), doc, ms, GetProperty(doc, "PaperSpace").Object(),
+                                    GetProperty(doc, "Utility").Object()};
+  for (const char* collection : {"Layers", "Blocks", "Groups", "Dictionaries", "Layouts", "SelectionSets",
+                                 "TextStyles", "Linetypes", "Documents"}) {
+    ObjectRef owner = std::string(collection) == "Documents" ? ObjectRef(app) : doc;
+    ObjectRef c = GetProperty(owner, collection).Object();
+    objects.push_back(c);
+    if (CLng(GetProperty(c, "Count")) > 0) objects.push_back(CallMethod(c, "Item", {Variant(int32_t{0})}).Object());
+  }
+  objects.push_back(CallMethod(GetProperty(doc, "Blocks").Object(), "Item", {Variant("B")}).Object());
+  objects.push_back(CallMethod(GetProperty(doc, "Groups").Object(), "Add", {Variant("G")}).Object());
+  objects.push_back(CallMethod(GetProperty(doc, "Dictionaries").Object(), "Add", {Variant("D")}).Object());
+  objects.push_back(CallMethod(ms, "AddLine", {point(0), point(1)}).Object());
+  objects.push_back(CallMethod(ms, "AddCircle", {point(0), Variant(1.0)}).Object());
+  objects.push_back(CallMethod(ms, "AddArc", {point(0), Variant(1.0), Variant(0.0), Variant(1.0)}).Object());
+  objects.push_back(CallMethod(ms, "AddText", {Variant("t"), point(0), Variant(1.0)}).Object());
+  objects.push_back(CallMethod(ms, "AddMText", {point(0), Variant(5.0), Variant("m")}).Object());
+  objects.push_back(CallMethod(ms, "AddPoint", {point(0)}).Object());
+  objects.push_back(CallMethod(ms, "AddLightWeightPolyline", {Variant(SafeArray::OfDoubles({0, 0, 1, 0}))}).Object());
+  objects.push_back(CallMethod(ms, "InsertBlock", {point(0), Variant("B"), Variant(1.0), Variant(1.0), Variant(1.0),
+                                                   Variant(0.0)})
+                        .Object());
+  objects.push_back(CallMethod(ms, "AddHatch", {Variant(int32_t{1}), Variant("SOLID"), Variant(false)}).Object());
+  objects.push_back(GetProperty(objects.back(), "TrueColor").Object());
+  for (const ObjectRef& object : objects) StubClass(out, *object, done);
+  return out;
+}
+
 py::object Application() {
   auto app = host::Application::Create();
   host::dxf::InstallDxfFileIo(*app);
@@ -342,6 +449,10 @@ PYBIND11_MODULE(tovik, m) {
       [](const std::string& prog_id) { return py::cast(PyDispatch{CreateObject(prog_id)}); },
       py::arg("prog_id"), "CreateObject: a new instance of \"Tovik_AutoCad_Pro.<Class>\".");
   m.def("ResetLibrary", &ResetLibraryState, "Drops the library's shared state (host link, implicit instances).");
+  m.def(
+      "help", [](const PyDispatch& object) { py::print(MemberListing(*object.object), py::arg("end") = ""); },
+      py::arg("object"), "Prints the object's members: methods with their argument counts and outputs, properties.");
+  m.def("_stubs", &StubText, "The text of tovik.pyi, generated from the member tables.");
   m.def("WithEvents", &WithEvents, py::arg("object"), py::arg("handler_class"),
         "A new handler_class instance whose OnName methods receive object's events while it lives.");
   // The host's enumerations the library publishes, as win32com's constants.

@@ -91,3 +91,17 @@ def test_constants_and_events(app):
     handler = tovik.WithEvents(app, Handler)
     app.Documents.Add()
     assert handler.seen == ["activate"]
+
+
+def test_stubs_and_help_come_from_the_member_tables(capsys):
+    import ast
+    stubs = tovik._stubs()
+    tree = ast.parse(stubs)  # a valid stub file
+    classes = {node.name: node for node in tree.body if isinstance(node, ast.ClassDef)}
+    members = lambda c: {getattr(n, "name", None) or getattr(getattr(n, "target", None), "id", None)
+                         for n in classes[c].body}
+    assert {"Add", "Count", "Sort2D"} & members("DynamicSS") == {"Add", "Count"}
+    assert {"StartPoint", "GetBoundingBox"} <= members("IAcadLine")
+    assert 'def Dispatch(prog_id: Literal["Tovik_AutoCad_Pro.DynamicSS"]) -> DynamicSS' in stubs
+    tovik.help(tovik.Dispatch("Tovik_AutoCad_Pro.DynamicSS").Dimensions)
+    assert "GetBoundingBox(0..8 arguments)  outputs: 1 2 4 5 6" in capsys.readouterr().out
