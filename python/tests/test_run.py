@@ -90,3 +90,27 @@ def test_the_examples_export_xdata_and_turn_references(tmp_path):
     ref = [e for e in turned.ModelSpace if e.ObjectName == "AcDbBlockReference"][0]
     assert ref.InsertionPoint == (15.0, 5.0, 0.0)
     assert abs(ref.Rotation - 1.5707963267948966) < 1e-12
+
+
+def test_slices_on_separate_workers_merge_into_one_log(tmp_path):
+    """A batch past one machine, simulated: the drawings cut into slices, each
+    slice a tovik run of its own (as on separate nodes), the logs merged, and
+    a resume over the merged log left with nothing to do."""
+    batch = tmp_path / "batch"
+    batch.mkdir()
+    make_batch(str(batch), 30)
+    script = tmp_path / "script.py"
+    script.write_text("def run(doc, args):\n    doc.ModelSpace.Count\n")
+    drawings = sorted(str(p) for p in batch.iterdir() if p.name != "crash-7.dxf")
+    slices = [drawings[i::3] for i in range(3)]
+    workers = [subprocess.Popen([TOVIK, "run", str(script), *part, "--jobs", "1",
+                                 "--log", str(tmp_path / ("slice%d.log" % k))],
+                                stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+               for k, part in enumerate(slices)]
+    assert sorted(w.wait() for w in workers) == [0, 0, 1]  # one slice holds the damaged drawing
+    merged = tmp_path / "merged.log"
+    merged.write_text("".join((tmp_path / ("slice%d.log" % k)).read_text() for k in range(3)))
+    assert len(merged.read_text().splitlines()) == 29
+    again = subprocess.run([TOVIK, "run", str(script), *drawings, "--resume", str(merged)],
+                           capture_output=True, text=True)
+    assert "0 done, 1 failed, 28 skipped" in again.stdout
