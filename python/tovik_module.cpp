@@ -39,6 +39,8 @@ namespace {
 
 // An omitted argument in the middle of a call (tovik.Missing).
 struct MissingArgument {};
+// An object reference to nothing (tovik.Nothing); None passes Empty.
+struct NothingReference {};
 
 // A value of an exact automation type: tovik.VARIANT(vt, value).
 struct TypedValue {
@@ -73,6 +75,7 @@ struct ModuleTypes {
   PyTypeObject* missing = nullptr;
   PyTypeObject* dispatch = nullptr;
   PyTypeObject* typed = nullptr;
+  PyTypeObject* nothing = nullptr;
 };
 ModuleTypes& Types() {
   static ModuleTypes types;
@@ -88,6 +91,7 @@ Variant ToVariant(const py::handle& value) {
   PyTypeObject* type = Py_TYPE(o);
   if (type == Types().dispatch) return Variant(value.cast<const PyDispatch&>().object);
   if (type == Types().missing) return Variant::Missing();
+  if (type == Types().nothing) return Variant::Nothing();
   if (type == Types().typed) return TypedToVariant(value.cast<const TypedValue&>());
   if (PyLong_Check(o)) {
     long long n = value.cast<long long>();
@@ -306,7 +310,8 @@ std::string StubText() {
       "from typing import Any, Iterator, Literal, overload\n\n"
       "class AutomationError(Exception):\n    number: int\n    description: str\n    source: str\n    hresult: int\n\n"
       "class VARIANT:\n    varianttype: int\n    value: Any\n    def __init__(self, vt: int, value: Any) -> None: ...\n\n"
-      "class _MissingType: ...\nMissing: _MissingType\n\n"
+      "class _MissingType: ...\nMissing: _MissingType\n"
+      "class _NothingType: ...\nNothing: _NothingType\n\n"
       "class CDispatch:\n    def __getattr__(self, name: str) -> Any: ...\n    def __setattr__(self, name: str, value: Any) -> None: ...\n"
       "    def __call__(self, *args: Any) -> Any: ...\n    def __getitem__(self, index: Any) -> Any: ...\n"
       "    def __iter__(self) -> Iterator[Any]: ...\n\n"
@@ -399,6 +404,10 @@ PYBIND11_MODULE(tovik, m) {
   missing_type.def("__repr__", [](const MissingArgument&) { return "tovik.Missing"; });
   Types().missing = reinterpret_cast<PyTypeObject*>(missing_type.ptr());
   m.attr("Missing") = py::cast(MissingArgument{});
+  auto nothing_type = py::class_<NothingReference>(m, "_NothingType");
+  nothing_type.def("__repr__", [](const NothingReference&) { return "tovik.Nothing"; });
+  Types().nothing = reinterpret_cast<PyTypeObject*>(nothing_type.ptr());
+  m.attr("Nothing") = py::cast(NothingReference{});
 
   auto typed_type = py::class_<TypedValue>(m, "VARIANT");
   typed_type.def(py::init<int, py::object>(), py::arg("vt"), py::arg("value"))

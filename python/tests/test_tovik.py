@@ -64,6 +64,10 @@ def test_a_library_class_works_on_the_drawing(app):
     assert b.Center == (6.0, 1.0, 0.0)
     space = tovik.Dispatch("Tovik_AutoCad_Pro.AcadSpace")
     assert space.ObjectID(a) == a.ObjectID
+    # An omitted drawing (Missing) means the current one and is not written back.
+    assert space.ObjectIDToObject(a.ObjectID, tovik.Missing) == (a, None)
+    found, drawing = space.ObjectIDToObject(a.ObjectID, tovik.Nothing)
+    assert found == a and drawing == app.ActiveDocument
 
 
 def test_a_drawing_is_added_edited_saved_and_reopened(app, tmp_path):
