@@ -114,3 +114,23 @@ def test_slices_on_separate_workers_merge_into_one_log(tmp_path):
     again = subprocess.run([TOVIK, "run", str(script), *drawings, "--resume", str(merged)],
                            capture_output=True, text=True)
     assert "0 done, 1 failed, 28 skipped" in again.stdout
+
+
+def test_references_are_numbered_in_reading_order(tmp_path):
+    app = tovik.Application()
+    doc = app.ActiveDocument
+    block = doc.Blocks.Add((0, 0, 0), "ROOM")
+    block.AddCircle((0, 0, 0), 1.0)
+    block.AddAttribute(0.5, 0, "Number?", (0, -1, 0), "NUMBER", "0")
+    # Two rows, created out of order.
+    for x, y in ((20, 0), (0, 10), (10, 0), (20, 10), (0, 0)):
+        doc.ModelSpace.InsertBlock((x, y, 0), "ROOM", 1.0, 1.0, 1.0, 0.0)
+    doc.SaveAs(str(tmp_path / "rooms.dxf"))
+    done = subprocess.run([TOVIK, "run", os.path.join(SOURCE, "examples", "renumber_in_reading_order.py"),
+                           str(tmp_path / "rooms.dxf"), "-o", str(tmp_path / "out"), "--jobs", "1"],
+                          capture_output=True, text=True, env=dict(os.environ, TOVIK_BLOCK="ROOM"))
+    assert done.returncode == 0, done.stderr
+    numbered = app.Documents.Open(str(tmp_path / "out" / "rooms.dxf"))
+    by_place = {tuple(e.InsertionPoint[:2]): e.GetAttributes()[0].TextString
+                for e in numbered.ModelSpace if e.ObjectName == "AcDbBlockReference"}
+    assert by_place == {(0.0, 10.0): "1", (20.0, 10.0): "2", (0.0, 0.0): "3", (10.0, 0.0): "4", (20.0, 0.0): "5"}
