@@ -131,6 +131,14 @@ SafeArray SafeArray::OfDoubles(const std::vector<double>& values) {
   return array;
 }
 
+SafeArray SafeArray::OfObjects(const std::vector<ObjectRef>& objects) {
+  SafeArray array(VarType::kObject, 0, 0);
+  array.bounds_[0].count = static_cast<int32_t>(objects.size());
+  array.items_.reserve(objects.size());
+  for (const ObjectRef& o : objects) array.items_.emplace_back(o);
+  return array;
+}
+
 SafeArray::~SafeArray() {
   // Move every array that only this tree holds onto a work list before it
   // is destroyed, so each destructor below finds no nested array left.

@@ -169,6 +169,9 @@ class SafeArray {
   // A 0-based array of Doubles.
   static SafeArray OfDoubles(std::initializer_list<double> values);
   static SafeArray OfDoubles(const std::vector<double>& values);
+  // A 0-based array of objects (what members taking "an array of objects"
+  // expect).
+  static SafeArray OfObjects(const std::vector<ObjectRef>& objects);
   // An empty array (bounds 0..-1) of the given element type.
   static SafeArray Empty(VarType element_type = VarType::kVariant) {
     return SafeArray(element_type, 0, 0);

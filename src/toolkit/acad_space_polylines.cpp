@@ -141,11 +141,7 @@ std::shared_ptr<DynamicSS> AcadSpace::LwPlineFromLoop7s(const Loop7s& loops, con
                                 {Variant(hatch.pattern_type), Variant(hatch.pattern_name), Variant(true),
                                  Variant(hatch.object_type)})
                          .Object();
-    auto one = [](const ObjectRef& pline) {
-      SafeArray a(VarType::kObject, 0, 1);
-      a.Set(0, Variant(pline));
-      return Variant(std::move(a));
-    };
+    auto one = [](const ObjectRef& pline) { return Variant(SafeArray::OfObjects({pline})); };
     for (const ObjectRef& pline : outer) CallMethod(made, "AppendOuterLoop", {one(pline)});
     for (const ObjectRef& pline : inner) CallMethod(made, "AppendInnerLoop", {one(pline)});
     if (hatch.made) *hatch.made = Variant(made);

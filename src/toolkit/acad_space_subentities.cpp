@@ -20,12 +20,6 @@ namespace {
 
 using geometry::Vec3;
 
-Variant OneObject(const ObjectRef& object) {
-  SafeArray a(VarType::kObject, 0, 1);
-  a.Set(0, Variant(object));
-  return Variant(std::move(a));
-}
-
 double Element(const ObjectRef& matrix, int32_t row, int32_t column) {
   return CDbl(GetProperty(matrix, "Matrix", {Variant(row), Variant(column)}));
 }
@@ -108,7 +102,7 @@ void AcadSpace::SubEntCopy(const ObjectRef& sub_ent, const Variant& matrix, Vari
     source = ObjectFromId(OwnerIdOf(sub_ent), doc);
   }
   ObjectRef space = CurSpace();
-  Variant copies = CallMethod(CurrentDrawing(), "CopyObjects", {OneObject(source), Variant(space)});
+  Variant copies = CallMethod(CurrentDrawing(), "CopyObjects", {Variant(SafeArray::OfObjects({source})), Variant(space)});
   ObjectRef copy = copies.Array().At(copies.Array().LBound()).Object();
   copy_ent = Variant(copy);
   const ObjectRef& m = matrix.Object();

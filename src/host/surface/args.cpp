@@ -112,11 +112,7 @@ Variant DoublesValue(const std::vector<double>& values) {
 }
 
 Variant ObjectsValue(const std::vector<ObjectRef>& objects) {
-  SafeArray array(VarType::kObject, 0, static_cast<int32_t>(objects.size()));
-  for (size_t i = 0; i < objects.size(); ++i) {
-    array.Set(static_cast<int32_t>(i), Variant(objects[i]));
-  }
-  return Variant(std::move(array));
+  return Variant(SafeArray::OfObjects(objects));
 }
 
 }  // namespace tovik::host
