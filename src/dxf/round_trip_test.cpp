@@ -83,8 +83,8 @@ std::string CaretForm(std::string_view text) {
 // Compares the tags of the original file with those of the written one and
 // returns the first difference, or an empty string.
 std::string FirstDifference(const DecodedStream& original, const DecodedStream& written) {
-  const std::vector<Tag>& a = original.stream.tags;
-  const std::vector<Tag>& b = written.stream.tags;
+  const TagArray& a = original.stream.tags;
+  const TagArray& b = written.stream.tags;
   bool binary = original.stream.format == FileFormat::kBinary;
   // The writer always ends in "0 EOF"; a file that had none gains it.
   std::size_t count = a.size();

@@ -55,7 +55,7 @@ bool HasControlCharacter(std::string_view text) {
 // Turns the token stream into sections, one record at a time.
 class ModelBuilder {
  public:
-  ModelBuilder(TagModel* model, std::vector<Tag>* tags, std::string_view file_name)
+  ModelBuilder(TagModel* model, TagArray* tags, std::string_view file_name)
       : model_(model), tags_(*tags), file_name_(file_name) {}
 
   void Run() {
@@ -72,6 +72,19 @@ class ModelBuilder {
   bool HasRecord() const { return at_ < tags_.size(); }
 
   std::string_view PeekType() const { return Trim(tags_[at_].text); }
+
+  // Returns how many records start from here to the end of the section
+  // (followers counted too, so never fewer than the section's records).
+  std::size_t RecordsAhead() const {
+    std::size_t count = 0;
+    for (std::size_t i = at_; i < tags_.size(); ++i) {
+      if (tags_[i].code != 0) continue;
+      std::string_view type = Trim(tags_[i].text);
+      if (type == "ENDSEC" || type == "SECTION" || type == "EOF") break;
+      ++count;
+    }
+    return count;
+  }
 
   Record NextRecord() {
     Record record;
@@ -93,6 +106,9 @@ class ModelBuilder {
     section.kind = SectionKindOf(section.name);
     if (section.kind == SectionKind::kHeader) SplitHeader(&begin, &section);
     section.begin = std::move(begin);
+    if (section.kind != SectionKind::kTables && section.kind != SectionKind::kBlocks) {
+      section.records.reserve(RecordsAhead());
+    }
     bool closed = false;
     while (HasRecord()) {
       std::string_view type = PeekType();
@@ -195,7 +211,7 @@ class ModelBuilder {
   }
 
   TagModel* model_;
-  std::vector<Tag>& tags_;
+  TagArray& tags_;
   std::string_view file_name_;
   std::size_t at_ = 0;
 };
@@ -227,7 +243,7 @@ namespace {
 // Returns the raw value of header variable `name` from the token stream,
 // found exactly where version() and code_page() will look after loading:
 // the first section named HEADER, the first tag after "9 `name`".
-std::string_view RawHeaderValue(const std::vector<Tag>& tags, std::string_view name) {
+std::string_view RawHeaderValue(const TagArray& tags, std::string_view name) {
   std::size_t i = 0;
   while (i + 1 < tags.size() && !(tags[i].code == 0 && Trim(tags[i].text) == "SECTION" &&
                                   tags[i + 1].code == 2 && Trim(tags[i + 1].text) == "HEADER")) {
@@ -249,7 +265,7 @@ TagModel TagModel::Load(std::string buffer, std::string_view file_name) {
   model.buffer_ = std::make_unique<std::string>(std::move(buffer));
   TokenStream stream = Tokenize(*model.buffer_, file_name);
   model.format_ = stream.format;
-  std::vector<Tag>& tags = stream.tags;
+  TagArray& tags = stream.tags;
   std::string_view version = RawHeaderValue(tags, "$ACADVER");
   TextDecoder decoder(RawHeaderValue(tags, "$DWGCODEPAGE"), IsUtf8Version(version));
   std::string decoded;

@@ -134,7 +134,7 @@ class TagModel {
   std::vector<Section> sections_;
   // Every tag of the file after the HEADER's variables, in file order;
   // records view slices of it. Never resized once built.
-  std::vector<Tag> tags_;
+  TagArray tags_;
   std::unordered_map<const char*, std::string_view> escaped_forms_;
 
   friend class ModelBuilder;

@@ -1,11 +1,14 @@
 #include "dxf/tokenizer.h"
 
+#include <algorithm>
 #include <bit>
 #include <charconv>
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <exception>
 #include <string>
+#include <thread>
 
 namespace tovik::dxf {
 namespace {
@@ -64,34 +67,78 @@ bool InRange(ValueKind kind, std::int64_t value) {
 
 class AsciiReader {
  public:
-  AsciiReader(std::string_view buffer, std::string_view file_name, TokenStream* out)
-      : p_(buffer.data()), end_(buffer.data() + buffer.size()), file_name_(file_name), out_(out) {}
+  // Reads the tags of [begin, stop) into `tags` from slot `base` on; the
+  // first line there is line `first_line` + 1 of the file, which ends at
+  // `file_end`. A reader that does not end at the file's end (`stop` <
+  // `file_end`) stops when it reaches `stop`: cleanly after a value, or
+  // before a group code whose value lies past `stop` (see misaligned()).
+  // `fixed`: `tags` has room for every tag this reader can find and must
+  // not be reallocated (another reader fills a later part of it).
+  AsciiReader(const char* begin, const char* stop, const char* file_end, std::uint32_t first_line,
+              std::string_view file_name, TagArray* tags, std::size_t base, bool fixed)
+      : p_(begin), end_(stop), file_end_(file_end), file_name_(file_name), tags_(tags),
+        base_(base), fixed_(fixed), line_(first_line) {}
 
-  void Run() {
-    // Drawings average 8-16 bytes per tag. Reserving for 8 avoids copying
-    // the vector as it grows; pages never written are never committed.
-    out_->tags.reserve(static_cast<std::size_t>(end_ - p_) / 8 + 16);
+  // Returns true when the reader stopped at "0 EOF" (which it includes).
+  bool Run() {
     while (p_ < end_) {
+      const char* code_start = p_;
       std::uint32_t code_line = line_ + 1;
       std::string_view code_text = NextLine();
       std::string_view trimmed = Trim(code_text);
-      if (trimmed.empty() && OnlyWhitespaceLeft()) return;  // blank lines at the end
-      int code = ParseCode(trimmed, code_line);
-      if (p_ >= end_) Fail(code_line, code, "the file ends after the group code, the value is missing");
-      std::uint32_t value_line = line_ + 1;
-      Tag& tag = out_->tags.emplace_back();
-      tag.code = static_cast<std::int16_t>(code);
-      tag.position = code_line;
-      tag.text = NextLine();
-      ParseValue(&tag, value_line);
-      if (code == 0 && Trim(tag.text) == "EOF") {
-        out_->saw_eof = true;
-        return;
+      if (trimmed.empty() && OnlyWhitespaceLeft()) {  // blank lines at the end
+        p_ = file_end_;
+        return false;
       }
+      int code = ParseCode(trimmed, code_line);
+      if (p_ >= end_) {
+        if (end_ < file_end_) {
+          // The value is past this reader's part: the part was cut between
+          // a group code and its value.
+          p_ = code_start;
+          --line_;
+          misaligned_ = true;
+          return false;
+        }
+        Fail(code_line, code, "the file ends after the group code, the value is missing");
+      }
+      std::uint32_t value_line = line_ + 1;
+      Tag* tag = NewTag();
+      if (tag == nullptr) {
+        misaligned_ = true;
+        return false;
+      }
+      tag->code = static_cast<std::int16_t>(code);
+      tag->position = code_line;
+      tag->text = NextLine();
+      ParseValue(tag, value_line);
+      if (code == 0 && Trim(tag->text) == "EOF") return true;
     }
+    return false;
   }
 
+  // The number of tags read.
+  std::size_t count() const { return count_; }
+  // Where reading stopped.
+  const char* stopped_at() const { return p_; }
+  // The number of lines read.
+  std::uint32_t lines() const { return line_; }
+  // True when the part did not end at a tag's end, or held more tags than
+  // a fixed array had room for.
+  bool misaligned() const { return misaligned_; }
+
  private:
+  Tag* NewTag() {
+    std::size_t index = base_ + count_;
+    if (index == tags_->capacity()) {
+      if (fixed_) return nullptr;
+      tags_->SetSize(index);
+      tags_->reserve(index * 2 + 16);
+    }
+    ++count_;
+    return &tags_->ConstructAt(index);
+  }
+
   // Returns the next line without its LF or CR LF and advances past it.
   std::string_view NextLine() {
     const char* start = p_;
@@ -110,7 +157,7 @@ class AsciiReader {
   }
 
   bool OnlyWhitespaceLeft() const {
-    for (const char* q = p_; q < end_; ++q) {
+    for (const char* q = p_; q < file_end_; ++q) {
       if (*q != ' ' && *q != '\t' && *q != '\r' && *q != '\n') return false;
     }
     return true;
@@ -176,10 +223,114 @@ class AsciiReader {
 
   const char* p_;
   const char* end_;
+  const char* file_end_;
   std::string_view file_name_;
-  TokenStream* out_;
-  std::uint32_t line_ = 0;  // lines read so far
+  TagArray* tags_;
+  std::size_t base_;
+  bool fixed_;
+  std::uint32_t line_;  // lines read so far
+  std::size_t count_ = 0;
+  bool misaligned_ = false;
 };
+
+// Where a file may be cut for two readers: the start of a line "0" followed
+// by a line starting with a capital letter, at or after the middle. A value
+// "0" is followed by a group code (digits), so this is almost always the
+// start of a record; the first reader's end confirms it. Returns nullptr
+// when there is none close after the middle.
+const char* FindCut(const char* begin, const char* end) {
+  constexpr std::size_t kSearch = 1 << 20;
+  const char* p = begin + (end - begin) / 2;
+  const char* limit = end - p > static_cast<std::ptrdiff_t>(kSearch) ? p + kSearch : end;
+  while (p < limit) {
+    const char* nl = static_cast<const char*>(std::memchr(p, '\n', static_cast<std::size_t>(limit - p)));
+    if (nl == nullptr) return nullptr;
+    const char* line = nl + 1;
+    const char* q = line;
+    while (q < end && *q == ' ') ++q;
+    if (q + 2 < end && q[0] == '0' && (q[1] == '\n' || (q[1] == '\r' && q[2] == '\n'))) {
+      const char* next = q[1] == '\n' ? q + 2 : q + 3;
+      if (next < end && *next >= 'A' && *next <= 'Z') return line;
+    }
+    p = line;
+  }
+  return nullptr;
+}
+
+// Files smaller than this are read by one reader: a thread costs more.
+constexpr std::size_t kParallelSize = std::size_t{2} << 20;
+
+void ReadAscii(std::string_view buffer, std::string_view file_name, TokenStream* out) {
+  const char* begin = buffer.data();
+  const char* end = begin + buffer.size();
+  TagArray& tags = out->tags;
+  const char* cut = nullptr;
+  // Every tag but the last takes at least three bytes ("0", a line end, an
+  // empty value line): a block of size / 3 + 2 tags holds any file. Only
+  // the touched part is committed, but 32-bit address space is too short.
+  if (sizeof(void*) == 8 && buffer.size() >= kParallelSize) cut = FindCut(begin, end);
+  if (cut == nullptr) {
+    // Drawings average 8-16 bytes per tag: reserving for 8 avoids copying
+    // the block as it grows.
+    tags.reserve(buffer.size() / 8 + 16);
+    AsciiReader reader(begin, end, end, 0, file_name, &tags, 0, false);
+    out->saw_eof = reader.Run();
+    tags.SetSize(reader.count());
+    return;
+  }
+  tags.reserve(buffer.size() / 3 + 2);
+  // The second reader counts the lines before the cut (every tag is two
+  // lines, so the first part's tag count is half of them when the cut is
+  // at a tag), then reads the second part into the slots after those.
+  std::size_t first_count = 0;
+  std::uint32_t first_lines = 0;
+  bool second_eof = false;
+  bool second_usable = false;
+  std::size_t second_count = 0;
+  std::exception_ptr second_error;
+  std::thread second([&] {
+    try {
+      std::size_t lines = static_cast<std::size_t>(std::count(begin, cut, '\n'));
+      if (lines % 2 != 0 || lines > UINT32_MAX) return;
+      first_count = lines / 2;
+      first_lines = static_cast<std::uint32_t>(lines);
+      if (first_count + static_cast<std::size_t>(end - cut) / 3 + 2 > tags.capacity()) return;
+      AsciiReader reader(cut, end, end, first_lines, file_name, &tags, first_count, true);
+      second_eof = reader.Run();
+      second_count = reader.count();
+      second_usable = !reader.misaligned();
+    } catch (...) {
+      second_error = std::current_exception();
+      second_usable = true;
+    }
+  });
+  AsciiReader first(begin, cut, end, 0, file_name, &tags, 0, true);
+  bool first_eof = false;
+  try {
+    first_eof = first.Run();
+  } catch (...) {
+    second.join();
+    throw;
+  }
+  second.join();
+  if (first_eof) {
+    out->saw_eof = true;
+    tags.SetSize(first.count());
+    return;
+  }
+  if (!first.misaligned() && first.stopped_at() == cut && second_usable &&
+      first.count() == first_count && first.lines() == first_lines) {
+    if (second_error) std::rethrow_exception(second_error);
+    out->saw_eof = second_eof;
+    tags.SetSize(first_count + second_count);
+    return;
+  }
+  // The cut was not at a tag: the first reader goes on alone. The block
+  // has room for every tag of the file.
+  AsciiReader rest(first.stopped_at(), end, end, first.lines(), file_name, &tags, first.count(), false);
+  out->saw_eof = rest.Run();
+  tags.SetSize(first.count() + rest.count());
+}
 
 class BinaryReader {
  public:
@@ -321,7 +472,7 @@ TokenStream Tokenize(std::string_view buffer, std::string_view file_name) {
   if (out.format == FileFormat::kBinary) {
     BinaryReader(buffer, file_name, &out).Run();
   } else {
-    AsciiReader(buffer, file_name, &out).Run();
+    ReadAscii(buffer, file_name, &out);
   }
   return out;
 }

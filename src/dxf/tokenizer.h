@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "dxf/tag.h"
+#include "dxf/tag_array.h"
 
 namespace tovik::dxf {
 
@@ -23,7 +24,7 @@ struct TokenStream {
   bool one_byte_codes = false;
   // True when the stream ended with a "0 EOF" tag (which is included).
   bool saw_eof = false;
-  std::vector<Tag> tags;
+  TagArray tags;
 };
 
 // Returns the format of `buffer`: binary when it starts with kBinarySentinel.
@@ -44,7 +45,9 @@ FileFormat DetectFormat(std::string_view buffer);
 // Throws ReadError naming `file_name`, the line (ASCII) or byte offset
 // (binary) and the group code, for an unknown group code, a value of the
 // wrong type, a file cut inside a tag, or a buffer over 4 GiB. Memory grows
-// with the tag count, at most one tag per 3 input bytes.
+// with the tag count, at most one tag per 3 input bytes. An ASCII file of a
+// few megabytes is read in two halves at once, with the same tags and the
+// same errors as one pass.
 TokenStream Tokenize(std::string_view buffer, std::string_view file_name);
 
 }  // namespace tovik::dxf

@@ -56,7 +56,7 @@ TEST(Tokenizer, AsciiValuesAreTypedByTheirGroupCode) {
   ASSERT_EQ(stream.tags.size(), 10u);
   EXPECT_TRUE(stream.saw_eof);
   EXPECT_EQ(stream.format, FileFormat::kAscii);
-  const std::vector<Tag>& t = stream.tags;
+  const TagArray& t = stream.tags;
   EXPECT_EQ(t[0].text, "LINE");
   EXPECT_EQ(t[1].kind, ValueKind::kHandle);
   EXPECT_EQ(t[1].integer, 0x2F);
@@ -140,6 +140,58 @@ TEST(Tokenizer, AsciiErrorsNameFileLineAndCode) {
   }
 }
 
+// A file of a few megabytes is read in two halves at once: whatever falls
+// after the middle must come out as from one pass, with true line numbers.
+TEST(Tokenizer, LargeFilesReadAsOnePass) {
+  // 200,000 records of 3 tags (6 lines each), about 3.6 MB, `middle` just
+  // after the first half of them, then `tail`. A type starting with a digit is
+  // never taken for the start of a record when looking for the middle.
+  auto big = [](std::string_view middle, std::string_view tail, std::string_view type = "LINE") {
+    std::string text;
+    for (int i = 0; i < 200000; ++i) {
+      text += "  0\n" + std::string(type) + "\n  8\n0\n 10\n1.5\n";
+      if (i == 100010) text += middle;
+    }
+    text += tail;
+    return text;
+  };
+  constexpr int kLines = 200000 * 6;
+  struct Case {
+    const char* name;
+    std::string text;
+    size_t tags;            // 0: an error is expected
+    std::string message;
+  };
+  const Case cases[] = {
+      {"plain", big("", "  0\nEOF\n"), 600001, ""},
+      // A value "0" after the middle followed by a line that is no group
+      // code: a second reader starting there would read "0" as a code.
+      {"value 0 at the middle", big("  1\n0\nXYZ\n", "", "3DFACE"), 0,
+       "d.dxf: line " + std::to_string(100011 * 6 + 3) + ": expected a group code, got \"XYZ\""},
+      {"error near the end", big("", " 10\nabc\n"), 0,
+       "d.dxf: line " + std::to_string(kLines + 2) + ": group code 10: expected a number, got \"abc\""},
+      {"EOF before the middle", "  0\nEOF\n" + big("", "junk\n"), 1, ""},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    try {
+      TokenStream stream = Tokenize(c.text, "d.dxf");
+      ASSERT_EQ(c.tags, stream.tags.size());
+      const Tag& last = stream.tags[stream.tags.size() - 1];
+      EXPECT_EQ(last.code, 0);
+      EXPECT_EQ(last.text, "EOF");
+      if (c.tags > 1) {
+        EXPECT_EQ(last.position, static_cast<uint32_t>(kLines + 1));
+        EXPECT_EQ(stream.tags[300000].position, 300000u * 2 + 1);
+        EXPECT_EQ(stream.tags[300000].text, "LINE");
+      }
+    } catch (const ReadError& error) {
+      EXPECT_EQ(c.tags, 0u) << error.what();
+      EXPECT_EQ(std::string(error.what()), c.message);
+    }
+  }
+}
+
 TEST(Tokenizer, HandlesThatAreNotHexKeepTheirText) {
   // R12 files write empty handles; libdxfrw writes a style name under 340.
   TokenStream stream = Tokenize("5\n\n340\nStandard\n330\n1F\n", "t");
@@ -159,7 +211,7 @@ TEST(Tokenizer, BinaryTwoByteCodesCarryTypedValues) {
   EXPECT_EQ(stream.format, FileFormat::kBinary);
   EXPECT_FALSE(stream.one_byte_codes);
   EXPECT_TRUE(stream.saw_eof);
-  const std::vector<Tag>& t = stream.tags;
+  const TagArray& t = stream.tags;
   ASSERT_EQ(t.size(), 12u);
   EXPECT_EQ(t[3].real, -2.25);
   EXPECT_TRUE(t[3].text.empty());  // the writer formats binary numbers

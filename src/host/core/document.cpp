@@ -66,12 +66,12 @@ Variant Document::Invoke(DispId id, InvokeKind kind, std::span<Variant> args) {
 
 void Document::Register(std::shared_ptr<DbObject> object, uint64_t handle) {
   if (handle == 0) handle = next_handle_;
-  if (by_handle_.count(handle)) throw HostError(HostFailure::kInvalidHandle);
+  if (by_handle_.Find(handle) != nullptr) throw HostError(HostFailure::kInvalidHandle);
   size_t slot = objects_.size();
   object->doc_ = this;
   object->handle_ = handle;
   object->id_ = id_base_ + kObjectIdStride * static_cast<int32_t>(slot);
-  by_handle_.emplace(handle, object.get());
+  by_handle_.Insert(handle, object.get());
   next_handle_ = std::max(next_handle_, handle + 1);
   DbObject* raw = object.get();
   objects_.push_back(std::move(object));
@@ -84,17 +84,16 @@ void Document::Register(std::shared_ptr<DbObject> object, uint64_t handle) {
 
 void Document::ReassignHandle(DbObject* object, uint64_t handle) {
   if (object->handle_ == handle) return;
-  if (handle == 0 || by_handle_.count(handle)) throw HostError(HostFailure::kInvalidHandle);
-  by_handle_.erase(object->handle_);
+  if (handle == 0 || by_handle_.Find(handle) != nullptr) throw HostError(HostFailure::kInvalidHandle);
+  by_handle_.Erase(object->handle_);
   object->handle_ = handle;
-  by_handle_.emplace(handle, object);
+  by_handle_.Insert(handle, object);
   next_handle_ = std::max(next_handle_, handle + 1);
 }
 
 DbObject* Document::FindByHandle(uint64_t handle) const {
-  auto it = by_handle_.find(handle);
-  if (it == by_handle_.end() || it->second->erased()) return nullptr;
-  return it->second;
+  DbObject* object = by_handle_.Find(handle);
+  return object == nullptr || object->erased() ? nullptr : object;
 }
 
 DbObject* Document::FindById(int64_t id) const {

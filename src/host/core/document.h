@@ -20,6 +20,7 @@
 #include "frame/runtime_text.h"
 #include "geometry/vec3.h"
 #include "host/core/db_object.h"
+#include "host/core/handle_index.h"
 #include "host/core/journal.h"
 
 namespace tovik::host {
@@ -137,7 +138,10 @@ class Document : public DispatchObject<Document> {
 
   // Makes room for `count` more objects in the handle index, so that a
   // reader adding many at once does not rebuild it as it grows.
-  void ReserveObjects(size_t count) { by_handle_.reserve(by_handle_.size() + count); }
+  void ReserveObjects(size_t count) {
+    by_handle_.Reserve(count);
+    objects_.reserve(objects_.size() + count);
+  }
 
   // ---------------------------------------------------------- the database
   // Creates an object of kind T, gives it the next handle (or `handle` when
@@ -314,7 +318,7 @@ class Document : public DispatchObject<Document> {
   bool closed_ = false;
 
   std::vector<std::shared_ptr<DbObject>> objects_;  // slot = (id - base) / stride
-  std::unordered_map<uint64_t, DbObject*> by_handle_;
+  HandleIndex by_handle_;
   uint64_t next_handle_ = 0x20;
   Journal journal_;
 

@@ -33,12 +33,12 @@ Journal::Step& Journal::Current() {
 }
 
 void Journal::Record(std::function<void()> undo) {
-  if (undoing_) return;
+  if (undoing_ || paused_) return;
   Current().undo.push_back(std::move(undo));
 }
 
 bool Journal::FirstTouch(const void* object) {
-  if (undoing_) return false;
+  if (undoing_ || paused_) return false;
   return Current().touched.insert(object).second;
 }
 

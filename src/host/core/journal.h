@@ -37,6 +37,10 @@ class Journal {
   bool FirstTouch(const void* object);
   // True while steps are being undone (changes made then are not recorded).
   bool undoing() const { return undoing_; }
+  // Stops or resumes recording: a drawing being read from a file is not an
+  // undoable change, and closures for each of its objects would only be
+  // dropped afterwards.
+  void set_paused(bool paused) { paused_ = paused; }
 
   // Undoes the last `count` steps (an open group is closed first); returns
   // the number undone.
@@ -55,6 +59,7 @@ class Journal {
   bool group_open_ = false;
   bool new_step_due_ = true;
   bool undoing_ = false;
+  bool paused_ = false;
   int depth_ = 0;
 };
 

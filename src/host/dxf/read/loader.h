@@ -78,7 +78,6 @@ class Loader {
   void LoadDynamicValues();
   void DropUnusedStandardLayouts();
   void ApplyCommon(const RecordFields& record, Entity* entity);
-  void Pace();
 
   Document& doc_;
   DxfSource& source_;
@@ -90,7 +89,6 @@ class Loader {
   std::unordered_map<std::string, DimStyleRecord*> dim_styles_;
   std::unordered_map<std::string, RegApp*> regapps_;
   std::unordered_map<const BlockRecord*, bool> layout_blocks_used_;
-  size_t since_pace_ = 0;
   // Where the entity loader indexes one record's groups at a time.
   FieldTable fields_;
 

@@ -28,7 +28,6 @@ void Loader::Bind(const Record& record, std::shared_ptr<DbObject> object) {
   doc_.Register(std::move(object), HandleOf(record));
   source_.bindings[&record] = Binding{raw, nullptr};
   source_.records[raw] = &record;
-  Pace();
 }
 
 void Loader::BindExisting(const Record& record, DbObject* object) {
@@ -37,15 +36,6 @@ void Loader::BindExisting(const Record& record, DbObject* object) {
   source_.bindings[&record] = Binding{object, nullptr};
   source_.records[object] = &record;
   source_.unwritten.erase(object);
-}
-
-void Loader::Pace() {
-  // The journal keeps a closure for every creation; a load is not an
-  // undoable step, so drop them as they pile up.
-  if (++since_pace_ >= 4096) {
-    doc_.journal() = Journal();
-    since_pace_ = 0;
-  }
 }
 
 // ---------------------------------------------------------------- lookups
@@ -116,6 +106,8 @@ void Loader::Run() {
   source_.bindings.reserve(count);
   source_.records.reserve(count);
   doc_.ReserveObjects(count);
+  // A load is not an undoable change: nothing is recorded until it ends.
+  doc_.journal().set_paused(true);
   MoveStandardHandles();
   LoadHeader();
   LoadTables();
