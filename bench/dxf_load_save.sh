@@ -1,16 +1,23 @@
 #!/bin/sh
-# Times loading and saving a large generated drawing with tovik and with
-# ezdxf, and prints the ratios and peak memory.
-#   bench/dxf_load_save.sh [TOVIK] [ENTITIES] [KEEP_DIR]
-# With KEEP_DIR the drawing is generated there once and reused, and kept.
+# Loads and saves generated drawings with tovik and with ezdxf, in the same
+# run on the same files, and prints what a user waits for: whole-process
+# wall clock and peak memory, the median of paired runs, and the ratios.
+#   bench/dxf_load_save.sh [TOVIK] [ENTITIES...]     (default 10000 100000)
+# RUNS=n sets the number of paired runs (default 5); KEEP_DIR=dir keeps the
+# generated drawings there and reuses them.
 set -eu
 TOVIK=${1:-build/default/cli/tovik}
-N=${2:-1000000}
-DIR=${3:-$(mktemp -d)}
-# Remembered now: the measurements below reuse the positional parameters.
-KEEP=${3:-}
+[ $# -gt 0 ] && shift
+SIZES=${*:-10000 100000}
+DIR=${KEEP_DIR:-$(mktemp -d)}
 mkdir -p "$DIR"
-[ -s "$DIR/big.dxf" ] || /usr/bin/python3 - "$DIR/big.dxf" "$N" <<'PY'
+/usr/bin/python3 - "$TOVIK" "$DIR" "${RUNS:-5}" $SIZES <<'PY'
+import os, statistics, subprocess, sys, tempfile
+
+tovik, folder, runs = sys.argv[1], sys.argv[2], int(sys.argv[3])
+sizes = [int(n) for n in sys.argv[4:]]
+
+GENERATE = r'''
 import sys, ezdxf
 path, n = sys.argv[1], int(sys.argv[2])
 doc = ezdxf.new("R2018")
@@ -30,27 +37,50 @@ for i in range(n):
     else:
         msp.add_blockref("TAG", (i, 5)).add_attrib("ID", str(i), (i, 5))
 doc.saveas(path)
+'''
+
+def measure(command):
+    """Runs `command`; returns (wall seconds, peak resident MB)."""
+    with tempfile.NamedTemporaryFile("r") as out:
+        subprocess.run(["/usr/bin/time", "-o", out.name, "-f", "%e %M"] + command,
+                       stdout=subprocess.DEVNULL, check=True)
+        wall, peak_kb = out.read().split()[-2:]
+    return float(wall), int(peak_kb) / 1024
+
+print(f"{'entities':>9} {'file MB':>8} {'job':<10} {'tovik s':>8} {'MB':>6} {'x file':>6}"
+      f" {'ezdxf s':>8} {'MB':>6} {'ratio':>6}")
+for n in sizes:
+    path = os.path.join(folder, f"mixed-{n}.dxf")
+    if not os.path.exists(path):
+        subprocess.run(["/usr/bin/python3", "-c", GENERATE, path, str(n)], check=True)
+    size_mb = os.path.getsize(path) / 1e6
+    ours_out, theirs_out = path + ".tovik.dxf", path + ".ezdxf.dxf"
+    jobs = {
+        "load": ([tovik, "info", path],
+                 ["/usr/bin/python3", "-c", "import sys,ezdxf; ezdxf.readfile(sys.argv[1])", path]),
+        "load+save": ([tovik, "convert", path, ours_out],
+                      ["/usr/bin/python3", "-c",
+                       "import sys,ezdxf; ezdxf.readfile(sys.argv[1]).saveas(sys.argv[2])",
+                       path, theirs_out]),
+    }
+    medians = {}
+    for job, (ours, theirs) in jobs.items():
+        pairs = [(measure(ours), measure(theirs)) for _ in range(runs)]
+        ow = statistics.median(p[0][0] for p in pairs)
+        om = statistics.median(p[0][1] for p in pairs)
+        tw = statistics.median(p[1][0] for p in pairs)
+        tm = statistics.median(p[1][1] for p in pairs)
+        ratio = statistics.median(p[1][0] / max(p[0][0], 0.005) for p in pairs)
+        medians[job] = (ow, tw)
+        print(f"{n:>9} {size_mb:>8.1f} {job:<10} {ow:>8.2f} {om:>6.0f} {om / size_mb:>6.1f}"
+              f" {tw:>8.2f} {tm:>6.0f} {ratio:>5.1f}x")
+    # Saving alone, as the difference of the medians.
+    os_, ts_ = (medians["load+save"][0] - medians["load"][0],
+                medians["load+save"][1] - medians["load"][1])
+    print(f"{n:>9} {size_mb:>8.1f} {'save':<10} {os_:>8.2f} {'':>6} {'':>6} {ts_:>8.2f} {'':>6}"
+          f" {ts_ / max(os_, 0.005):>5.1f}x")
+    for f in (ours_out, theirs_out):
+        if os.path.exists(f):
+            os.remove(f)
 PY
-SIZE=$(stat -c %s "$DIR/big.dxf")
-echo "drawing: $N entities, $SIZE bytes"
-# Runs a command and prints "CPU_SECONDS PEAK_KB": processor time (user +
-# system), so that other work on the machine does not skew the ratios.
-measure() { /usr/bin/time -f "%U %S %M" "$@" 2>&1 >/dev/null | tail -1 | awk '{ printf "%.2f %s\n", $1 + $2, $3 }'; }
-set -- $(measure "$TOVIK" info "$DIR/big.dxf"); TL=$1; TLM=$2
-set -- $(measure "$TOVIK" convert "$DIR/big.dxf" "$DIR/out.dxf"); TLS=$1; TLSM=$2
-set -- $(measure /usr/bin/python3 -c 'import sys,ezdxf; ezdxf.readfile(sys.argv[1])' "$DIR/big.dxf"); EL=$1; ELM=$2
-set -- $(measure /usr/bin/python3 -c 'import sys,ezdxf; ezdxf.readfile(sys.argv[1]).saveas(sys.argv[2])' "$DIR/big.dxf" "$DIR/ez.dxf"); ELS=$1
-/usr/bin/python3 - "$SIZE" "$TL" "$TLM" "$TLS" "$TLSM" "$EL" "$ELM" "$ELS" <<'PY'
-import sys
-size, tl, tlm, tls, tlsm, el, elm, els = (float(v) for v in sys.argv[1:])
-mb = size / 1e6
-# Saving alone: the difference of the two runs (noise can make it tiny).
-ts, es = max(tls - tl, 0.01), max(els - el, 0.01)
-print(f"tovik load       {tl:7.2f} s CPU  {mb / tl:7.1f} MB/s  peak {tlm / 1024:7.0f} MB = {tlm * 1024 / size:4.1f} x file")
-print(f"tovik load+save  {tls:7.2f} s CPU  peak {tlsm / 1024:7.0f} MB = {tlsm * 1024 / size:4.1f} x file")
-print(f"ezdxf load       {el:7.2f} s CPU  {mb / el:7.1f} MB/s  peak {elm / 1024:7.0f} MB = {elm * 1024 / size:4.1f} x file")
-print(f"ezdxf load+save  {els:7.2f} s CPU")
-print(f"ratios: load {el / tl:.1f}x faster (aim 100x), save {es / ts:.1f}x faster (aim 50x), "
-      f"load+save {els / tls:.1f}x; peak memory {tlsm * 1024 / size:.1f}x file (aim under 2x)")
-PY
-[ -n "$KEEP" ] || rm -rf "$DIR"
+[ -n "${KEEP_DIR:-}" ] || rm -rf "$DIR"
