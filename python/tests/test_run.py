@@ -31,8 +31,8 @@ def make_batch(folder, n):
     for i in range(n):
         name = "crash-7.dxf" if i == 7 else "drawing-%03d.dxf" % i
         with open(os.path.join(folder, name), "w") as f:
-            # Three damaged drawings: cut short in the middle.
-            f.write(text[: len(text) // 3] if i in (3, 50, 150) else text)
+            # Three files that hold no drawing at all.
+            f.write("not a drawing\n" if i in (3, 50, 150) else text)
 
 
 def test_a_batch_finishes_past_damage_and_crashes_and_resumes(tmp_path):

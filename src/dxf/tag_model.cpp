@@ -3,6 +3,7 @@
 #include <cstring>
 #include <fstream>
 #include <iterator>
+#include <optional>
 
 #include "dxf/encoding.h"
 
@@ -55,23 +56,43 @@ bool HasControlCharacter(std::string_view text) {
 // Turns the token stream into sections, one record at a time.
 class ModelBuilder {
  public:
-  ModelBuilder(TagModel* model, TagArray* tags, std::string_view file_name)
-      : model_(model), tags_(*tags), file_name_(file_name) {}
+  ModelBuilder(TagModel* model, TagArray* tags, std::string_view file_name, Faults faults)
+      : model_(model), tags_(*tags), file_name_(file_name), faults_(faults) {}
 
   void Run() {
     while (at_ < tags_.size() && tags_[at_].code != 0) model_->leading_.push_back(tags_[at_++]);
     while (HasRecord()) {
       Record record = NextRecord();
       if (record.type == "EOF") return;
-      if (record.type != "SECTION") Fail(record.head, "expected SECTION, got " + Quote(record));
-      ReadSection(std::move(record));
+      if (record.type == "SECTION") {
+        ReadSection(std::move(record));
+        continue;
+      }
+      // Outside any section: a stray ENDSEC, or a record nothing owns.
+      if (!first_stray_) first_stray_ = record.head;
+      Repair(record.head, "expected SECTION, got " + Quote(record), "dropped");
+      SkipFollowers(record);
     }
+  }
+
+  // Throws when the file held records but no section: nothing of a drawing
+  // could be recovered.
+  void RefuseWithoutSections() const {
+    if (!model_->sections_.empty() || !first_stray_) return;
+    Fail(*first_stray_, "expected SECTION, got " + QuoteForMessage(Trim(first_stray_->text)));
   }
 
  private:
   bool HasRecord() const { return at_ < tags_.size(); }
 
   std::string_view PeekType() const { return Trim(tags_[at_].text); }
+
+  // True at the end of the tags or at a record that ends a section.
+  bool AtSectionEnd() const {
+    if (!HasRecord()) return true;
+    std::string_view type = PeekType();
+    return type == "ENDSEC" || type == "SECTION" || type == "EOF";
+  }
 
   // Returns how many records start from here to the end of the section
   // (followers counted too, so never fewer than the section's records).
@@ -96,11 +117,35 @@ class ModelBuilder {
     return record;
   }
 
+  // A record the file lacks, made for a repair: "0 `type`" and `tags`,
+  // placed where the fault was found. Text of the tags must outlive the
+  // model (literals, the file's own text, or interned).
+  Record Made(std::string_view type, const Tag& at, std::vector<Tag> tags = {}) {
+    Record record;
+    record.head = Tag::String(0, type);
+    record.head.position = at.position;
+    record.type = type;
+    if (!tags.empty()) {
+      for (Tag& t : tags) t.position = at.position;
+      std::vector<Tag>& made = model_->made_tags_.emplace_back(std::move(tags));
+      record.tags = std::span<Tag>(made);
+    }
+    return record;
+  }
+
   void ReadSection(Record begin) {
     Section section;
     const Tag* name = FindCode(begin, 2);
     if (name == nullptr || begin.tags.front().code != 2) {
-      Fail(begin.head, "SECTION without a name (group code 2)");
+      std::size_t dropped = 0;
+      while (!AtSectionEnd()) {
+        SkipFollowers(NextRecord());
+        ++dropped;
+      }
+      if (HasRecord() && PeekType() == "ENDSEC") NextRecord();
+      Repair(begin.head, "SECTION without a name (group code 2)",
+             "its " + std::to_string(dropped) + " records are dropped");
+      return;
     }
     section.name = Trim(name->text);
     section.kind = SectionKindOf(section.name);
@@ -109,28 +154,22 @@ class ModelBuilder {
     if (section.kind != SectionKind::kTables && section.kind != SectionKind::kBlocks) {
       section.records.reserve(RecordsAhead());
     }
-    bool closed = false;
-    while (HasRecord()) {
-      std::string_view type = PeekType();
-      if (type == "ENDSEC") {
-        section.end = NextRecord();
-        closed = true;
-        break;
-      }
-      if (type == "SECTION" || type == "EOF") break;
+    while (!AtSectionEnd()) {
       switch (section.kind) {
         case SectionKind::kTables: ReadTable(&section); break;
         case SectionKind::kBlocks: ReadBlock(&section); break;
         default: section.records.push_back(ReadGrouped()); break;
       }
     }
-    if (!closed) {
-      Fail(section.begin.head, "section " + std::string(section.name) + " has no ENDSEC");
+    if (HasRecord() && PeekType() == "ENDSEC") {
+      section.end = NextRecord();
+    } else {
+      Repair(section.begin.head, "section " + std::string(section.name) + " has no ENDSEC", "closed");
+      section.end = Made("ENDSEC", section.begin.head);
     }
     model_->sections_.push_back(std::move(section));
   }
 
-  // Moves the "9 $NAME" runs out of the HEADER's SECTION record.
   static void SplitHeader(Record* begin, Section* section) {
     std::span<Tag> tags = begin->tags;
     std::size_t first = 0;
@@ -150,41 +189,72 @@ class ModelBuilder {
   }
 
   void ReadTable(Section* section) {
-    Record head = NextRecord();
-    if (head.type != "TABLE") Fail(head.head, "expected TABLE, got " + Quote(head));
     Table table;
-    table.head = std::move(head);
-    while (true) {
-      if (!HasRecord() || PeekType() == "ENDSEC" || PeekType() == "SECTION") {
-        Fail(table.head.head, "table " + Quote(table.Name()) + " has no ENDTAB");
-      }
-      if (PeekType() == "ENDTAB") break;
-      if (PeekType() == "TABLE") Fail(tags_[at_], "TABLE inside table " + Quote(table.Name()));
+    // Only a table made up for entries without one ends at another type.
+    std::string_view entry_type;
+    Tag first_entry;
+    if (PeekType() == "TABLE") {
+      table.head = NextRecord();
+    } else if (PeekType() == "ENDTAB") {
+      Repair(tags_[at_], "expected TABLE, got \"ENDTAB\"", "dropped");
+      NextRecord();
+      return;
+    } else {
+      entry_type = PeekType();
+      first_entry = tags_[at_];
+      Repair(tags_[at_], "expected TABLE, got " + Quote(entry_type),
+             "a " + std::string(entry_type) + " table is made for the entries");
+    }
+    while (!AtSectionEnd() && PeekType() != "ENDTAB") {
+      if (PeekType() == "TABLE") break;
+      if (!entry_type.empty() && PeekType() != entry_type) break;
       table.entries.push_back(NextRecord());
     }
-    table.end = NextRecord();
+    if (!entry_type.empty()) table.head = MadeTableHead(entry_type, first_entry, table.entries);
+    if (HasRecord() && PeekType() == "ENDTAB") {
+      table.end = NextRecord();
+    } else {
+      Repair(table.head.head, "table " + Quote(table.Name()) + " has no ENDTAB", "closed");
+      table.end = Made("ENDTAB", table.head.head);
+    }
     section->tables.push_back(std::move(table));
   }
 
+  // The TABLE record of entries that came without one. Entries of R13 and
+  // later name their table as owner: the table takes that handle back, with
+  // the subclass and count such a table has.
+  Record MadeTableHead(std::string_view type, const Tag& at, const std::vector<Record>& entries) {
+    std::vector<Tag> tags{Tag::String(2, type)};
+    std::string_view owner = entries.empty() ? std::string_view() : entries.front().Owner();
+    if (!owner.empty() && Trim(owner) != "0") {
+      tags.push_back(Tag::String(5, Trim(owner)));
+      tags.push_back(Tag::String(330, "0"));
+      tags.push_back(Tag::String(100, "AcDbSymbolTable"));
+    }
+    tags.push_back(Tag::Integer(70, static_cast<std::int64_t>(entries.size())));
+    return Made("TABLE", at, std::move(tags));
+  }
+
   void ReadBlock(Section* section) {
-    Record begin = NextRecord();
-    if (begin.type != "BLOCK") Fail(begin.head, "expected BLOCK, got " + Quote(begin));
+    if (PeekType() != "BLOCK") {
+      Record stray = ReadGrouped();
+      Repair(stray.head, "expected BLOCK, got " + Quote(stray), "dropped");
+      return;
+    }
     Block block;
-    block.begin = std::move(begin);
-    while (true) {
-      if (!HasRecord() || PeekType() == "ENDSEC" || PeekType() == "SECTION") {
-        Fail(block.begin.head, "block " + Quote(block.Name()) + " has no ENDBLK");
-      }
-      if (PeekType() == "ENDBLK") break;
-      if (PeekType() == "BLOCK") Fail(tags_[at_], "BLOCK inside block " + Quote(block.Name()));
+    block.begin = NextRecord();
+    while (!AtSectionEnd() && PeekType() != "ENDBLK" && PeekType() != "BLOCK") {
       block.entities.push_back(ReadGrouped());
     }
-    block.end = NextRecord();
+    if (HasRecord() && PeekType() == "ENDBLK") {
+      block.end = NextRecord();
+    } else {
+      Repair(block.begin.head, "block " + Quote(block.Name()) + " has no ENDBLK", "closed");
+      block.end = Made("ENDBLK", block.begin.head);
+    }
     section->blocks.push_back(std::move(block));
   }
 
-  // Reads one record; a POLYLINE takes its VERTEXes, an INSERT its ATTRIBs,
-  // and either takes the SEQEND that closes them.
   Record ReadGrouped() {
     Record record = NextRecord();
     std::string_view follower;
@@ -195,14 +265,35 @@ class ModelBuilder {
     if (HasRecord() && PeekType() == "SEQEND") {
       record.followers.push_back(NextRecord());
     } else if (!record.followers.empty()) {
-      Fail(record.head, std::string(follower) + " records of " + std::string(record.type) +
-                            " are not closed by SEQEND");
+      Repair(record.head, std::string(follower) + " records of " + std::string(record.type) +
+                              " are not closed by SEQEND", "closed");
+      record.followers.push_back(Made("SEQEND", record.head));
     }
     return record;
   }
 
+  // Steps over the followers a dropped record would have had.
+  void SkipFollowers(const Record& record) {
+    if (record.type != "POLYLINE" && record.type != "INSERT") return;
+    while (HasRecord() && (PeekType() == "VERTEX" || PeekType() == "ATTRIB" || PeekType() == "SEQEND")) {
+      bool end = PeekType() == "SEQEND";
+      NextRecord();
+      if (end) break;
+    }
+  }
+
   static std::string Quote(const Record& record) { return QuoteForMessage(record.type); }
   static std::string Quote(std::string_view text) { return QuoteForMessage(text); }
+
+  std::string Place(const Tag& at) const {
+    return (model_->format_ == FileFormat::kBinary ? "byte " : "line ") + std::to_string(at.position);
+  }
+
+  // Lists the repair of `fault`; with Faults::kThrow, throws it instead.
+  void Repair(const Tag& at, const std::string& fault, const std::string& remedy) {
+    if (faults_ == Faults::kThrow) Fail(at, fault);
+    model_->repairs_.push_back(Place(at) + ": " + fault + ": " + remedy);
+  }
 
   [[noreturn]] void Fail(const Tag& at, const std::string& what) const {
     PositionKind kind = model_->format_ == FileFormat::kBinary ? PositionKind::kByteOffset
@@ -213,7 +304,9 @@ class ModelBuilder {
   TagModel* model_;
   TagArray& tags_;
   std::string_view file_name_;
+  Faults faults_;
   std::size_t at_ = 0;
+  std::optional<Tag> first_stray_;
 };
 
 std::string_view Table::Name() const { return Trim(head.StringOr(2)); }
@@ -260,11 +353,12 @@ std::string_view RawHeaderValue(const TagArray& tags, std::string_view name) {
 
 }  // namespace
 
-TagModel TagModel::Load(std::string buffer, std::string_view file_name) {
+TagModel TagModel::Load(std::string buffer, std::string_view file_name, Faults faults) {
   TagModel model;
   model.buffer_ = std::make_unique<std::string>(std::move(buffer));
-  TokenStream stream = Tokenize(*model.buffer_, file_name);
+  TokenStream stream = Tokenize(*model.buffer_, file_name, faults);
   model.format_ = stream.format;
+  model.repairs_ = std::move(stream.repairs);
   TagArray& tags = stream.tags;
   std::string_view version = RawHeaderValue(tags, "$ACADVER");
   TextDecoder decoder(RawHeaderValue(tags, "$DWGCODEPAGE"), IsUtf8Version(version));
@@ -292,7 +386,14 @@ TagModel TagModel::Load(std::string buffer, std::string_view file_name) {
   // The records view slices of the tag array: it moves into the model
   // (its storage stays where it is) before they are built.
   model.tags_ = std::move(tags);
-  ModelBuilder(&model, &model.tags_, file_name).Run();
+  ModelBuilder builder(&model, &model.tags_, file_name, faults);
+  builder.Run();
+  if (model.sections_.empty() && !model.repairs_.empty() && faults == Faults::kRepair) {
+    // Nothing of a drawing was recovered from a damaged file: its first
+    // fault is the error.
+    Tokenize(*model.buffer_, file_name, Faults::kThrow);
+  }
+  builder.RefuseWithoutSections();
   return model;
 }
 

@@ -5,6 +5,7 @@
 #ifndef TOVIK_DXF_TAG_MODEL_H_
 #define TOVIK_DXF_TAG_MODEL_H_
 
+#include <deque>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -79,11 +80,19 @@ class TagModel {
   // Strings are decoded to UTF-8 (before R2007 from $DWGCODEPAGE, with \U+
   // and \M+ escapes) and held in their ASCII DXF form: a line break inside
   // text is "^J" (binary DXF has the control byte itself; it is converted).
-  // Throws ReadError for a malformed tag (see Tokenize), a
-  // record outside its place (an entity between blocks, a table entry
-  // outside TABLE), a section without ENDSEC or VERTEX/ATTRIB records
-  // without SEQEND. A file that ends after an ENDSEC without "0 EOF" is read.
-  static TagModel Load(std::string buffer, std::string_view file_name);
+  // A file that ends after an ENDSEC without "0 EOF" is read.
+  //
+  // With Faults::kRepair (the default) a damaged file is repaired as a
+  // careful CAD program's recover does, and each repair listed in
+  // repairs(): the tokenizer's (see Tokenize), then a section, table, block
+  // or run of VERTEX/ATTRIB records left open is closed where the next one
+  // begins or the file ends, entries without their TABLE record get one,
+  // records outside any section, between blocks or in a section without a
+  // name are dropped. Only a file with records but no section is refused.
+  // With Faults::kThrow the first fault throws ReadError instead (the
+  // message without the remedy).
+  static TagModel Load(std::string buffer, std::string_view file_name,
+                       Faults faults = Faults::kRepair);
   // Reads the file at `path`; throws ReadError when it cannot be opened.
   static TagModel LoadFile(const std::string& path);
 
@@ -112,6 +121,9 @@ class TagModel {
   // Returns the HEADER variable `name` ("$INSUNITS"), or nullptr.
   const HeaderVariable* FindVariable(std::string_view name) const;
 
+  // What reading the file repaired, in file order ("line 12: ...").
+  const std::vector<std::string>& repairs() const { return repairs_; }
+
   // Copies `text` into the model's arena and returns the stable copy, for
   // tags the database builds or changes.
   std::string_view Intern(std::string_view text);
@@ -136,6 +148,9 @@ class TagModel {
   // records view slices of it. Never resized once built.
   TagArray tags_;
   std::unordered_map<const char*, std::string_view> escaped_forms_;
+  std::vector<std::string> repairs_;
+  // Tags of records made by repairs (never resized once made).
+  std::deque<std::vector<Tag>> made_tags_;
 
   friend class ModelBuilder;
 };

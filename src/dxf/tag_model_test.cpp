@@ -75,39 +75,116 @@ TEST(TagModel, GroupsTheFileIntoSectionsTablesBlocksAndRecords) {
   EXPECT_EQ(vendor.records[0].StringOr(1), "kept");
 }
 
-TEST(TagModel, StructureErrorsNameTheRecord) {
+// The record types of a model, section by section: "ENTITIES[LINE,CIRCLE]",
+// "TABLES{LAYER:2}", "BLOCKS{B:LINE}"; followers after a slash.
+std::string Shape(const TagModel& model) {
+  std::string out;
+  for (const Section& section : model.sections()) {
+    out += std::string(section.name);
+    if (section.kind == SectionKind::kTables) {
+      out += "{";
+      for (const Table& t : section.tables) out += std::string(t.Name()) + ":" + std::to_string(t.entries.size()) + ";";
+      out += "}";
+    } else if (section.kind == SectionKind::kBlocks) {
+      out += "{";
+      for (const Block& b : section.blocks) {
+        out += std::string(b.Name()) + ":";
+        for (const Record& r : b.entities) out += std::string(r.type) + ",";
+        out += ";";
+      }
+      out += "}";
+    } else if (section.kind != SectionKind::kHeader) {
+      out += "[";
+      for (const Record& r : section.records) {
+        out += std::string(r.type);
+        for (const Record& f : r.followers) out += "/" + std::string(f.type);
+        out += ",";
+      }
+      out += "]";
+    }
+    out += " ";
+  }
+  return out;
+}
+
+TEST(TagModel, DamagedStructureIsRepairedAndListed) {
   struct Case {
     const char* name;
     std::string text;
+    std::string shape;
+    std::vector<std::string> repairs;
+  };
+  const std::string entities = "0\nSECTION\n2\nENTITIES\n";
+  const Case cases[] = {
+      {"cut after a record", entities + "0\nLINE\n8\n0\n", "ENTITIES[LINE,] ",
+       {"line 1: section ENTITIES has no ENDSEC: closed"}},
+      {"cut inside a tag", entities + "0\nLINE\n8\n", "ENTITIES[LINE,] ",
+       {"line 7: group code 8: the file ends after the group code: the code is dropped",
+        "line 1: section ENTITIES has no ENDSEC: closed"}},
+      {"stray ENDSEC between sections",
+       entities + "0\nENDSEC\n0\nENDSEC\n" + entities + "0\nENDSEC\n",
+       "ENTITIES[] ENTITIES[] ", {"line 7: expected SECTION, got \"ENDSEC\": dropped"}},
+      {"SECTION without a name", "0\nSECTION\n70\n1\n0\nLINE\n0\nENDSEC\n", "",
+       {"line 1: SECTION without a name (group code 2): its 1 records are dropped"}},
+      {"entity between blocks",
+       "0\nSECTION\n2\nBLOCKS\n0\nLINE\n0\nBLOCK\n2\nB\n0\nENDBLK\n0\nENDSEC\n", "BLOCKS{B:;} ",
+       {"line 5: expected BLOCK, got \"LINE\": dropped"}},
+      {"block without ENDBLK, then another block",
+       "0\nSECTION\n2\nBLOCKS\n0\nBLOCK\n2\nB\n0\nLINE\n0\nBLOCK\n2\nC\n0\nENDBLK\n0\nENDSEC\n",
+       "BLOCKS{B:LINE,;C:;} ", {"line 5: block \"B\" has no ENDBLK: closed"}},
+      {"entries without TABLE, two types",
+       "0\nSECTION\n2\nTABLES\n0\nLAYER\n2\nA\n0\nLAYER\n2\nB\n0\nLTYPE\n2\nL\n0\nENDSEC\n",
+       "TABLES{LAYER:2;LTYPE:1;} ",
+       {"line 5: expected TABLE, got \"LAYER\": a LAYER table is made for the entries",
+        "line 5: table \"LAYER\" has no ENDTAB: closed",
+        "line 13: expected TABLE, got \"LTYPE\": a LTYPE table is made for the entries",
+        "line 13: table \"LTYPE\" has no ENDTAB: closed"}},
+      {"table without ENDTAB", "0\nSECTION\n2\nTABLES\n0\nTABLE\n2\nLTYPE\n0\nENDSEC\n",
+       "TABLES{LTYPE:0;} ", {"line 5: table \"LTYPE\" has no ENDTAB: closed"}},
+      {"VERTEX without SEQEND", entities + "0\nPOLYLINE\n0\nVERTEX\n0\nLINE\n0\nENDSEC\n",
+       "ENTITIES[POLYLINE/VERTEX/SEQEND,LINE,] ",
+       {"line 5: VERTEX records of POLYLINE are not closed by SEQEND: closed"}},
+      {"decimal comma and a whole number with decimals",
+       entities + "0\nLINE\n10\n1,5\n62\n3.0\n0\nENDSEC\n", "ENTITIES[LINE,] ",
+       {"line 8: group code 10: decimal comma in \"1,5\": read as 1.5",
+        "line 10: group code 62: a whole number written as \"3.0\": read as 3"}},
+      {"a value its code cannot carry, a code DXF does not define",
+       entities + "0\nLINE\n10\nx\n85\n1\n20\n2\n0\nENDSEC\n", "ENTITIES[LINE,] ",
+       {"line 8: group code 10: expected a number, got \"x\": the tag is dropped",
+        "line 9: not a DXF group code: \"85\": the code and its value are dropped"}},
+      {"lines out of step", entities + "0\nLINE\nxy\n1\n2\n0\nCIRCLE\n0\nENDSEC\n",
+       "ENTITIES[LINE,CIRCLE,] ",
+       {"line 7: expected a group code, got \"xy\": lines 7 to 9 are skipped"}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    TagModel model = TagModel::Load(c.text, "d.dxf");
+    EXPECT_EQ(Shape(model), c.shape);
+    EXPECT_EQ(model.repairs(), c.repairs);
+  }
+}
+
+TEST(TagModel, RefusesFilesWithNoDrawingAndThrowsWhenAskedTo) {
+  struct Case {
+    const char* name;
+    std::string text;
+    Faults faults;
     std::string message;
   };
   const Case cases[] = {
-      {"no ENDSEC", "0\nSECTION\n2\nENTITIES\n0\nLINE\n0\nEOF\n",
-       "d.dxf: line 1: group code 0: section ENTITIES has no ENDSEC"},
-      {"no ENDSEC, no EOF", "0\nSECTION\n2\nENTITIES\n0\nLINE\n",
-       "d.dxf: line 1: group code 0: section ENTITIES has no ENDSEC"},
-      {"SECTION without name", "0\nSECTION\n70\n1\n0\nENDSEC\n",
-       "d.dxf: line 1: group code 0: SECTION without a name (group code 2)"},
-      {"record outside a section", "0\nLINE\n8\n0\n",
+      {"no DXF at all", "hello\nworld\n", Faults::kRepair,
+       "d.dxf: line 1: expected a group code, got \"hello\""},
+      {"records but no section", "0\nLINE\n8\n0\n", Faults::kRepair,
        "d.dxf: line 1: group code 0: expected SECTION, got \"LINE\""},
-      {"entity between blocks", "0\nSECTION\n2\nBLOCKS\n0\nLINE\n0\nENDSEC\n",
-       "d.dxf: line 5: group code 0: expected BLOCK, got \"LINE\""},
-      {"block without ENDBLK", "0\nSECTION\n2\nBLOCKS\n0\nBLOCK\n2\nB\n0\nLINE\n0\nENDSEC\n",
-       "d.dxf: line 5: group code 0: block \"B\" has no ENDBLK"},
-      {"table entry outside TABLE", "0\nSECTION\n2\nTABLES\n0\nLAYER\n0\nENDSEC\n",
-       "d.dxf: line 5: group code 0: expected TABLE, got \"LAYER\""},
-      {"table without ENDTAB", "0\nSECTION\n2\nTABLES\n0\nTABLE\n2\nLTYPE\n0\nENDSEC\n",
-       "d.dxf: line 5: group code 0: table \"LTYPE\" has no ENDTAB"},
-      {"VERTEX without SEQEND",
-       "0\nSECTION\n2\nENTITIES\n0\nPOLYLINE\n0\nVERTEX\n0\nLINE\n0\nENDSEC\n",
-       "d.dxf: line 5: group code 0: VERTEX records of POLYLINE are not closed by SEQEND"},
-      {"value error passes through", "0\nSECTION\n2\nENTITIES\n0\nLINE\n10\nx\n0\nENDSEC\n",
+      {"no ENDSEC, strict", "0\nSECTION\n2\nENTITIES\n0\nLINE\n0\nEOF\n", Faults::kThrow,
+       "d.dxf: line 1: group code 0: section ENTITIES has no ENDSEC"},
+      {"value error, strict", "0\nSECTION\n2\nENTITIES\n0\nLINE\n10\nx\n0\nENDSEC\n", Faults::kThrow,
        "d.dxf: line 8: group code 10: expected a number, got \"x\""},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
     try {
-      TagModel::Load(c.text, "d.dxf");
+      TagModel::Load(c.text, "d.dxf", c.faults);
       ADD_FAILURE() << "no error";
     } catch (const ReadError& error) {
       EXPECT_EQ(std::string(error.what()), c.message);

@@ -2,6 +2,7 @@
 #ifndef TOVIK_DXF_TOKENIZER_H_
 #define TOVIK_DXF_TOKENIZER_H_
 
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -16,6 +17,10 @@ inline constexpr std::string_view kBinarySentinel{"AutoCAD Binary DXF\r\n\x1a\0"
 // The two encodings of a DXF file.
 enum class FileFormat : std::uint8_t { kAscii, kBinary };
 
+// What the tokenizer does with a fault: throw ReadError, or repair it and
+// list the repair.
+enum class Faults : std::uint8_t { kThrow, kRepair };
+
 // The tags of one file, in file order.
 struct TokenStream {
   FileFormat format = FileFormat::kAscii;
@@ -25,6 +30,9 @@ struct TokenStream {
   // True when the stream ended with a "0 EOF" tag (which is included).
   bool saw_eof = false;
   TagArray tags;
+  // With Faults::kRepair: what was repaired, in file order ("line 12:
+  // group code 10: decimal comma in \"1,5\": read as 1.5").
+  std::vector<std::string> repairs;
 };
 
 // Returns the format of `buffer`: binary when it starts with kBinarySentinel.
@@ -48,7 +56,15 @@ FileFormat DetectFormat(std::string_view buffer);
 // with the tag count, at most one tag per 3 input bytes. An ASCII file of a
 // few megabytes is read in two halves at once, with the same tags and the
 // same errors as one pass.
-TokenStream Tokenize(std::string_view buffer, std::string_view file_name);
+//
+// With Faults::kRepair nothing short of a file over 4 GiB throws: a decimal
+// comma is read as a point, a whole number written with decimals as an
+// integer; a value its code cannot carry and a code DXF does not define are
+// dropped with their tag; after a line that is no group code, reading
+// resumes at the next line "0" followed by a record type; a file cut inside
+// a tag ends before it. Each repair is listed in `repairs`.
+TokenStream Tokenize(std::string_view buffer, std::string_view file_name,
+                     Faults faults = Faults::kThrow);
 
 }  // namespace tovik::dxf
 

@@ -40,9 +40,8 @@ TEST(DxfDrawingRead, RefusesUnreadableInputNamingFileLineAndFault) {
     std::string message;
   };
   const Case cases[] = {
-      {"two records with one handle",
-       "0\nSECTION\n2\nENTITIES\n0\nLINE\n5\n2A\n8\n0\n0\nPOINT\n5\n2A\n8\n0\n0\nENDSEC\n0\nEOF\n",
-       "d.dxf: line 13: group code 5: duplicate handle 2A (also used at line 7)"},
+      {"no drawing at all", "this is not a drawing\n",
+       "d.dxf: line 1: expected a group code, got \"this is not a drawing\""},
       {"a block inserting itself through another",
        "0\nSECTION\n2\nBLOCKS\n0\nBLOCK\n2\nA\n0\nINSERT\n2\nB\n0\nENDBLK\n0\nBLOCK\n2\nB\n0\nINSERT\n2\nA\n"
        "0\nENDBLK\n0\nENDSEC\n0\nEOF\n",
@@ -56,6 +55,23 @@ TEST(DxfDrawingRead, RefusesUnreadableInputNamingFileLineAndFault) {
     EXPECT_EQ(ErrorText(*app, c.dxf, "d.dxf"), c.message);
   }
   EXPECT_TRUE(app->documents().empty());
+}
+
+TEST(DxfDrawingRead, TwoRecordsWithOneHandleGetTwoHandles) {
+  auto app = Application::Create({.open_drawing = false});
+  // The INSERT's attribute names it as owner: it follows the new handle.
+  auto doc = ReadDrawingBuffer(*app,
+                               "0\nSECTION\n2\nENTITIES\n0\nLINE\n5\n2A\n8\n0\n11\n5\n"
+                               "0\nINSERT\n5\n2A\n2\n*Model_Space\n66\n1\n0\nATTRIB\n5\n40\n330\n2A\n2\nT\n1\nv\n"
+                               "0\nSEQEND\n5\n41\n0\nENDSEC\n0\nEOF\n",
+                               "d.dxf");
+  ASSERT_EQ(Repairs(*doc).size(), 1u) << Repairs(*doc).back();
+  EXPECT_EQ(Repairs(*doc)[0], "line 15: duplicate handle 2A (also used at line 7): the record gets handle 42");
+  EXPECT_NE(As<Line>(doc->FindByHandle(0x2A)), nullptr);
+  auto* ref = As<BlockRef>(doc->FindByHandle(0x42));
+  ASSERT_NE(ref, nullptr);
+  ASSERT_EQ(ref->attributes().size(), 1u);
+  EXPECT_EQ(ref->attributes()[0]->handle(), 0x40u);
 }
 
 TEST(DxfDrawingRead, RepairsWhatAnAuditRepairsAndListsIt) {

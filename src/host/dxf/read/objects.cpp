@@ -284,6 +284,8 @@ std::shared_ptr<Document> ReadDrawingBuffer(Application& app, std::string buffer
   try {
     source = std::make_shared<DxfSource>(TagModel::Load(std::move(buffer), path));
     handles = ValidateModel(source->model, path);
+    source->repairs = source->model.repairs();
+    source->repairs.insert(source->repairs.end(), handles.repairs.begin(), handles.repairs.end());
   } catch (const ReadError& e) {
     throw ReadFailure(e.what());
   } catch (const std::bad_alloc&) {

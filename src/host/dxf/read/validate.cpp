@@ -42,7 +42,7 @@ std::string PlaceText(const TagModel& model, uint32_t position) {
 
 }  // namespace
 
-ModelHandles ValidateModel(const TagModel& model, std::string_view file_name) {
+ModelHandles ValidateModel(TagModel& model, std::string_view file_name, Faults faults) {
   // Each of the sections the drawing is built from may come once: a second
   // TABLES or BLOCKS would define everything again.
   std::unordered_map<int, const Section*> kinds;
@@ -66,6 +66,9 @@ ModelHandles ValidateModel(const TagModel& model, std::string_view file_name) {
     for (const Block& block : section.blocks) records += block.entities.size() + 2;
   }
   seen.reserve(records);
+  // Records whose handle an earlier record already has: they get new
+  // handles above every handle the file mentions, once all are known.
+  std::vector<const Record*> duplicates;
   ForEachRecord(model, [&](const Record& r) {
     // Handles the file only mentions count toward the largest too (a
     // dangling reference a repair drops): no new object may take one.
@@ -82,12 +85,38 @@ ModelHandles ValidateModel(const TagModel& model, std::string_view file_name) {
     if (!fresh) {
       char hex[24];
       std::snprintf(hex, sizeof hex, "%llX", static_cast<unsigned long long>(h));
-      throw ReadError(file_name, PositionKindOf(model), tag->position, tag->code,
-                      "duplicate handle " + std::string(hex) + " (also used at " +
-                          PlaceText(model, it->second) + ")");
+      std::string fault = "duplicate handle " + std::string(hex) + " (also used at " +
+                          PlaceText(model, it->second) + ")";
+      if (faults == Faults::kThrow) {
+        throw ReadError(file_name, PositionKindOf(model), tag->position, tag->code, fault);
+      }
+      duplicates.push_back(&r);
     }
     handles.max = std::max(handles.max, h);
   });
+  for (const Record* r : duplicates) {
+    // References elsewhere keep meaning the first record; the record's own
+    // followers (attributes, vertices, their SEQEND) name it as owner.
+    Tag* tag = const_cast<Tag*>(r->Find(5) ? r->Find(5) : r->Find(105));
+    uint64_t old = static_cast<uint64_t>(tag->integer);
+    uint64_t fresh = ++handles.max;
+    char hex[24];
+    std::snprintf(hex, sizeof hex, "%llX", static_cast<unsigned long long>(fresh));
+    handles.repairs.push_back(PlaceText(model, tag->position) + ": duplicate handle " +
+                              std::string(tag->text) + " (also used at " +
+                              PlaceText(model, seen.at(old)) + "): the record gets handle " + hex);
+    tag->integer = static_cast<int64_t>(fresh);
+    tag->text = model.Intern(hex);
+    seen.try_emplace(fresh, tag->position);
+    for (const Record& f : r->followers) {
+      for (Tag& t : f.tags) {
+        if (t.code == 330 && t.kind == ValueKind::kHandle && static_cast<uint64_t>(t.integer) == old) {
+          t.integer = static_cast<int64_t>(fresh);
+          t.text = tag->text;
+        }
+      }
+    }
+  }
 
   // Block nesting: name -> (inserted name, position of the INSERT).
   const Section* blocks = model.FindSection("BLOCKS");

@@ -4,7 +4,9 @@
 #define TOVIK_HOST_DXF_READ_VALIDATE_H_
 
 #include <cstdint>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "dxf/flat_map.h"
 #include "dxf/tag_model.h"
@@ -21,12 +23,19 @@ struct ModelHandles {
   FlatMap<uint64_t, uint32_t> positions;
   // The largest handle a record carries or a group names (0 when none).
   uint64_t max = 0;
+  // What was repaired ("line 13: duplicate handle 2A (also used at line 7):
+  // the record gets handle 31").
+  std::vector<std::string> repairs;
 };
 
-// Throws ReadError (file, line of the offending record, what) for a handle
-// used by two records or a block that inserts itself, directly or through
-// other blocks. Returns the handles of the model's records.
-ModelHandles ValidateModel(const TagModel& model, std::string_view file_name);
+// Throws ReadError (file, line of the offending record, what) for a block
+// that inserts itself, directly or through other blocks, or a section the
+// drawing is built from given twice. A handle used by two records is
+// repaired: the later record gets a new handle, above all the file
+// mentions (with Faults::kThrow it throws). Returns the handles of the
+// model's records.
+ModelHandles ValidateModel(TagModel& model, std::string_view file_name,
+                           Faults faults = Faults::kRepair);
 
 }  // namespace tovik::host::dxf
 
