@@ -28,6 +28,12 @@ CASES = {
     # Cut inside the TEXT: its values and the objects after it are lost.
     "truncated.dxf": ("section ENTITIES has no ENDSEC: closed",
                       {"header": 1, "geometry/attribs": 4, "objects": 1}),
+    # The block gets an anonymous name; its reference follows.
+    "nameless-block.dxf": ('a block without a name at line 1801: named "*U1"',
+                           {"header": 1, "block": 2, "entity": 2, "geometry/attribs": 1}),
+    # The second definition keeps its entities under a name of its own.
+    "duplicate-block-name.dxf": ('a second block "TAG" at line 1889: named "TAG$1"',
+                                 {"header": 1, "block": 1, "entity": 2}),
     "wrong-value-type.dxf": ('expected a 16-bit integer, got "red": the tag is dropped',
                              {"header": 1}),
 }

@@ -111,6 +111,21 @@ while p[end][0].strip() != "0":
     end += 1
 damaged["seqend-missing"] = join(p[:k] + p[end:])
 
+# A block without a name: its table entry, definition and reference lost it.
+damaged["nameless-block"] = base.replace("\n  2\nTAG\n", "\n  2\n\n").replace("\n  3\nTAG\n", "\n  3\n\n")
+
+# A second definition of block TAG (with handles of its own).
+p = list(ps)
+k = record_start(p, "BLOCK", 2)
+end = record_start(p, "ENDBLK", 2)
+while p[end + 1][0].strip() != "0":
+    end += 1
+copy = []
+fresh = iter(range(0x900, 0x1000))
+for c, v in p[k:end + 1]:
+    copy.append((c, "%X" % next(fresh)) if c.strip() == "5" else (c, v))
+damaged["duplicate-block-name"] = join(p[:end + 1] + copy + p[end + 1:])
+
 for name, text in damaged.items():
     with open(os.path.join(folder, name + ".dxf"), "w", newline="") as f:
         f.write(text)

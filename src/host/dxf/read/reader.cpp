@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <fstream>
 #include <sstream>
+#include <unordered_set>
 
 #include "frame/variant.h"
 #include "host/core/application.h"
@@ -291,20 +292,48 @@ void Loader::FillTableEntry(std::string_view table, const Record& record) {
 void Loader::LoadBlocks() {
   Section* section = source_.model.FindSection("BLOCKS");
   if (section == nullptr) return;
+  // The record each block definition fills, in order: the block record its
+  // owner handle names, else the one of its name, unless an earlier block
+  // took it; a block without a name or with a name taken gets a new one.
+  std::vector<BlockRecord*> records;
+  std::unordered_set<const BlockRecord*> claimed;
+  std::unordered_map<uint64_t, BlockRecord*> by_handle;
+  for (BlockRecord* b : doc_.blocks().items) by_handle[b->handle()] = b;
   for (const Block& block : section->blocks) {
     std::string name(block.Name());
-    BlockRecord* record = BlockNamed(name);
+    BlockRecord* record = nullptr;
+    if (auto it = by_handle.find(OwnerOf(block.begin)); it != by_handle.end() && !claimed.count(it->second) &&
+                                                          (name.empty() || FoldName(it->second->Name()) == FoldName(name))) {
+      record = it->second;
+    } else if (!name.empty() && BlockNamed(name) != nullptr && !claimed.count(BlockNamed(name))) {
+      record = BlockNamed(name);
+    }
     if (record == nullptr) {
+      std::string given = name;
+      if (name.empty() || BlockNamed(name) != nullptr) {
+        given = FreeBlockName(name.empty() || name[0] == '*' ? "*U" : name + "$");
+        Repair(std::string(name.empty() ? "a block without a name" : "a second block \"" + name + "\"") +
+               " at line " + std::to_string(block.begin.head.position) + ": named \"" + given + "\"");
+      }
       // A file before R2000 has no BLOCK_RECORD table: the BLOCK is the record.
       auto made = std::make_shared<BlockRecord>();
-      made->mutable_data().name = name;
+      made->mutable_data().name = given;
       record = made.get();
       doc_.Register(std::move(made), 0);
       doc_.AddRecord(doc_.blocks(), record);
-      blocks_[FoldName(name)] = record;
+      blocks_[FoldName(given)] = record;
     } else if (source_.records.count(record) == 0) {
       source_.unwritten.erase(record);
     }
+    if (record->Name().empty()) {
+      std::string given = FreeBlockName("*U");
+      Repair("a block without a name at line " + std::to_string(block.begin.head.position) + ": named \"" +
+             given + "\"");
+      record->mutable_data().name = given;
+      blocks_[FoldName(given)] = record;
+    }
+    claimed.insert(record);
+    records.push_back(record);
     if (source_.records.count(record) == 0) source_.records[record] = &block.begin;
     source_.bindings[&block.begin] = Binding{record, nullptr};
     auto& d = record->mutable_data();
@@ -314,9 +343,15 @@ void Loader::LoadBlocks() {
     d.is_xref = (flags & 4) != 0;
     d.xref_path = std::string(block.begin.StringOr(1));
   }
-  for (const Block& block : section->blocks) {
-    BlockRecord* record = BlockNamed(block.Name());
-    for (const Record& entity : block.entities) LoadEntity(entity, record);
+  for (size_t i = 0; i < section->blocks.size(); ++i) {
+    for (const Record& entity : section->blocks[i].entities) LoadEntity(entity, records[i]);
+  }
+}
+
+std::string Loader::FreeBlockName(const std::string& stem) const {
+  for (int k = 1;; ++k) {
+    std::string name = stem + std::to_string(k);
+    if (BlockNamed(name) == nullptr) return name;
   }
 }
 

@@ -93,7 +93,8 @@ void DbWriter::Modelled(const DbObject& object, std::vector<Tag>* want) {
   ModelledGroups g(*this, want);
   const Entity* e = AsEntity(&object);
   if (e == nullptr) {
-    // Of the records, layers and registered applications are patched.
+    // Of the records, layers are patched, and every symbol table entry's
+    // name: a renamed record is written under the name its users are.
     if (const auto* o = AsObject<LayerRecord>(&object)) {
       const auto& d = o->data();
       g.Text(2, d.name);
@@ -101,6 +102,14 @@ void DbWriter::Modelled(const DbObject& object, std::vector<Tag>* want) {
       if (d.linetype) g.Text(6, d.linetype->Name());
     } else if (const auto* o = AsObject<RegApp>(&object)) {
       g.Text(2, o->data().name);
+    } else if (const auto* o = AsObject<BlockRecord>(&object)) {
+      g.Text(2, o->Name());
+    } else if (const auto* o = AsObject<LinetypeRecord>(&object)) {
+      g.Text(2, o->Name());
+    } else if (const auto* o = AsObject<TextStyleRecord>(&object)) {
+      g.Text(2, o->Name());
+    } else if (const auto* o = AsObject<DimStyleRecord>(&object)) {
+      g.Text(2, o->Name());
     }
     return;
   }

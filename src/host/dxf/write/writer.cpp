@@ -363,7 +363,7 @@ void DbWriter::EmitBlocks(const Section* section) {
       auto it = source_.bindings.find(&block.begin);
       auto* record = it == source_.bindings.end() ? nullptr : static_cast<BlockRecord*>(it->second.object);
       if (record != nullptr && record->erased()) continue;
-      EmitRaw(block.begin);
+      EmitBlockBegin(block.begin, record);
       if (record != nullptr && !record->IsLayout()) {
         EmitEntityList(block.entities, {record});
       } else if (record != nullptr && record->IsLayout() && record != doc_.model_space() &&
@@ -475,6 +475,29 @@ void DbWriter::EmitBound(const Record& record, const Binding& binding) {
   } else {
     EmitPatched(record, binding);
   }
+}
+
+void DbWriter::EmitBlockBegin(const Record& begin, const BlockRecord* record) {
+  std::optional<Record> relinked = Relinked(begin, nullptr);
+  const Record& base = relinked ? *relinked : begin;
+  // A block renamed (or named by a repair) is written under its name: the
+  // 2 and 3 groups both carry it.
+  if (record == nullptr || FoldName(record->Name()) == FoldName(Trim(begin.StringOr(2)))) {
+    PutRecordTags(base);
+    return;
+  }
+  std::vector<Tag> tags(base.tags.begin(), base.tags.end());
+  bool named = false;
+  for (Tag& t : tags) {
+    if (t.code == 2 || t.code == 3) {
+      t = Tag::String(t.code, record->Name());
+      named = true;
+    }
+  }
+  if (!named) tags.insert(tags.begin(), Tag::String(2, record->Name()));
+  Record renamed = base;
+  renamed.tags = KeepTags(std::move(tags));
+  PutRecordTags(renamed);
 }
 
 void DbWriter::EmitRaw(const Record& record) {

@@ -156,6 +156,8 @@ class DbWriter {
   void EmitEntity(const Record& record);
   void EmitBound(const Record& record, const Binding& binding);
   void EmitRaw(const Record& record);
+  // The BLOCK record of a block definition, under the live block's name.
+  void EmitBlockBegin(const Record& begin, const BlockRecord* record);
   void EmitObjectTree(const DbObject& container);
   // Whether `object` is written at all: live, and not a standard record the
   // file did not name.

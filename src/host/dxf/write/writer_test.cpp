@@ -617,3 +617,50 @@ TEST_F(NewDrawingSave, R12KindsWrittenFromTheirRecordGetTheSubclassMarkersOfThei
 
 }  // namespace
 }  // namespace tovik::host::dxf
+
+namespace tovik::host::dxf {
+namespace {
+
+const std::string kTextDrawing = CorpusDrawing("ezdxf/text.dxf");
+
+TEST_F(NewDrawingSave, RenamedTableRecordsAreWrittenUnderTheNameTheirUsersGet) {
+  SKIP_WITHOUT_DRAWING(kTextDrawing);
+  struct Case {
+    const char* collection;
+    const char* old_name;
+    const char* new_name;
+  };
+  const Case cases[] = {
+      {"Blocks", "att_block", "Bloc_é"},
+      {"DimStyles", "Mech-2.5", "Cote_é"},
+  };
+  ObjectRef doc = Open(kTextDrawing);
+  for (const Case& c : cases) {
+    ObjectRef record = CallMethod(GetProperty(doc, c.collection).Object(), "Item", {Variant(c.old_name)}).Object();
+    LetProperty(record, "Name", Variant(c.new_name));
+  }
+  std::string path = ::testing::TempDir() + "/tovik_renamed.dxf";
+  CallMethod(doc, "SaveAs", {Variant(path)});
+  CallMethod(doc, "Close", {Variant(false)});
+  ObjectRef again = Open(path);
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.new_name);
+    ObjectRef records = GetProperty(again, c.collection).Object();
+    EXPECT_NO_THROW(CallMethod(records, "Item", {Variant(c.new_name)}));
+    EXPECT_THROW(CallMethod(records, "Item", {Variant(c.old_name)}), AutomationError);
+  }
+  // The block keeps its entities under the new name, and its references follow.
+  ObjectRef block = CallMethod(GetProperty(again, "Blocks").Object(), "Item", {Variant("Bloc_é")}).Object();
+  EXPECT_EQ(CLng(GetProperty(block, "Count")), 4);
+  int refs = 0;
+  for (const Variant& e : ForEach(GetProperty(again, "ModelSpace").Object())) {
+    if (CStr(GetProperty(e.Object(), "EntityName")) == "AcDbBlockReference") {
+      EXPECT_EQ(CStr(GetProperty(e.Object(), "Name")), "Bloc_é");
+      ++refs;
+    }
+  }
+  EXPECT_GT(refs, 0);
+}
+
+}  // namespace
+}  // namespace tovik::host::dxf
