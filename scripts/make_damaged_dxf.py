@@ -1,9 +1,10 @@
 #!/usr/bin/python3
 """Writes base.dxf (a small R2000 drawing made with ezdxf) and one damaged
 copy of it per kind of fault a careful reader must repair, each named after
-its fault. Run once; the files are kept with the tests.
+its fault. Run once; the files are kept with the tests, which check
+that each is repaired (tests/dxf_damaged/damaged_check.py).
 
-    /usr/bin/python3 tests/dxf_damaged/make_damaged.py tests/dxf_damaged
+    /usr/bin/python3 scripts/make_damaged_dxf.py tests/dxf_damaged
 """
 import os
 import sys
