@@ -4,7 +4,9 @@
 //   tovik classes          the automation classes and how each is obtained
 //   tovik info FILE.dxf    a summary of a drawing (version, units, tables,
 //                          entity counts, extended data, repairs)
-//   tovik convert IN OUT   reads any DXF and writes it in the host's version
+//   tovik convert IN OUT [--version R2000|...|R2018] [--binary]
+//                          reads any DXF, repairs it, and writes it in the
+//                          host's version or the one asked for
 //   tovik preview FILE.dxf -o OUT.png|OUT.svg [options]
 //                          a picture of the drawing (see preview_command.h)
 #include <cstdio>
@@ -35,7 +37,8 @@ constexpr const char* kUsage =
     "usage: tovik --version\n"
     "       tovik classes\n"
     "       tovik info FILE.dxf\n"
-    "       tovik convert IN.dxf OUT.dxf\n"
+    "       tovik convert IN.dxf OUT.dxf [--version R2000|R2004|R2007|R2010|R2013|R2018]\n"
+    "                     [--binary]\n"
     "       tovik preview FILE.dxf -o OUT.png|OUT.svg [--size WxH] [--layout NAME]\n"
     "                     [--window X1,Y1,X2,Y2] [--background black|white]\n"
     "       tovik run SCRIPT.py [DRAWING|FOLDER ...] [-o OUTDIR] [--jobs N] [--log LOG]\n"
@@ -117,13 +120,34 @@ int Info(const char* path) {
   ExitNow(0);  // while the drawing is still alive: it is not taken apart
 }
 
-int Convert(const char* in, const char* out) {
+int Convert(int argc, char** argv) {
   using namespace tovik::host;
+  const char* in = argv[2];
+  const char* out = argv[3];
+  SaveFormat format;
+  for (int i = 4; i < argc; ++i) {
+    std::string_view option = argv[i];
+    if (option == "--binary") {
+      format.binary = true;
+    } else if (option == "--version" && i + 1 < argc) {
+      format.version = std::string(tovik::host::dxf::VersionCodeOf(argv[++i]));
+      if (format.version.empty()) {
+        std::fprintf(stderr, "tovik: unknown version '%s' (R12, R2000, R2004, R2007, R2010, R2013, R2018)\n",
+                     argv[i]);
+        return 2;
+      }
+    } else {
+      std::fprintf(stderr, "tovik: unknown option '%s'\n%s", argv[i], kUsage);
+      return 2;
+    }
+  }
   auto app = Application::Create({.open_drawing = false});
   try {
     auto doc = Open(*app, in);
-    tovik::host::dxf::WriteDrawingFile(*doc, out);
+    std::vector<std::string> notes;
+    tovik::host::dxf::WriteDrawingFile(*doc, out, format, &notes);
     for (const auto& r : tovik::host::dxf::Repairs(*doc)) std::fprintf(stderr, "repaired: %s\n", r.c_str());
+    for (const auto& n : notes) std::fprintf(stderr, "written: %s\n", n.c_str());
     ExitNow(0);  // while the drawing is still alive: it is not taken apart
   } catch (const tovik::AutomationError& e) {
     std::fprintf(stderr, "tovik: %s\n", e.Description().c_str());
@@ -162,7 +186,7 @@ int main(int argc, char** argv) {
   if (command == "--version" || command == "version") return PrintVersion();
   if (command == "classes") return PrintClasses();
   if (command == "info" && argc == 3) return Info(argv[2]);
-  if (command == "convert" && argc == 4) return Convert(argv[2], argv[3]);
+  if (command == "convert" && argc >= 4) return Convert(argc, argv);
   if (command == "preview") return tovik::cli::Preview(argc - 2, argv + 2);
   if (command == "run") return Run(argc, argv);
   if (command == "--help" || command == "help") {

@@ -1,5 +1,7 @@
 #include "dxf/tag_writer.h"
 
+#include <cstring>
+
 #include <charconv>
 #include <memory>
 #include <cstdio>
@@ -174,6 +176,59 @@ void WriteDxfFile(const TagModel& model, const std::string& path, const WriteOpt
   bool ok = std::fwrite(text.data(), 1, text.size(), file) == text.size();
   ok = std::fclose(file) == 0 && ok;
   if (!ok) throw std::runtime_error("cannot write " + path);
+}
+
+namespace {
+
+template <class T>
+void AppendLittleEndian(T value, std::string* out) {
+  char bytes[sizeof(T)];
+  std::memcpy(bytes, &value, sizeof(T));
+  out->append(bytes, sizeof(T));
+}
+
+}  // namespace
+
+std::string AsciiToBinaryDxf(std::string_view ascii, bool one_byte_codes) {
+  TokenStream stream = Tokenize(ascii, "the written drawing");
+  std::string out(kBinarySentinel);
+  out.reserve(ascii.size());
+  auto put_code = [&](int code) {
+    if (one_byte_codes && code < 255) {
+      out += static_cast<char>(code);
+    } else {
+      if (one_byte_codes) out += static_cast<char>(0xFF);
+      AppendLittleEndian(static_cast<std::int16_t>(code), &out);
+    }
+  };
+  for (const Tag& tag : stream.tags) {
+    put_code(tag.code);
+    switch (tag.kind) {
+      case ValueKind::kString:
+      case ValueKind::kHandle:
+        out.append(tag.text);
+        out += '\0';
+        break;
+      case ValueKind::kDouble: AppendLittleEndian(tag.real, &out); break;
+      case ValueKind::kInt16: AppendLittleEndian(static_cast<std::int16_t>(tag.integer), &out); break;
+      case ValueKind::kInt32: AppendLittleEndian(static_cast<std::int32_t>(tag.integer), &out); break;
+      case ValueKind::kInt64: AppendLittleEndian(tag.integer, &out); break;
+      case ValueKind::kBool: out += static_cast<char>(tag.integer); break;
+      case ValueKind::kBinary: {
+        std::string bytes = tag.BinaryBytes();
+        // A length byte: a longer chunk is split into tags of 255 bytes.
+        for (std::size_t at = 0; at == 0 || at < bytes.size(); at += 255) {
+          std::size_t n = std::min<std::size_t>(255, bytes.size() - at);
+          if (at > 0) put_code(tag.code);
+          out += static_cast<char>(n);
+          out.append(bytes, at, n);
+        }
+        break;
+      }
+      case ValueKind::kInvalid: break;
+    }
+  }
+  return out;
 }
 
 }  // namespace tovik::dxf

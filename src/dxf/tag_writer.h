@@ -31,6 +31,16 @@ struct WriteOptions {
 // through `encoder` when given (a file before R2007), else stays UTF-8.
 void AppendTag(const Tag& tag, TextEncoder* encoder, LineEnd line_end, std::string* out);
 
+// Returns ASCII DXF text `ascii` (as AppendTag writes it) as binary DXF: the
+// sentinel, then each tag's code in two bytes (one byte with a 255 escape
+// when `one_byte_codes`, as R12 and older write), strings and handles
+// NUL-terminated as the ASCII text has them (control characters stay in
+// their ^J form, which readers of both forms take alike), numbers in binary
+// little-endian form as an ASCII reader would read them, binary chunks as a
+// length byte and bytes.
+// Throws ReadError when `ascii` is not valid DXF.
+std::string AsciiToBinaryDxf(std::string_view ascii, bool one_byte_codes);
+
 // Returns the whole model as ASCII DXF text ending in "0 EOF": leading tags,
 // then every section with its records and followers in model order.
 std::string WriteDxf(const TagModel& model, const WriteOptions& options = {});

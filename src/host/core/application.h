@@ -26,12 +26,21 @@ class Document;
 // application (it builds on the host, so the host reaches it through this
 // hook); without them Documents.Open finds no file and SaveAs raises Not
 // applicable.
+// How a drawing is written.
+struct SaveFormat {
+  // The $ACADVER to write ("AC1015"); empty: the host's own choice.
+  std::string version;
+  // Binary DXF instead of ASCII.
+  bool binary = false;
+};
+
 struct DrawingFileIo {
   // Builds a complete new document from the file at `path` (not yet open
   // in the application); throws an AutomationError naming file and line.
   std::function<std::shared_ptr<Document>(Application& app, const std::string& path)> open;
-  // Writes `document` to `path`; throws an AutomationError on failure.
-  std::function<void(Document& document, const std::string& path)> save;
+  // Writes `document` to `path` in `format`; throws an AutomationError on
+  // failure.
+  std::function<void(Document& document, const std::string& path, const SaveFormat& format)> save;
 };
 
 // Settings of a headless host.

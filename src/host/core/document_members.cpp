@@ -17,6 +17,23 @@
 namespace tovik::host {
 namespace {
 
+// The DXF version a SaveAs file type asks for (AcSaveAsType: acR12_dxf 1,
+// ac2000_dxf 13, ac2004_dxf 25, ac2007_dxf 37, ac2010_dxf 49, ac2013_dxf 61,
+// ac2018_dxf 65); empty for any other type: the host's own version.
+std::string DxfVersionOfSaveAsType(int32_t type) {
+  switch (type) {
+    case 1: return "AC1009";
+    case 13: return "AC1015";
+    case 25: return "AC1018";
+    case 37: return "AC1021";
+    case 49: return "AC1024";
+    case 61: return "AC1027";
+    case 65: return "AC1032";
+    default: return "";
+  }
+}
+
+
 // A handle text: hex digits only, any case, at most 16.
 std::optional<uint64_t> ParseHandle(std::string_view text) {
   if (text.empty() || text.size() > 16) return std::nullopt;
@@ -171,7 +188,9 @@ const MemberTable<Document>& Document::Members() {
           std::string path = StringArg(a[0], {"FullFileName", "SaveAs"});
           const DrawingFileIo& io = s.application()->file_io();
           if (!io.save) throw HostError(HostFailure::kNotApplicable);
-          io.save(s, path);
+          SaveFormat format;
+          if (a.Has(1)) format.version = DxfVersionOfSaveAsType(LongArg(a[1], {"FileType", "SaveAs"}));
+          io.save(s, path, format);
           s.set_full_name(path);
           return Variant();
         },
@@ -179,7 +198,7 @@ const MemberTable<Document>& Document::Members() {
     t.Method("Save", [](K& s, CallArgs&) {
       const DrawingFileIo& io = s.application()->file_io();
       if (!io.save || s.full_name().empty()) throw HostError(HostFailure::kNotApplicable);
-      io.save(s, s.full_name());
+      io.save(s, s.full_name(), SaveFormat{});
       return Variant();
     });
     t.Method(

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "frame/automation_error.h"
+#include "host/core/application.h"
 
 namespace tovik::host {
 class Application;
@@ -40,13 +41,21 @@ std::vector<std::string> Repairs(const Document& document);
 // a drawing not read from DXF or a file without HEADER.
 std::string SourceVersion(const Document& document);
 
-// Returns `document` as ASCII DXF in the host's version (kWriteVersion).
-// Objects read from a file keep their handles and every group the host does
-// not model; new objects get handles from $HANDSEED.
-std::string WriteDrawing(const Document& document);
-// Writes WriteDrawing(document) to `path`; raises an AutomationError naming
-// the path when it cannot be written.
-void WriteDrawingFile(const Document& document, const std::string& path);
+// Returns `document` as DXF in `format`: by default ASCII in the host's
+// version (kWriteVersion). Objects read from a file keep their handles and
+// every group the host does not model; new objects get handles from
+// $HANDSEED. A version older than the drawing's data adds to `notes` what it
+// cannot hold and how that was written instead. An unknown version raises
+// an AutomationError.
+std::string WriteDrawing(const Document& document, const SaveFormat& format = {},
+                         std::vector<std::string>* notes = nullptr);
+// Writes WriteDrawing(document, format) to `path`; raises an AutomationError
+// naming the path when it cannot be written.
+void WriteDrawingFile(const Document& document, const std::string& path,
+                      const SaveFormat& format = {}, std::vector<std::string>* notes = nullptr);
+// The $ACADVER of a version name: "R2000" -> "AC1015" (R12, R2000, R2004,
+// R2007, R2010, R2013, R2018); empty for any other name.
+std::string_view VersionCodeOf(std::string_view release);
 
 // Makes Documents.Open, Document.SaveAs/Save and Import of `app` read and
 // write DXF through the functions above.

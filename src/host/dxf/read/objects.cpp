@@ -325,7 +325,9 @@ std::shared_ptr<Document> ReadDrawingFile(Application& app, const std::string& p
 void InstallDxfFileIo(Application& app) {
   app.SetFileIo(DrawingFileIo{
       [](Application& app, const std::string& path) { return ReadDrawingFile(app, path); },
-      [](Document& doc, const std::string& path) { WriteDrawingFile(doc, path); }});
+      [](Document& doc, const std::string& path, const SaveFormat& format) {
+        WriteDrawingFile(doc, path, format);
+      }});
 }
 
 }  // namespace tovik::host::dxf

@@ -2,9 +2,11 @@
 // text kept alive while a record is written, and the entry points that
 // hand the drawing to a string or a file. The body is held in pieces until
 // the header, written last, has gone out first.
+#include <algorithm>
 #include <fstream>
 
 #include "host/core/host_error.h"
+#include "dxf/tag_writer.h"
 #include "host/dxf/binding.h"
 #include "host/dxf/dxf_file.h"
 #include "host/dxf/write/writer.h"
@@ -24,6 +26,15 @@ std::string_view DbWriter::Keep(std::string text) { return kept_.emplace_back(st
 std::span<Tag> DbWriter::KeepTags(std::vector<Tag> tags) { return kept_tags_.emplace_back(std::move(tags)); }
 
 void DbWriter::Put(const Tag& tag) {
+  if (drop_true_colours_) {
+    // An XRECORD's groups are its owner's data, whatever their codes.
+    if (tag.code == 0) {
+      in_xrecord_ = tag.text == "XRECORD";
+    } else if (tag.code >= 420 && tag.code <= 449 && !in_xrecord_) {
+      ++dropped_colours_;
+      return;
+    }
+  }
   if (tag.kind == ValueKind::kString && encoder_ == nullptr) {
     std::string_view escaped = source_.model.EscapedFormOf(tag.text);
     if (!escaped.empty()) {
@@ -100,31 +111,76 @@ std::shared_ptr<DxfSource> SourceOrEmpty(const Document& document) {
 
 }  // namespace
 
-std::string WriteDrawing(const Document& document) {
+std::string_view VersionCodeOf(std::string_view release) {
+  constexpr std::pair<std::string_view, std::string_view> kReleases[] = {
+      {"R12", "AC1009"},   {"R2000", "AC1015"}, {"R2004", "AC1018"}, {"R2007", "AC1021"},
+      {"R2010", "AC1024"}, {"R2013", "AC1027"}, {"R2018", "AC1032"},
+  };
+  for (const auto& [name, code] : kReleases) {
+    if (FoldName(release) == FoldName(name)) return code;
+  }
+  return {};
+}
+
+namespace {
+
+// Raises the error of a version this writer cannot write.
+void CheckVersion(const std::string& version) {
+  constexpr std::string_view kWritten[] = {"AC1015", "AC1018", "AC1021", "AC1024", "AC1027", "AC1032"};
+  if (version.empty() || std::find(std::begin(kWritten), std::end(kWritten), version) != std::end(kWritten)) {
+    return;
+  }
+  throw AutomationError(kReadFailedNumber,
+                        "DXF version " + version + " cannot be written (AC1015 to AC1032 can)",
+                        std::string(kHostErrorSource));
+}
+
+}  // namespace
+
+std::string WriteDrawing(const Document& document, const SaveFormat& format,
+                         std::vector<std::string>* notes) {
+  CheckVersion(format.version);
   std::shared_ptr<DxfSource> source = SourceOrEmpty(document);
   std::string out;
   // About the size of the file read: the text does not have to move as it
   // grows (pages reserved but never written cost nothing).
   out.reserve(source->model.source_size() + source->model.source_size() / 8 + (1 << 16));
-  DbWriter writer(document, *source);
+  DbWriter writer(document, *source, format.version);
   writer.Run([&out](std::string_view piece) { out.append(piece); });
+  std::vector<std::string> written_notes = writer.TakeNotes();
+  if (notes != nullptr) notes->insert(notes->end(), written_notes.begin(), written_notes.end());
+  if (format.binary) return AsciiToBinaryDxf(out, false);
   return out;
 }
 
-void WriteDrawingFile(const Document& document, const std::string& path) {
+void WriteDrawingFile(const Document& document, const std::string& path, const SaveFormat& format,
+                      std::vector<std::string>* notes) {
+  CheckVersion(format.version);
   std::shared_ptr<DxfSource> source = SourceOrEmpty(document);
-  DbWriter writer(document, *source);
+  DbWriter writer(document, *source, format.version);
   // The file is opened with the first piece, once the whole drawing is
   // written: a drawing that cannot be written leaves an existing file alone.
+  // Binary DXF is made from the whole text at the end.
   std::ofstream file;
   bool opened = false;
-  writer.Run([&](std::string_view piece) {
+  std::string text;
+  auto write = [&](std::string_view piece) {
     if (!opened) {
       file.open(path, std::ios::binary | std::ios::trunc);
       opened = true;
     }
     if (file) file.write(piece.data(), static_cast<std::streamsize>(piece.size()));
+  };
+  writer.Run([&](std::string_view piece) {
+    if (format.binary) {
+      text.append(piece);
+    } else {
+      write(piece);
+    }
   });
+  if (format.binary) write(AsciiToBinaryDxf(text, false));
+  std::vector<std::string> written_notes = writer.TakeNotes();
+  if (notes != nullptr) notes->insert(notes->end(), written_notes.begin(), written_notes.end());
   if (opened && file) file.close();
   if (!opened || !file) {
     throw AutomationError(kReadFailedNumber, path + ": cannot write the file",

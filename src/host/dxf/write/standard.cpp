@@ -211,7 +211,7 @@ void DbWriter::EmitMissingHeaderVariables(const Section& section) {
       PutInt(def.code, static_cast<int64_t>(NumberOr(value, 0)));
     }
   }
-  if (version_ == kWriteVersion && !has("$DWGCODEPAGE")) {
+  if ((modern_ || !IsUtf8Version(version_)) && !has("$DWGCODEPAGE")) {
     PutString(9, "$DWGCODEPAGE");
     PutString(3, "ANSI_1252");
   }
@@ -227,7 +227,7 @@ void DbWriter::EmitClasses(const Section* section) {
       present.push_back(r.StringOr(1));
     }
   }
-  if (version_ != kWriteVersion) return;
+  if (!modern_) return;
   for (const ClassDef& c : kClasses) {
     if (std::find(present.begin(), present.end(), c.dxf_name) != present.end()) continue;
     // A file read keeps its classes; only those of objects it gained are added.

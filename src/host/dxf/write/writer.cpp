@@ -42,12 +42,33 @@ constexpr std::string_view kStandardKeys[] = {"ACAD_GROUP", "ACAD_LAYOUT", "ACAD
 
 }  // namespace
 
-DbWriter::DbWriter(const Document& doc, DxfSource& source)
+DbWriter::DbWriter(const Document& doc, DxfSource& source, std::string_view version)
     : doc_(const_cast<Document&>(doc)), source_(source) {
   // Every drawing is written in the host's version (older files are
   // upgraded on the way), unless it holds data that version has no form for.
   std::string_view original = source.model.version();
   version_ = std::string(WriteVersionFor(source.model));
+  modern_ = version_ == kWriteVersion;
+  if (!version.empty() && version != version_) {
+    if (version > version_) {
+      // Asked for a newer version than the drawing's forms allow.
+      notes_.push_back("written as " + version_ + ", not " + std::string(version) +
+                       ": the drawing holds forms " + std::string(version) + " has no room for");
+    } else {
+      version_ = std::string(version);
+    }
+  }
+  // Before R2004 an object has only an index colour: true colours, colour
+  // names and transparency (420-449) are left out.
+  drop_true_colours_ = version_ < "AC1018";
+  if (version_ < "AC1027") {
+    for (const Section& section : source.model.sections()) {
+      if (section.kind == SectionKind::kAcdsData && !section.records.empty()) {
+        notes_.push_back("solids, regions and bodies keep their shape data in the ACDSDATA section (R2013 "
+                         "on): written as it is, but readers of " + version_ + " look for it in the entities");
+      }
+    }
+  }
   // Records are patched in place only when the file has the block records
   // they hang from (model space's at least); otherwise everything is
   // written from the live objects.
@@ -62,6 +83,15 @@ DbWriter::DbWriter(const Document& doc, DxfSource& source)
   upgrade_ = read && (original.empty() || original < "AC1015");
   all_new_ = read && (original < "AC1012" || !has_block_records);
   if (!IsUtf8Version(version_)) encoder_ = std::make_unique<TextEncoder>(source.model.code_page());
+}
+
+std::vector<std::string> DbWriter::TakeNotes() {
+  if (dropped_colours_ > 0) {
+    notes_.push_back(std::to_string(dropped_colours_) + " true colours, colour names or transparencies left out: " +
+                     version_ + " holds index colours only (each object keeps its nearest index colour)");
+    dropped_colours_ = 0;
+  }
+  return std::move(notes_);
 }
 
 bool DbWriter::Written(const DbObject* object) const {

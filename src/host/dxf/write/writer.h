@@ -77,7 +77,10 @@ bool WrittenFromSource(const Entity& entity);
 
 class DbWriter {
  public:
-  DbWriter(const Document& doc, DxfSource& source);
+  // `version`: the $ACADVER to write; empty for the host's own choice.
+  DbWriter(const Document& doc, DxfSource& source, std::string_view version = {});
+  // What the written version could not hold and how it was written instead.
+  std::vector<std::string> TakeNotes();
 
   // Receives the written text piece by piece, in file order.
   using TextSink = std::function<void(std::string_view piece)>;
@@ -268,6 +271,13 @@ class DbWriter {
   bool holding_body_ = false;
   std::unique_ptr<TextEncoder> encoder_;
   std::string version_;
+  // The version the drawing would be written in is the host's own: classes
+  // and the code page are added as for it.
+  bool modern_ = true;
+  bool drop_true_colours_ = false;
+  bool in_xrecord_ = false;
+  size_t dropped_colours_ = 0;
+  std::vector<std::string> notes_;
   // A file before R2000 is upgraded: standard records it never named are
   // written too. An R12 file (no BLOCK_RECORD table) is written wholly from
   // the live objects, its records kept as they came upgraded.

@@ -664,3 +664,46 @@ TEST_F(NewDrawingSave, RenamedTableRecordsAreWrittenUnderTheNameTheirUsersGet) {
 
 }  // namespace
 }  // namespace tovik::host::dxf
+
+namespace tovik::host::dxf {
+namespace {
+
+TEST_F(NewDrawingSave, EveryVersionAsciiOrBinaryReadsBackWithItsText) {
+  ObjectRef doc = CallMethod(docs_, "Add").Object();
+  ObjectRef ms = GetProperty(doc, "ModelSpace").Object();
+  ObjectRef circle = CallMethod(ms, "AddCircle", {Pt(0, 0), Variant(3.0)}).Object();
+  ObjectRef color = GetProperty(circle, "TrueColor").Object();
+  CallMethod(color, "SetRGB", {Variant(int32_t{10}), Variant(int32_t{20}), Variant(int32_t{200})});
+  SetProperty(circle, "TrueColor", color);
+  CallMethod(ms, "AddText", {Variant("Λ 45° ^ x"), Pt(1, 1), Variant(2.0)});
+  const Document& written = *app_->documents().back();
+  for (std::string_view release : {"R2000", "R2004", "R2007", "R2010", "R2013", "R2018"}) {
+    for (bool binary : {false, true}) {
+      SCOPED_TRACE(std::string(release) + (binary ? " binary" : " ascii"));
+      std::vector<std::string> notes;
+      SaveFormat format{std::string(VersionCodeOf(release)), binary};
+      std::string out = WriteDrawing(written, format, &notes);
+      EXPECT_EQ(out.starts_with("AutoCAD Binary DXF"), binary);
+      auto read = ReadDrawingBuffer(*app_, out, "v.dxf");
+      EXPECT_EQ(SourceVersion(*read), format.version);
+      EXPECT_TRUE(Repairs(*read).empty());
+      std::vector<const Entity*> entities(read->model_space()->entities().begin(),
+                                          read->model_space()->entities().end());
+      ASSERT_EQ(entities.size(), 2u);
+      EXPECT_EQ(As<Text>(entities[1])->data().text, "Λ 45° ^ x");
+      // Before R2004 the circle keeps only its nearest index colour.
+      bool rgb = entities[0]->props().color.method == kColorByRgb;
+      EXPECT_EQ(rgb, release != "R2000");
+      EXPECT_EQ(notes.size(), release == "R2000" ? 1u : 0u);
+      read->Close();
+    }
+  }
+  // SaveAs with a file type (ac2000_dxf) writes that version.
+  std::string path = ::testing::TempDir() + "/tovik_r2000.dxf";
+  CallMethod(doc, "SaveAs", {Variant(path), Variant(int32_t{13})});
+  EXPECT_EQ(SavedFile(path).model.version(), "AC1015");
+  EXPECT_THROW(WriteDrawing(written, SaveFormat{"AC1009", false}), AutomationError);
+}
+
+}  // namespace
+}  // namespace tovik::host::dxf
