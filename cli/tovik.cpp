@@ -4,7 +4,7 @@
 //   tovik classes          the automation classes and how each is obtained
 //   tovik info FILE.dxf    a summary of a drawing (version, units, tables,
 //                          entity counts, extended data, repairs)
-//   tovik convert IN OUT [--version R2000|...|R2018] [--binary]
+//   tovik convert IN OUT [--version R12|R2000|...|R2018] [--binary]
 //                          reads any DXF, repairs it, and writes it in the
 //                          host's version or the one asked for
 //   tovik preview FILE.dxf -o OUT.png|OUT.svg [options]
@@ -37,7 +37,7 @@ constexpr const char* kUsage =
     "usage: tovik --version\n"
     "       tovik classes\n"
     "       tovik info FILE.dxf\n"
-    "       tovik convert IN.dxf OUT.dxf [--version R2000|R2004|R2007|R2010|R2013|R2018]\n"
+    "       tovik convert IN.dxf OUT.dxf [--version R12|R2000|R2004|R2007|R2010|R2013|R2018]\n"
     "                     [--binary]\n"
     "       tovik preview FILE.dxf -o OUT.png|OUT.svg [--size WxH] [--layout NAME]\n"
     "                     [--window X1,Y1,X2,Y2] [--background black|white]\n"

@@ -126,13 +126,39 @@ namespace {
 
 // Raises the error of a version this writer cannot write.
 void CheckVersion(const std::string& version) {
-  constexpr std::string_view kWritten[] = {"AC1015", "AC1018", "AC1021", "AC1024", "AC1027", "AC1032"};
+  constexpr std::string_view kWritten[] = {"AC1009", "AC1015", "AC1018", "AC1021",
+                                           "AC1024", "AC1027", "AC1032"};
   if (version.empty() || std::find(std::begin(kWritten), std::end(kWritten), version) != std::end(kWritten)) {
     return;
   }
   throw AutomationError(kReadFailedNumber,
-                        "DXF version " + version + " cannot be written (AC1015 to AC1032 can)",
+                        "DXF version " + version + " cannot be written (AC1009 and AC1015 to AC1032 can)",
                         std::string(kHostErrorSource));
+}
+
+// The drawing as DXF text in `format`: R12 is made from the R2000 text.
+std::string Written(const Document& document, const SaveFormat& format, std::vector<std::string>* notes) {
+  bool r12 = format.version == "AC1009";
+  std::shared_ptr<DxfSource> source = SourceOrEmpty(document);
+  std::string out;
+  // About the size of the file read: the text does not have to move as it
+  // grows (pages reserved but never written cost nothing).
+  out.reserve(source->model.source_size() + source->model.source_size() / 8 + (1 << 16));
+  DbWriter writer(document, *source, r12 ? std::string_view("AC1015") : std::string_view(format.version));
+  writer.Run([&out](std::string_view piece) { out.append(piece); });
+  std::vector<std::string> written_notes = writer.TakeNotes();
+  if (r12) {
+    // The notes of the R2000 text hold for the R12 one made from it.
+    for (std::string& note : written_notes) {
+      for (size_t at = note.find("AC1015"); at != std::string::npos; at = note.find("AC1015", at)) {
+        note.replace(at, 6, "AC1009");
+      }
+    }
+    out = R12FromR2000(out, &written_notes);
+  }
+  if (notes != nullptr) notes->insert(notes->end(), written_notes.begin(), written_notes.end());
+  if (format.binary) return AsciiToBinaryDxf(out, r12);
+  return out;
 }
 
 }  // namespace
@@ -140,30 +166,17 @@ void CheckVersion(const std::string& version) {
 std::string WriteDrawing(const Document& document, const SaveFormat& format,
                          std::vector<std::string>* notes) {
   CheckVersion(format.version);
-  std::shared_ptr<DxfSource> source = SourceOrEmpty(document);
-  std::string out;
-  // About the size of the file read: the text does not have to move as it
-  // grows (pages reserved but never written cost nothing).
-  out.reserve(source->model.source_size() + source->model.source_size() / 8 + (1 << 16));
-  DbWriter writer(document, *source, format.version);
-  writer.Run([&out](std::string_view piece) { out.append(piece); });
-  std::vector<std::string> written_notes = writer.TakeNotes();
-  if (notes != nullptr) notes->insert(notes->end(), written_notes.begin(), written_notes.end());
-  if (format.binary) return AsciiToBinaryDxf(out, false);
-  return out;
+  return Written(document, format, notes);
 }
 
 void WriteDrawingFile(const Document& document, const std::string& path, const SaveFormat& format,
                       std::vector<std::string>* notes) {
   CheckVersion(format.version);
-  std::shared_ptr<DxfSource> source = SourceOrEmpty(document);
-  DbWriter writer(document, *source, format.version);
+  bool whole = format.binary || format.version == "AC1009";
   // The file is opened with the first piece, once the whole drawing is
   // written: a drawing that cannot be written leaves an existing file alone.
-  // Binary DXF is made from the whole text at the end.
   std::ofstream file;
   bool opened = false;
-  std::string text;
   auto write = [&](std::string_view piece) {
     if (!opened) {
       file.open(path, std::ios::binary | std::ios::trunc);
@@ -171,16 +184,16 @@ void WriteDrawingFile(const Document& document, const std::string& path, const S
     }
     if (file) file.write(piece.data(), static_cast<std::streamsize>(piece.size()));
   };
-  writer.Run([&](std::string_view piece) {
-    if (format.binary) {
-      text.append(piece);
-    } else {
-      write(piece);
-    }
-  });
-  if (format.binary) write(AsciiToBinaryDxf(text, false));
-  std::vector<std::string> written_notes = writer.TakeNotes();
-  if (notes != nullptr) notes->insert(notes->end(), written_notes.begin(), written_notes.end());
+  if (whole) {
+    // Binary and R12 are made from the whole text.
+    write(Written(document, format, notes));
+  } else {
+    std::shared_ptr<DxfSource> source = SourceOrEmpty(document);
+    DbWriter writer(document, *source, format.version);
+    writer.Run(write);
+    std::vector<std::string> written_notes = writer.TakeNotes();
+    if (notes != nullptr) notes->insert(notes->end(), written_notes.begin(), written_notes.end());
+  }
   if (opened && file) file.close();
   if (!opened || !file) {
     throw AutomationError(kReadFailedNumber, path + ": cannot write the file",

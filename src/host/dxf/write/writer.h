@@ -75,6 +75,11 @@ struct StandardObject {
 // read from a file is written from the record it came from.
 bool WrittenFromSource(const Entity& entity);
 
+// Returns R12 DXF (AC1009) made from `r2000`, the drawing as this writer
+// wrote it in AC1015; adds to `notes` what R12 could not hold and how it
+// was written instead (r12.cpp).
+std::string R12FromR2000(const std::string& r2000, std::vector<std::string>* notes);
+
 class DbWriter {
  public:
   // `version`: the $ACADVER to write; empty for the host's own choice.

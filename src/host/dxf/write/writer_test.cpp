@@ -677,7 +677,7 @@ TEST_F(NewDrawingSave, EveryVersionAsciiOrBinaryReadsBackWithItsText) {
   SetProperty(circle, "TrueColor", color);
   CallMethod(ms, "AddText", {Variant("Λ 45° ^ x"), Pt(1, 1), Variant(2.0)});
   const Document& written = *app_->documents().back();
-  for (std::string_view release : {"R2000", "R2004", "R2007", "R2010", "R2013", "R2018"}) {
+  for (std::string_view release : {"R12", "R2000", "R2004", "R2007", "R2010", "R2013", "R2018"}) {
     for (bool binary : {false, true}) {
       SCOPED_TRACE(std::string(release) + (binary ? " binary" : " ascii"));
       std::vector<std::string> notes;
@@ -692,17 +692,33 @@ TEST_F(NewDrawingSave, EveryVersionAsciiOrBinaryReadsBackWithItsText) {
       ASSERT_EQ(entities.size(), 2u);
       EXPECT_EQ(As<Text>(entities[1])->data().text, "Λ 45° ^ x");
       // Before R2004 the circle keeps only its nearest index colour.
-      bool rgb = entities[0]->props().color.method == kColorByRgb;
-      EXPECT_EQ(rgb, release != "R2000");
-      EXPECT_EQ(notes.size(), release == "R2000" ? 1u : 0u);
+      bool older = release == "R12" || release == "R2000";
+      EXPECT_EQ(entities[0]->props().color.method == kColorByRgb, !older);
+      EXPECT_EQ(notes.size(), older ? 1u : 0u);
       read->Close();
     }
   }
+  // R12 has no LWPOLYLINE, MTEXT or ELLIPSE: polylines and a TEXT a line.
+  ObjectRef pline = CallMethod(ms, "AddLightWeightPolyline", {DoublesValue({0, 0, 4, 0, 4, 3})}).Object();
+  CallMethod(pline, "SetBulge", {Variant(int32_t{0}), Variant(0.5)});
+  CallMethod(ms, "AddMText", {Pt(0, 10), Variant(20.0), Variant("one\\Ptwo")});
+  CallMethod(ms, "AddEllipse", {Pt(0, 0), Pt(5, 0), Variant(0.5)});
+  std::vector<std::string> notes;
+  TagModel r12 = TagModel::Load(WriteDrawing(written, SaveFormat{"AC1009", false}, &notes), "r12.dxf");
+  std::string kinds;
+  for (const Record& r : r12.FindSection("ENTITIES")->records) {
+    kinds += std::string(r.type) + (r.followers.empty() ? "" : std::to_string(r.followers.size())) + " ";
+    if (r.type == "POLYLINE" && r.followers.size() == 4) {
+      EXPECT_EQ(r.followers[0].DoubleOf(42), 0.5);
+    }
+  }
+  EXPECT_EQ(kinds, "CIRCLE TEXT POLYLINE4 TEXT TEXT POLYLINE65 ");
+  EXPECT_EQ(notes.size(), 3u);  // true colour, MTEXT, ELLIPSE
   // SaveAs with a file type (ac2000_dxf) writes that version.
   std::string path = ::testing::TempDir() + "/tovik_r2000.dxf";
   CallMethod(doc, "SaveAs", {Variant(path), Variant(int32_t{13})});
   EXPECT_EQ(SavedFile(path).model.version(), "AC1015");
-  EXPECT_THROW(WriteDrawing(written, SaveFormat{"AC1009", false}), AutomationError);
+  EXPECT_THROW(WriteDrawing(written, SaveFormat{"AC1012", false}), AutomationError);
 }
 
 }  // namespace
