@@ -144,6 +144,9 @@ struct DxfSource {
   std::unordered_set<const DbObject*> unwritten;
   // What the loader repaired, one line each ("layer "X" was missing: added").
   std::vector<std::string> repairs;
+  // Records a repair dropped: never written (a layout naming no block
+  // record would need the same repair in every copy).
+  std::unordered_set<const Record*> dropped;
 };
 
 // Gives each entity read from `source` whose kind the host does not model

@@ -99,7 +99,8 @@ void Loader::LoadLayout(const Record& record,
   auto it = block_by_handle.find(LayoutBlockHandle(record));
   BlockRecord* block = it == block_by_handle.end() ? nullptr : it->second;
   if (block == nullptr) {
-    Repair("layout \"" + std::string(name) + "\" names no block record: kept as it is");
+    Repair("layout \"" + std::string(name) + "\" names no block record: dropped");
+    source_.dropped.insert(&record);
     return;
   }
   Layout* layout = block->data().layout;

@@ -193,6 +193,11 @@ bool DbWriter::RelinkDictionary(const Dictionary& dictionary, std::vector<Tag>* 
       pair_code = h.code;
       uint64_t handle = HandleValue(&h);
       auto bound = bound_by_handle_.find(handle);
+      if (bound == bound_by_handle_.end() && raw_handles_.count(handle) == 0) {
+        changed = true;  // names nothing in the file: the reader dropped it
+        ++k;
+        continue;
+      }
       if (bound == bound_by_handle_.end()) {
         rebuilt.push_back(t);  // an object the host keeps raw
         rebuilt.push_back(h);

@@ -132,7 +132,9 @@ void DbWriter::Plan() {
     if (uint64_t h = HandleOf(*record)) bound_by_handle_[h] = binding.object;
   }
   auto note_raw = [&](const Record& r, auto& self) -> void {
-    if (uint64_t h = HandleOf(r); h != 0 && !bound_by_handle_.count(h)) raw_handles_[h] = true;
+    if (uint64_t h = HandleOf(r); h != 0 && !bound_by_handle_.count(h) && !source_.dropped.count(&r)) {
+      raw_handles_[h] = true;
+    }
     for (const Record& f : r.followers) self(f, self);
   };
   for (const Section& s : source_.model.sections()) {
@@ -546,6 +548,7 @@ void DbWriter::EmitObjects(const Section* section) {
     for (const Record& r : section->records) {
       auto it = source_.bindings.find(&r);
       if (it == source_.bindings.end()) {
+        if (source_.dropped.count(&r)) continue;
         // A record the host keeps as it came, with its followers (an
         // entity misplaced among the objects keeps its VERTEXes and SEQEND).
         EmitRaw(r);
