@@ -180,8 +180,9 @@ void DbWriter::EmitPatched(const Record& record, const Binding& binding) {
   bool after_embedded = false;
   auto insert_unused = [&](bool common) {
     for (size_t w = 0; w < want.size(); ++w) {
+      // A table entry without a name gets the one it was given on load.
       if (!used[w] && IsCommonCode(want[w].code) == common &&
-          (common || object.IsEntity() || layer != nullptr)) {
+          (common || object.IsEntity() || layer != nullptr || want[w].code == 2)) {
         // A point's y and z go with its x only.
         Put(want[w]);
         used[w] = true;
