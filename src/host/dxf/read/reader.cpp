@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <fstream>
 #include <sstream>
 #include <unordered_set>
@@ -345,6 +346,16 @@ void Loader::LoadBlocks() {
   }
   for (size_t i = 0; i < section->blocks.size(); ++i) {
     for (const Record& entity : section->blocks[i].entities) LoadEntity(entity, records[i]);
+  }
+  // A block record without a name and without a definition gets one too.
+  for (BlockRecord* b : doc_.blocks().items) {
+    if (!b->Name().empty()) continue;
+    std::string given = FreeBlockName("*U");
+    char hex[24];
+    std::snprintf(hex, sizeof hex, "%llX", static_cast<unsigned long long>(b->handle()));
+    Repair("a block record without a name (handle " + std::string(hex) + "): named \"" + given + "\"");
+    b->mutable_data().name = given;
+    blocks_[FoldName(given)] = b;
   }
 }
 
