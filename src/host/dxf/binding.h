@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <cstdio>
 #include <numbers>
 #include <string>
 #include <string_view>
@@ -94,6 +95,13 @@ inline std::pair<int, int> JustificationOf(int32_t alignment) {
   if (alignment <= 8) return {alignment - 6, 3};
   if (alignment <= 11) return {alignment - 9, 2};
   return {alignment - 12, 1};
+}
+
+// A handle as DXF writes it: upper-case hex without leading zeros.
+inline std::string HexOf(uint64_t value) {
+  char buffer[24];
+  std::snprintf(buffer, sizeof buffer, "%llX", static_cast<unsigned long long>(value));
+  return buffer;
 }
 
 // Folds a name for lookups as the host's tables compare names: case-

@@ -351,9 +351,7 @@ void Loader::LoadBlocks() {
   for (BlockRecord* b : doc_.blocks().items) {
     if (!b->Name().empty()) continue;
     std::string given = FreeBlockName("*U");
-    char hex[24];
-    std::snprintf(hex, sizeof hex, "%llX", static_cast<unsigned long long>(b->handle()));
-    Repair("a block record without a name (handle " + std::string(hex) + "): named \"" + given + "\"");
+    Repair("a block record without a name (handle " + HexOf(b->handle()) + "): named \"" + given + "\"");
     b->mutable_data().name = given;
     blocks_[FoldName(given)] = b;
   }

@@ -83,9 +83,7 @@ ModelHandles ValidateModel(TagModel& model, std::string_view file_name, Faults f
     if (h == 0) return;
     auto [it, fresh] = seen.try_emplace(h, tag->position);
     if (!fresh) {
-      char hex[24];
-      std::snprintf(hex, sizeof hex, "%llX", static_cast<unsigned long long>(h));
-      std::string fault = "duplicate handle " + std::string(hex) + " (also used at " +
+      std::string fault = "duplicate handle " + HexOf(h) + " (also used at " +
                           PlaceText(model, it->second) + ")";
       if (faults == Faults::kThrow) {
         throw ReadError(file_name, PositionKindOf(model), tag->position, tag->code, fault);
@@ -100,8 +98,7 @@ ModelHandles ValidateModel(TagModel& model, std::string_view file_name, Faults f
     Tag* tag = const_cast<Tag*>(r->Find(5) ? r->Find(5) : r->Find(105));
     uint64_t old = static_cast<uint64_t>(tag->integer);
     uint64_t fresh = ++handles.max;
-    char hex[24];
-    std::snprintf(hex, sizeof hex, "%llX", static_cast<unsigned long long>(fresh));
+    std::string hex = HexOf(fresh);
     handles.repairs.push_back(PlaceText(model, tag->position) + ": duplicate handle " +
                               std::string(tag->text) + " (also used at " +
                               PlaceText(model, seen.at(old)) + "): the record gets handle " + hex);

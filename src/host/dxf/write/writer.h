@@ -47,13 +47,6 @@ namespace tovik::host::dxf {
 
 using namespace ::tovik::dxf;
 
-// A handle as DXF writes it: upper-case hex without leading zeros.
-inline std::string HexOf(uint64_t value) {
-  char buffer[24];
-  std::snprintf(buffer, sizeof buffer, "%llX", static_cast<unsigned long long>(value));
-  return buffer;
-}
-
 // One entry of a dictionary as written: key, handle and the live object
 // behind it (nullptr for a record only the writer knows).
 struct DictEntry {
