@@ -190,11 +190,19 @@ class ModelBuilder {
 
   void ReadTable(Section* section) {
     Table table;
-    // Only a table made up for entries without one ends at another type.
+    // The entry type that ends the table when another follows (none for
+    // tables of other programs).
     std::string_view entry_type;
     Tag first_entry;
     if (PeekType() == "TABLE") {
       table.head = NextRecord();
+      // The standard tables hold entries of their own name only: another
+      // kind means the file lost this table's end and the next one's head.
+      constexpr std::string_view kStandard[] = {"VPORT", "LTYPE", "LAYER", "STYLE", "VIEW",
+                                                "UCS", "APPID", "DIMSTYLE", "BLOCK_RECORD"};
+      for (std::string_view name : kStandard) {
+        if (table.Name() == name) entry_type = name;
+      }
     } else if (PeekType() == "ENDTAB") {
       Repair(tags_[at_], "expected TABLE, got \"ENDTAB\"", "dropped");
       NextRecord();
@@ -210,7 +218,7 @@ class ModelBuilder {
       if (!entry_type.empty() && PeekType() != entry_type) break;
       table.entries.push_back(NextRecord());
     }
-    if (!entry_type.empty()) table.head = MadeTableHead(entry_type, first_entry, table.entries);
+    if (table.head.type.empty()) table.head = MadeTableHead(entry_type, first_entry, table.entries);
     if (HasRecord() && PeekType() == "ENDTAB") {
       table.end = NextRecord();
     } else {
