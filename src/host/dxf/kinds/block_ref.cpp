@@ -14,12 +14,17 @@ std::shared_ptr<Entity> LoadBlockRef(Loader& loader, const Record& record, const
   auto e = std::make_shared<BlockRef>();
   auto& d = e->mutable_data();
   d.block = loader.BlockNamed(r.StringOr(2));
-  if (d.block == nullptr) {
-    // The record stays raw: a reference to a block the file does not
-    // define cannot be a live reference.
-    loader.Repair("INSERT " + std::string(record.Handle()) + " names missing block \"" +
-                  std::string(r.StringOr(2)) + "\": kept unmapped");
+  if (d.block == nullptr && r.StringOr(2).empty()) {
+    // The record stays raw: a reference naming no block cannot be a live one.
+    loader.Repair("INSERT " + std::string(record.Handle()) + " names no block: kept unmapped");
     return nullptr;
+  }
+  if (d.block == nullptr) {
+    // The reference and its attributes are kept; the block it names
+    // becomes an empty one, so that every copy is a sound drawing.
+    d.block = loader.EmptyBlockNamed(r.StringOr(2));
+    loader.Repair("INSERT " + std::string(record.Handle()) + " names missing block \"" +
+                  std::string(r.StringOr(2)) + "\": an empty block of that name is made");
   }
   d.normal = NormalOf(r);
   d.insertion = Wcs(PointOr(r, 10), d.normal);

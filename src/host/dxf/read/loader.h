@@ -43,6 +43,8 @@ class Loader {
   LinetypeRecord* LinetypeNamed(std::string_view name);
   TextStyleRecord* StyleNamed(std::string_view name);
   BlockRecord* BlockNamed(std::string_view name) const;
+  // Makes an empty block named `name` (which no block has).
+  BlockRecord* EmptyBlockNamed(std::string_view name);
   // `stem` followed by the first number that makes a name no block has.
   std::string FreeBlockName(const std::string& stem) const;
   DimStyleRecord* DimStyleNamed(std::string_view name) const;

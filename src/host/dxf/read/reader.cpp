@@ -357,6 +357,16 @@ void Loader::LoadBlocks() {
   }
 }
 
+BlockRecord* Loader::EmptyBlockNamed(std::string_view name) {
+  auto made = std::make_shared<BlockRecord>();
+  made->mutable_data().name = std::string(name);
+  BlockRecord* raw = made.get();
+  doc_.Register(std::move(made), 0);
+  doc_.AddRecord(doc_.blocks(), raw);
+  blocks_[FoldName(name)] = raw;
+  return raw;
+}
+
 std::string Loader::FreeBlockName(const std::string& stem) const {
   for (int k = 1;; ++k) {
     std::string name = stem + std::to_string(k);
