@@ -15,9 +15,9 @@ std::shared_ptr<Entity> LoadBlockRef(Loader& loader, const Record& record, const
   auto& d = e->mutable_data();
   d.block = loader.BlockNamed(r.StringOr(2));
   if (d.block == nullptr && r.StringOr(2).empty()) {
-    // The record stays raw: a reference naming no block cannot be a live one.
-    loader.Repair("INSERT " + std::string(record.Handle()) + " names no block: kept unmapped");
-    return nullptr;
+    d.block = loader.EmptyBlockNamed(loader.FreeBlockName("*U"));
+    loader.Repair("INSERT " + std::string(record.Handle()) + " names no block: an empty block \"" +
+                  d.block->Name() + "\" is made for it");
   }
   if (d.block == nullptr) {
     // The reference and its attributes are kept; the block it names
