@@ -79,8 +79,13 @@ std::optional<Record> DbWriter::Relinked(const Record& record, const DbObject* o
   const auto* block = AsObject<BlockRecord>(object);
   bool gained_layout = block != nullptr && record.type == "BLOCK_RECORD" && record.Find(340) == nullptr &&
                        Written(block->data().layout);
+  // An entity names the block record it lies in as owner: one the reader
+  // moved there (its owner missing, or no block record) is written so.
+  const BlockRecord* home = entity != nullptr ? entity->block() : nullptr;
+  uint64_t owner = home != nullptr ? OwnerOf(record) : 0;
+  bool rehomed = owner != 0 && owner != home->handle();
   if (!has_app_data && !dict && !group && !sortents && !gained_xdict && !gained_layout &&
-      groups == nullptr) {
+      groups == nullptr && !rehomed) {
     return std::nullopt;
   }
   bool changed = false;
@@ -102,6 +107,12 @@ std::optional<Record> DbWriter::Relinked(const Record& record, const DbObject* o
   }
   for (size_t i = 0; i < body.size(); ++i) {
     const Tag& t = body[i];
+    if (rehomed && t.code == 330) {
+      out.push_back(handle_tag(330, home->handle()));
+      rehomed = false;
+      changed = true;
+      continue;
+    }
     if (!(t.code == 102 && t.text.starts_with("{"))) {
       out.push_back(t);
       continue;
