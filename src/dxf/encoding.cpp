@@ -1,10 +1,9 @@
 #include "dxf/encoding.h"
 
-#include <iconv.h>
-
-#include <cerrno>
 #include <cstdio>
 #include <cstring>
+
+#include "dxf/code_page.h"
 
 namespace tovik::dxf {
 namespace {
@@ -64,26 +63,6 @@ int Hex4(std::string_view text, std::size_t at) {
     value = value * 16 + digit;
   }
   return value;
-}
-
-// Converts `in` with an open iconv handle, replacing undecodable bytes by U+FFFD.
-void ConvertWith(iconv_t handle, std::string_view in, std::string* out) {
-  iconv(handle, nullptr, nullptr, nullptr, nullptr);
-  char* in_ptr = const_cast<char*>(in.data());
-  std::size_t in_left = in.size();
-  char buffer[512];
-  while (in_left > 0) {
-    char* out_ptr = buffer;
-    std::size_t out_left = sizeof buffer;
-    std::size_t result = iconv(handle, &in_ptr, &in_left, &out_ptr, &out_left);
-    out->append(buffer, static_cast<std::size_t>(out_ptr - buffer));
-    if (result == static_cast<std::size_t>(-1) && errno != E2BIG) {
-      AppendUtf8(0xFFFD, out);  // EILSEQ or a sequence cut at the end
-      ++in_ptr;
-      --in_left;
-      iconv(handle, nullptr, nullptr, nullptr, nullptr);
-    }
-  }
 }
 
 bool NeedsDecoding(std::string_view raw) {
@@ -170,9 +149,7 @@ TextDecoder::TextDecoder(std::string_view dwg_code_page, bool utf8_file) : utf8_
   code_page_iconv_name_ = name.empty() ? "CP1252" : std::string(name);
 }
 
-TextDecoder::~TextDecoder() {
-  if (code_page_handle_ != nullptr) iconv_close(static_cast<iconv_t>(code_page_handle_));
-}
+TextDecoder::~TextDecoder() = default;
 
 bool TextDecoder::Decode(std::string_view raw, std::string* out, std::string* escaped_form) {
   if (escaped_form != nullptr) escaped_form->clear();
@@ -200,16 +177,13 @@ bool TextDecoder::Decode(std::string_view raw, std::string* out, std::string* es
 }
 
 void TextDecoder::ConvertCodePage(std::string_view raw, std::string* out) {
-  if (code_page_handle_ == nullptr) {
-    iconv_t handle = iconv_open("UTF-8", code_page_iconv_name_.c_str());
-    if (handle == reinterpret_cast<iconv_t>(-1)) {
-      // No converter installed: read the bytes as Latin-1 rather than fail.
-      for (unsigned char c : raw) AppendUtf8(c, out);
-      return;
-    }
-    code_page_handle_ = handle;
+  if (!code_page_) code_page_ = std::make_unique<CodePageConverter>("UTF-8", code_page_iconv_name_);
+  if (!code_page_->ok()) {
+    // No converter installed: read the bytes as Latin-1 rather than fail.
+    for (unsigned char c : raw) AppendUtf8(c, out);
+    return;
   }
-  ConvertWith(static_cast<iconv_t>(code_page_handle_), raw, out);
+  code_page_->ConvertLenient(raw, out);
 }
 
 void TextDecoder::DecodeEscapes(std::string_view text, std::string* out) {
@@ -240,10 +214,9 @@ void TextDecoder::DecodeEscapes(std::string_view text, std::string* out) {
         int bytes = Hex4(text, i + 4);
         if (bytes >= 0) {
           const char pair[2] = {static_cast<char>(bytes >> 8), static_cast<char>(bytes & 0xFF)};
-          iconv_t handle = iconv_open("UTF-8", kMifCodePages[text[i + 3] - '1'].data());
-          if (handle != reinterpret_cast<iconv_t>(-1)) {
-            ConvertWith(handle, std::string_view(pair, 2), out);
-            iconv_close(handle);
+          CodePageConverter mif("UTF-8", kMifCodePages[text[i + 3] - '1']);
+          if (mif.ok()) {
+            mif.ConvertLenient(std::string_view(pair, 2), out);
             i += 8;
             continue;
           }
@@ -259,13 +232,11 @@ TextEncoder::TextEncoder(std::string_view dwg_code_page) {
   std::string name(IconvNameOfCodePage(dwg_code_page));
   if (name.empty()) name = "CP1252";
   if (name == "UTF-8") return;  // a pre-R2007 reader would not take UTF-8
-  iconv_t handle = iconv_open(name.c_str(), "UTF-8");
-  if (handle != reinterpret_cast<iconv_t>(-1)) handle_ = handle;
+  auto converter = std::make_unique<CodePageConverter>(name, "UTF-8");
+  if (converter->ok()) to_code_page_ = std::move(converter);
 }
 
-TextEncoder::~TextEncoder() {
-  if (handle_ != nullptr) iconv_close(static_cast<iconv_t>(handle_));
-}
+TextEncoder::~TextEncoder() = default;
 
 void TextEncoder::Append(std::string_view text, std::string* out) {
   std::size_t i = 0;
@@ -279,19 +250,8 @@ void TextEncoder::Append(std::string_view text, std::string* out) {
     while (end < text.size() && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) ++end;
     std::string_view sequence = text.substr(i, end - i);
     i = end;
-    if (handle_ != nullptr && IsValidUtf8(sequence)) {
-      iconv_t handle = static_cast<iconv_t>(handle_);
-      iconv(handle, nullptr, nullptr, nullptr, nullptr);
-      char* in_ptr = const_cast<char*>(sequence.data());
-      std::size_t in_left = sequence.size();
-      char buffer[16];
-      char* out_ptr = buffer;
-      std::size_t out_left = sizeof buffer;
-      if (iconv(handle, &in_ptr, &in_left, &out_ptr, &out_left) != static_cast<std::size_t>(-1) &&
-          in_left == 0) {
-        out->append(buffer, static_cast<std::size_t>(out_ptr - buffer));
-        continue;
-      }
+    if (to_code_page_ && IsValidUtf8(sequence) && to_code_page_->ConvertExact(sequence, out)) {
+      continue;
     }
     EncodeForDxf(sequence, true, out);
   }

@@ -8,8 +8,11 @@
 #ifndef TOVIK_DXF_ENCODING_H_
 #define TOVIK_DXF_ENCODING_H_
 
+#include <memory>
 #include <string>
 #include <string_view>
+
+#include "dxf/code_page.h"
 
 namespace tovik::dxf {
 
@@ -32,7 +35,7 @@ void AppendUtf8(char32_t code_point, std::string* out);
 
 // Decodes raw DXF string bytes of one file to UTF-8.
 //
-// Owns iconv conversion handles, opened on first use. Not thread-safe.
+// Owns its code page converter, opened on first use. Not thread-safe.
 class TextDecoder {
  public:
   // `dwg_code_page` is the file's $DWGCODEPAGE (unknown or empty: ANSI_1252,
@@ -59,13 +62,13 @@ class TextDecoder {
 
   std::string code_page_iconv_name_;
   bool utf8_file_;
-  void* code_page_handle_ = nullptr;  // iconv_t, opened lazily
+  std::unique_ptr<CodePageConverter> code_page_;  // opened on first use
 };
 
 // Encodes UTF-8 text for a file before R2007: characters of the file's code
 // page as its bytes, the others as \U+XXXX, as AutoCAD writes them.
 //
-// Owns an iconv handle. Not thread-safe.
+// Owns a code page converter. Not thread-safe.
 class TextEncoder {
  public:
   // `dwg_code_page` is the $DWGCODEPAGE to write (unknown or empty: ANSI_1252).
@@ -79,7 +82,7 @@ class TextEncoder {
   void Append(std::string_view text, std::string* out);
 
  private:
-  void* handle_ = nullptr;  // iconv_t from UTF-8, or nullptr: escape all
+  std::unique_ptr<CodePageConverter> to_code_page_;  // nullptr: escape all
 };
 
 // Appends UTF-8 `text` to `out` as a DXF value: control characters other than

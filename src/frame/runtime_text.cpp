@@ -1,8 +1,8 @@
 #include "frame/runtime_text.h"
 
-#include <unicode/uchar.h>
-
 #include <utility>
+
+#include "frame/char_class.h"
 
 namespace tovik {
 namespace {
@@ -80,8 +80,7 @@ std::string MapCodePoints(std::string_view text, Map map) {
 char32_t Fold(char32_t cp) {
   if (cp < 0x80) return (cp >= 'A' && cp <= 'Z') ? cp + 32 : cp;
   if (cp >= kInvalidBase) return cp;
-  return static_cast<char32_t>(
-      u_foldCase(static_cast<UChar32>(cp), U_FOLD_CASE_DEFAULT));
+  return chars::Fold(cp);
 }
 
 unsigned char AsciiLower(unsigned char c) {
@@ -242,12 +241,12 @@ size_t OffsetAfter(std::string_view text, int64_t count) {
 
 std::string UCase(std::string_view text) {
   return MapCodePoints(
-      text, [](char32_t c) { return u_toupper(static_cast<UChar32>(c)); });
+      text, [](char32_t c) { return chars::Upper(c); });
 }
 
 std::string LCase(std::string_view text) {
   return MapCodePoints(
-      text, [](char32_t c) { return u_tolower(static_cast<UChar32>(c)); });
+      text, [](char32_t c) { return chars::Lower(c); });
 }
 
 std::string FoldCase(std::string_view text) {

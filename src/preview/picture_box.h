@@ -1,6 +1,7 @@
-// PictureBox: the headless picture surface, drawn with cairo. It keeps
-// what is drawn as vector commands (a cairo recording surface) so that the
-// same picture is written as PNG (antialiased) or SVG. Its size is in
+// PictureBox: the headless picture surface. On Linux cairo keeps what is
+// drawn as vector commands (a recording surface) so that the same picture
+// is written as PNG (antialiased) or SVG; on Windows GDI+ draws on an
+// antialiased bitmap written as PNG. Its size is in
 // pixels; ScaleWidth and ScaleHeight give it in the current scale mode at
 // 96 pixels per inch (15 twips per pixel).
 //
@@ -17,9 +18,6 @@
 
 #include "frame/member_table.h"
 #include "preview/picture_surface.h"
-
-typedef struct _cairo_surface cairo_surface_t;
-typedef struct _cairo cairo_t;
 
 namespace tovik {
 
@@ -83,8 +81,10 @@ class PictureBox : public DispatchObject<PictureBox>, public PictureSurface {
   int32_t back_color_ = 0xFFFFFF;
   double line_width_ = 1.0;
   std::vector<double> dashes_px_;
-  cairo_surface_t* recording_ = nullptr;
-  cairo_t* cr_ = nullptr;
+  // What is drawn, in the platform's drawing library (cairo on Linux, GDI+
+  // on Windows).
+  struct Canvas;
+  std::unique_ptr<Canvas> canvas_;
 };
 
 }  // namespace tovik

@@ -8,30 +8,6 @@
 #include <vector>
 
 namespace tovik::host {
-namespace {
-
-// The family a style's font file names: its file name without folders and
-// without the extension.
-std::string FamilyOf(std::string_view font_file) {
-  size_t slash = font_file.find_last_of("/\\");
-  if (slash != std::string_view::npos) font_file.remove_prefix(slash + 1);
-  size_t dot = font_file.rfind('.');
-  if (dot != std::string_view::npos) font_file = font_file.substr(0, dot);
-  return font_file.empty() ? std::string("sans") : std::string(font_file);
-}
-
-// The next code point of UTF-8 text (a malformed byte counts as itself).
-char32_t NextCodePoint(std::string_view s, size_t& i) {
-  auto b = static_cast<unsigned char>(s[i++]);
-  int extra = b >= 0xF0 ? 3 : b >= 0xE0 ? 2 : b >= 0xC0 ? 1 : 0;
-  char32_t c = extra == 3 ? b & 0x07 : extra == 2 ? b & 0x0F : extra == 1 ? b & 0x1F : b;
-  for (int k = 0; k < extra && i < s.size(); ++k) {
-    c = (c << 6) | (static_cast<unsigned char>(s[i++]) & 0x3F);
-  }
-  return c;
-}
-
-}  // namespace
 
 struct FontMetrics::Library {
   FT_Library ft = nullptr;
@@ -67,7 +43,7 @@ FontMetrics::Face& FontMetrics::FaceFor(std::string_view font_file) {
   if (it != faces_.end()) return *it->second;
   auto face = std::make_unique<Face>();
   if (library_->ft && library_->fc) {
-    std::string family = FamilyOf(font_file);
+    std::string family = FontFamilyOf(font_file);
     FcPattern* pattern = FcPatternCreate();
     FcPatternAddString(pattern, FC_FAMILY, reinterpret_cast<const FcChar8*>(family.c_str()));
     FcConfigSubstitute(library_->fc, pattern, FcMatchPattern);

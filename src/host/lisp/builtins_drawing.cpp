@@ -4,6 +4,7 @@
 // loading files and commands.
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 
 #include "frame/automation_error.h"
 #include "frame/conversions.h"
@@ -455,7 +456,7 @@ ValuePtr Angle(Interpreter&, const Args& a) {
   Arity(a, 2, 2);
   Vec3 p = PointOf(a[0]), q = PointOf(a[1]);
   double angle = std::atan2(q.y - p.y, q.x - p.x);
-  return Real(angle < 0 ? angle + 2 * M_PI : angle);
+  return Real(angle < 0 ? angle + 2 * std::numbers::pi : angle);
 }
 
 ValuePtr Distance(Interpreter&, const Args& a) {

@@ -1,6 +1,6 @@
 #include "host/selection/wildcard.h"
 
-#include <unicode/uchar.h>
+#include "frame/char_class.h"
 
 namespace tovik::host {
 namespace {
@@ -35,15 +35,15 @@ std::vector<char32_t> DecodeFolded(std::string_view s) {
       ++i;
       continue;
     }
-    out.push_back(static_cast<char32_t>(u_foldCase(static_cast<UChar32>(cp), U_FOLD_CASE_DEFAULT)));
+    out.push_back(chars::Fold(cp));
     i += static_cast<size_t>(extra) + 1;
   }
   return out;
 }
 
-bool IsDigit(char32_t c) { return c < 0x80 ? (c >= '0' && c <= '9') : u_isdigit(UChar32(c)); }
+bool IsDigit(char32_t c) { return c < 0x80 ? (c >= '0' && c <= '9') : chars::IsDigit(c); }
 bool IsLetter(char32_t c) {
-  return c < 0x80 ? ((c | 0x20) >= 'a' && (c | 0x20) <= 'z') : u_isalpha(UChar32(c));
+  return c < 0x80 ? ((c | 0x20) >= 'a' && (c | 0x20) <= 'z') : chars::IsLetter(c);
 }
 
 }  // namespace
