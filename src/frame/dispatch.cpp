@@ -118,6 +118,9 @@ Variant CallMethodRef(const ObjectRef& obj, std::string_view name,
 
 std::vector<Variant> ForEach(const ObjectRef& obj) { return Target(obj).Enumerate(); }
 
-bool SameObject(const ObjectRef& a, const ObjectRef& b) { return a.get() == b.get(); }
+bool SameObject(const ObjectRef& a, const ObjectRef& b) {
+  if (a.get() == b.get()) return true;
+  return a && b && a->Identity() == b->Identity();
+}
 
 }  // namespace tovik

@@ -50,6 +50,11 @@ struct MemberInfo {
   int min_args = 0;
   int max_args = 0;
   uint32_t outs = 0;  // bit i: argument i is an output
+  // For properties: whether it can be read, and assigned a value (Let) or
+  // an object (Set).
+  bool readable = true;
+  bool can_let = false;
+  bool can_set = false;
 };
 
 // An automation object. Implementations usually derive from
@@ -81,6 +86,10 @@ class Dispatch : public std::enable_shared_from_this<Dispatch> {
   virtual MemberInfo Describe(DispId id) const { return {}; }
   // Every member's name, in id order (for completion and help).
   virtual std::vector<std::string> MemberNames() const { return {}; }
+  // What makes two references the same object (the Is operator): the
+  // object itself, or for a stand-in for an object of another component,
+  // that object.
+  virtual const void* Identity() const { return this; }
 };
 
 // ------------------------------------------------------------------ events

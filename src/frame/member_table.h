@@ -132,6 +132,17 @@ class MemberTable : public MemberIndex {
     return {e.min_args, e.max_args};
   }
 
+  // How member `id` can be used: read (or called), assigned with Let, with
+  // Set.
+  struct Access {
+    bool read = false, let = false, set = false;
+  };
+  Access AccessOf(DispId id) const {
+    if (id <= 0 || static_cast<size_t>(id) > entries_.size()) return {};
+    const Entry& e = entries_[static_cast<size_t>(id) - 1];
+    return {e.get != nullptr, e.let != nullptr, e.set != nullptr};
+  }
+
   // Makes an already registered member the default member.
   MemberTable& Default(std::string_view name) {
     SetDefault(Find(name));
@@ -201,7 +212,9 @@ class MemberTable : public MemberIndex {
 template <class T>
 MemberInfo DescribeMember(const MemberTable<T>& table, DispId id) {
   auto [min_args, max_args] = table.ArgumentCounts(id);
-  return {table.NameOf(id), table.IsMethod(id), min_args, max_args, table.OutMask(id)};
+  auto access = table.AccessOf(id);
+  return {table.NameOf(id), table.IsMethod(id), min_args, max_args, table.OutMask(id),
+          access.read, access.let, access.set};
 }
 template <class T>
 void AppendMemberNames(const MemberTable<T>& table, std::vector<std::string>& names) {

@@ -33,6 +33,8 @@ class ClipboardImage {
   virtual int32_t height() const = 0;
   // Writes the picture to `path`; false when the file cannot be written.
   virtual bool SavePng(const std::string& path) const = 0;
+  // The pixels, 0xAARRGGBB, row by row from the top.
+  virtual std::vector<uint32_t> Pixels() const = 0;
 };
 
 // The window functions the library calls.

@@ -90,6 +90,7 @@ bool Variant::SameAs(const Variant& other) const {
     return true;
   }
   if (type_ != other.type_) return false;
+  if (type_ == VarType::kObject) return SameObject(RawObject(), other.RawObject());
   return data_ == other.data_;
 }
 

@@ -30,6 +30,18 @@ class RenderedImage : public ClipboardImage {
   bool SavePng(const std::string& path) const override {
     return cairo_surface_write_to_png(image_, path.c_str()) == CAIRO_STATUS_SUCCESS;
   }
+  std::vector<uint32_t> Pixels() const override {
+    int w = width(), h = height();
+    std::vector<uint32_t> out;
+    out.reserve(static_cast<size_t>(w) * static_cast<size_t>(h));
+    const unsigned char* data = cairo_image_surface_get_data(image_);
+    int stride = cairo_image_surface_get_stride(image_);
+    for (int y = 0; y < h; ++y) {
+      const auto* row = reinterpret_cast<const uint32_t*>(data + static_cast<ptrdiff_t>(y) * stride);
+      out.insert(out.end(), row, row + w);
+    }
+    return out;
+  }
 
  private:
   cairo_surface_t* image_;
@@ -199,17 +211,7 @@ bool PictureBox::SavePicture(const std::string& path) const {
 }
 
 std::vector<uint32_t> PictureBox::Pixels() const {
-  cairo_surface_t* image = Render(canvas_->recording, width_, height_);
-  std::vector<uint32_t> out;
-  out.reserve(static_cast<size_t>(width_) * height_);
-  const unsigned char* data = cairo_image_surface_get_data(image);
-  int stride = cairo_image_surface_get_stride(image);
-  for (int y = 0; y < height_; ++y) {
-    const auto* row = reinterpret_cast<const uint32_t*>(data + static_cast<ptrdiff_t>(y) * stride);
-    out.insert(out.end(), row, row + width_);
-  }
-  cairo_surface_destroy(image);
-  return out;
+  return RenderedImage(Render(canvas_->recording, width_, height_)).Pixels();
 }
 
 

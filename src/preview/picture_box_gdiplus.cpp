@@ -85,6 +85,7 @@ class BitmapImage : public ClipboardImage {
       : width_(width), height_(height), pixels_(std::move(pixels)) {}
   int32_t width() const override { return width_; }
   int32_t height() const override { return height_; }
+  std::vector<uint32_t> Pixels() const override { return pixels_; }
   bool SavePng(const std::string& path) const override {
     GdiplusSession session;
     Gdiplus::Bitmap bitmap(width_, height_, width_ * 4, PixelFormat32bppARGB,
