@@ -343,8 +343,19 @@ HRESULT ComObject::GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID, DISP
 }
 
 HRESULT ComObject::Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* params,
-                          VARIANT* result, EXCEPINFO*, UINT* arg_error) {
+                          VARIANT* result, EXCEPINFO* excep, UINT* arg_error) {
   if (!params) return E_INVALIDARG;
+  // Script hosts read a member's error from the exception information
+  // (Wine's VBScript only from there); others from the error object.
+  auto fail = [excep](const AutomationError& e) {
+    HRESULT hr = ReportError(e);
+    if (!excep) return hr;
+    *excep = {};
+    excep->scode = hr;
+    excep->bstrDescription = MakeBstr(e.Description());
+    excep->bstrSource = MakeBstr(e.Source());
+    return DISP_E_EXCEPTION;
+  };
   try {
     if (id == DISPID_NEWENUM) {
       if (!result) return E_INVALIDARG;
@@ -404,7 +415,7 @@ HRESULT ComObject::Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* param
     for (size_t i = 0; i < sources.size(); ++i) {
       if (sources[i] && (V_VT(sources[i]) & VT_BYREF) && !args[i].SameAs(before[i])) {
         HRESULT hr = WriteBack(args[i], sources[i]);
-        if (FAILED(hr)) return ReportError(errors::TypeMismatch());
+        if (FAILED(hr)) return fail(errors::TypeMismatch());
       }
     }
     if (result) {
@@ -413,11 +424,11 @@ HRESULT ComObject::Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* param
     }
     return S_OK;
   } catch (const AutomationError& e) {
-    return ReportError(e);
+    return fail(e);
   } catch (const std::bad_alloc&) {
-    return ReportError(errors::Runtime(7));
+    return fail(errors::Runtime(7));
   } catch (const std::exception& e) {
-    return ReportError(AutomationError(51, e.what()));  // internal error
+    return fail(AutomationError(51, e.what()));  // internal error
   }
 }
 
