@@ -24,6 +24,12 @@ Function ErrorText()
   Err.Clear
 End Function
 
+' A script object the library calls back late-bound (through IDispatchEx,
+' as a VBScript class instance needs).
+Class ScriptEntity
+  Public Handle
+End Class
+
 Dim drawing, outdir
 drawing = WScript.Arguments(0)
 outdir = WScript.Arguments(1)
@@ -121,6 +127,14 @@ For Each item In doc.Layers
   count = count + 1
 Next
 Check "For Each over a host collection", count = doc.Layers.Count
+Check "the default member", ss(1) Is line2
+Dim scripted, set2
+Set scripted = New ScriptEntity
+scripted.Handle = "5C1A"
+Set set2 = CreateObject("Tovik_AutoCad_Pro.DynamicSS")
+set2.Add Array(scripted)
+Check "the library reads a script object's property", set2.Count = 1
+Check "and gives the same object back", set2(0) Is scripted
 
 ' ------------------------------------------------------------ errors
 Dim caught
