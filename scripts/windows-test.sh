@@ -2,7 +2,8 @@
 # Builds the Windows automation servers (32- and 64-bit) with mingw-w64 and
 # runs the script suite windows/tests/suite.vbs under Wine three ways: in a
 # 32-bit prefix, as a 32-bit server in a 64-bit prefix, and as a 64-bit
-# server (the last one also registers and unregisters per user first).
+# server (the last one also registers and unregisters per user first), and
+# before each the bridge's own checks (windows/tests/bridge_check.cpp).
 # Each run must end with "N passed, 0 failed".
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -49,6 +50,9 @@ run() {
   mkdir -p "$work/$name-out"
   cp data/colors.dxf "$work/$name-out/drawing.dxf"
   local log=$work/$name.log
+  # The bridge's own checks, as VBA and C++ clients call it.
+  "$loader" "$(win "$dlls/bridge_check.exe")" 2>&1 | tr -d '\r' | tee "$work/$name-bridge.log"
+  grep -Eq '^[0-9]+ passed, 0 failed$' "$work/$name-bridge.log" || { echo "bridge checks failed: $name" >&2; return 1; }
   "$loader" "$cscript" //nologo "$(win "$root/windows/tests/suite.vbs")" \
     "$(win "$work/$name-out/drawing.dxf")" "$(win "$work/$name-out")" 2>&1 | tr -d '\r' | tee "$log"
   wineserver -k || true

@@ -153,11 +153,6 @@ HRESULT Register(bool add, bool per_user) {
 
 }  // namespace
 
-BridgeState& Bridge() {
-  static BridgeState state;
-  return state;
-}
-
 }  // namespace tovik::com
 
 using tovik::com::Bridge;
