@@ -12,6 +12,11 @@
 #include <vector>
 
 #include "com_object.h"
+#include "dxf/code_page.h"
+#include "frame/char_class.h"
+#include "frame/runtime_text.h"
+#include "host/core/font_metrics.h"
+#include "preview/picture_box.h"
 #include "com_value.h"
 #include "frame/host_link.h"
 #include "frame/library_state.h"
@@ -228,6 +233,39 @@ void Calls(const std::shared_ptr<tovik::host::Application>& app) {
   space->Release();
 }
 
+// The platform's own services behind the library's seams.
+void Seams() {
+  using namespace tovik;
+  Check("letters fold beyond ASCII", chars::Fold(0x0416) == 0x0436 && chars::Fold(0x00C4) == 0x00E4 &&
+                                         chars::Upper(0x03C3) == 0x03A3);
+  Check("and compare so", CaseInsensitiveEqual("\xD0\x96\xD0\x81\xD0\x9B\xD0\xA2\xD0\xAB\xD0\x99",
+                                               "\xD0\xB6\xD1\x91\xD0\xBB\xD1\x82\xD1\x8B\xD0\xB9"));
+  Check("letters and digits", chars::IsLetter(0x0416) && !chars::IsLetter('1') && chars::IsDigit(0x0663));
+  dxf::CodePageConverter cyrillic("UTF-8", "CP1251");
+  std::string text;
+  cyrillic.ConvertLenient("\xC6", &text);
+  Check("a code page decodes", cyrillic.ok() && text == "\xD0\x96");
+  dxf::CodePageConverter latin("CP1252", "UTF-8");
+  std::string bytes;
+  Check("and encodes exactly or not at all",
+        latin.ConvertExact("\xC3\xA9", &bytes) && bytes == "\xE9" && !latin.ConvertExact("\xD0\x96", &bytes));
+  host::FontMetrics fonts;
+  double one = fonts.Width("arial.ttf", "H", 1.0), two = fonts.Width("arial.ttf", "HH", 1.0);
+  Check("text widths from a face", one > 0.3 && one < 1.5 && two > 1.99 * one && two < 2.01 * one);
+  // A red line on the row boundary y = 50 of a 200 x 100 pixel box.
+  PictureBox box(200, 100, ScaleMode::kPixels);
+  box.DrawLine(0, 50, 200, 50, 0x0000FF);
+  std::vector<uint32_t> px = box.Pixels();
+  uint32_t on = px[50 * 200 + 20] & 0xFFFFFF, off = px[10 * 200 + 20] & 0xFFFFFF;
+  Check("the picture box draws in colour", (on >> 16) == 0xFF && (on & 0xFF) < 0xC0 && off == 0xFFFFFF);
+  char folder[MAX_PATH];
+  GetTempPathA(MAX_PATH, folder);
+  std::string png = std::string(folder) + "tovik_bridge_check.png";
+  Check("and saves PNG", box.SavePicture(png) && GetFileAttributesA(png.c_str()) != INVALID_FILE_ATTRIBUTES);
+  Check("but not SVG", !box.SavePicture(std::string(folder) + "tovik_bridge_check.svg"));
+  DeleteFileA(png.c_str());
+}
+
 }  // namespace
 
 int main() {
@@ -237,6 +275,7 @@ int main() {
     tovik::Library().host_events = app->events();
     Values();
     Calls(app);
+    Seams();
     tovik::ResetLibraryState();
   }
   CoUninitialize();
