@@ -183,6 +183,10 @@ class MText final : public HostObject<MText, Entity> {
     int32_t drawing_direction = 1;
     double line_spacing_factor = 1;
     TextStyleRecord* style = nullptr;
+    // How a drawing file gave the rotation, so that it is written back in
+    // that form: not at all, as an angle (50) or as a direction vector (11).
+    enum class DirectionForm : uint8_t { kNone, kAngle, kVector };
+    DirectionForm direction_form = DirectionForm::kNone;
   };
   TOVIK_HOST_ENTITY_KIND(MText, kMText, "IAcadMText", "AcDbMText")
 };

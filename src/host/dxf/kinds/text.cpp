@@ -46,11 +46,35 @@ std::shared_ptr<Entity> LoadAttributeDef(Loader& loader, const Record&, const Re
   return e;
 }
 
+namespace {
+
+using DirectionForm = MText::Data::DirectionForm;
+
+// The direction of an MTEXT's x axis in world coordinates: its rotation
+// measured in the plane of its normal from that plane's x axis.
+Vec3 MTextDirection(const MText::Data& d) {
+  std::optional<geometry::Axes> ax = geometry::ArbitraryAxis(d.normal);
+  if (!ax) return {std::cos(d.rotation), std::sin(d.rotation), 0};
+  return ax->x * std::cos(d.rotation) + ax->y * std::sin(d.rotation);
+}
+
+// A line break inside a binary file's text reaches the tag model as "^J";
+// in multiline text it is a paragraph break, written "\P" in ASCII files.
+std::string ParagraphBreaks(std::string text) {
+  for (size_t at = text.find("^J"); at != std::string::npos; at = text.find("^J", at + 2)) {
+    text.replace(at, 2, "\\P");
+  }
+  return text;
+}
+
+}  // namespace
+
 std::shared_ptr<Entity> LoadMText(Loader& loader, const Record& record, const RecordFields& r) {
   auto e = std::make_shared<MText>();
   auto& d = e->mutable_data();
   for (const Tag* t : record.FindAll(3)) d.text += t->text;
   d.text += r.StringOr(1);
+  if (loader.source().model.format() == FileFormat::kBinary) d.text = ParagraphBreaks(std::move(d.text));
   d.normal = NormalOf(r);
   d.insertion = PointOr(r, 10);
   d.height = RealOr(r, 40, 2.5);
@@ -66,10 +90,15 @@ std::shared_ptr<Entity> LoadMText(Loader& loader, const Record& record, const Re
     if (t.code == 101) break;
     if (t.code == 11) dir = Vec3{NumberOf(t), 0, 0};
     if (t.code == 21 && dir) dir->y = NumberOf(t);
+    if (t.code == 31 && dir) dir->z = NumberOf(t);
   }
   if (dir) {
-    d.rotation = NormalAngle(std::atan2(dir->y, dir->x));
+    d.direction_form = DirectionForm::kVector;
+    std::optional<geometry::Axes> ax = geometry::ArbitraryAxis(d.normal);
+    Vec3 in_plane = ax ? geometry::ToFrame(*ax, *dir) : *dir;
+    d.rotation = NormalAngle(std::atan2(in_plane.y, in_plane.x));
   } else {
+    if (r.Find(50) != nullptr) d.direction_form = DirectionForm::kAngle;
     d.rotation = RealOr(r, 50, 0) * kDegToRad;
   }
   return e;
@@ -86,7 +115,11 @@ void DbWriter::EmitMTextGeometry(const MText& o) {
   PutMTextChunks(d.text);
   PutString(7, d.style != nullptr ? d.style->Name() : "Standard");
   PutNormal(d.normal);
-  if (d.rotation != 0) PutReal(50, d.rotation * kRadToDeg);
+  if (d.direction_form == DirectionForm::kVector) {
+    PutPoint(11, MTextDirection(d));
+  } else if (d.rotation != 0 || d.direction_form == DirectionForm::kAngle) {
+    PutReal(50, d.rotation * kRadToDeg);
+  }
   PutInt(73, 1);
   PutReal(44, d.line_spacing_factor);
 }
@@ -155,8 +188,14 @@ void ModelledText(const Entity& entity, ModelledGroups& g) {
 }
 
 void ModelledMText(const MText& o, ModelledGroups& g) {
-  g.Point(10, o.data().insertion);
-  g.Real(40, o.data().height);
+  const MText::Data& d = o.data();
+  g.Point(10, d.insertion);
+  g.Real(40, d.height);
+  if (d.direction_form == DirectionForm::kVector) {
+    g.Point(11, MTextDirection(d));
+  } else if (d.rotation != 0 || d.direction_form == DirectionForm::kAngle) {
+    g.Real(50, d.rotation * kRadToDeg);
+  }
 }
 
 // The text of a multiline text record: its 3 chunks, then its 1.

@@ -4,6 +4,7 @@
 // older file holds in a form R2018 has no room for.
 #include <gtest/gtest.h>
 
+#include <numbers>
 #include <string>
 #include <vector>
 
@@ -12,6 +13,7 @@
 #include "host/core/application.h"
 #include "host/core/document.h"
 #include "host/dxf/dxf_file.h"
+#include "dxf/tag_writer.h"
 #include "host/surface/args.h"
 
 namespace tovik::host::dxf {
@@ -89,6 +91,53 @@ TEST(DxfWriteForm, CommonPropertiesKeepTheirSpellingAndPlace) {
   EXPECT_NE(written.find("\n  5\n51\n100\nAcDbEntity\n  8\n0\n  6\nBYBLOCK\n 62\n0\n100\nAcDbLine\n"),
             std::string::npos)
       << written;
+}
+
+// A multiline text turned through automation is written turned, in the form
+// its file gave the direction (a vector, an angle, or none until now).
+TEST(DxfWriteForm, TurnedMultilineTextKeepsTheFormOfItsDirection) {
+  const std::string head = "0\nMTEXT\n5\n50\n100\nAcDbEntity\n8\n0\n100\nAcDbMText\n10\n0\n20\n0\n30\n0\n40\n1\n1\nT\n";
+  struct Case {
+    const char* name;
+    std::string direction;  // as the file gives it
+    std::string expected;   // in the copy, after a turn to 90 degrees
+  } cases[] = {
+      {"vector", "11\n1\n21\n0\n31\n0\n", "\n 11\n6.123233995736766e-17\n 21\n1.0\n"},
+      {"angle", "50\n0\n", "\n 50\n90.0\n"},
+      {"none", "", "\n 50\n90.0\n"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    auto app = Application::Create({.open_drawing = false});
+    auto doc = ReadDrawingBuffer(*app, Drawing("AC1032", head + c.direction), "m.dxf");
+    ObjectRef text = CallMethod(ObjectRef(doc), "HandleToObject", {Variant(std::string("50"))}).Object();
+    LetProperty(text, "Rotation", Variant(std::numbers::pi / 2));
+    std::string written = WriteDrawing(*doc);
+    std::string record = written.substr(written.find("\nMTEXT\n"));
+    record = record.substr(0, record.find("\n  0\n") + 1);
+    EXPECT_NE(record.find(c.expected), std::string::npos) << record;
+    auto again = ReadDrawingBuffer(*app, written, "again.dxf");
+    ObjectRef back = CallMethod(ObjectRef(again), "HandleToObject", {Variant(std::string("50"))}).Object();
+    EXPECT_NEAR(CDbl(GetProperty(back, "Rotation")), std::numbers::pi / 2, 1e-9);
+  }
+}
+
+// A line break inside a binary file's multiline text is a paragraph break;
+// an ASCII file's "^J" stays as it was written.
+TEST(DxfWriteForm, LineBreaksOfBinaryMultilineTextBecomeParagraphBreaks) {
+  const std::string mtext = "0\nMTEXT\n5\n50\n100\nAcDbEntity\n8\n0\n100\nAcDbMText\n10\n0\n20\n0\n30\n0\n"
+                            "40\n1\n1\none^Jtwo\n";
+  auto app = Application::Create({.open_drawing = false});
+  std::string ascii = Drawing("AC1032", mtext);
+  auto from_binary = ReadDrawingBuffer(*app, tovik::dxf::AsciiToBinaryDxf(ascii, false), "b.dxf");
+  auto from_ascii = ReadDrawingBuffer(*app, ascii, "a.dxf");
+  auto text_of = [](const std::shared_ptr<Document>& doc) {
+    ObjectRef t = CallMethod(ObjectRef(doc), "HandleToObject", {Variant(std::string("50"))}).Object();
+    return CStr(GetProperty(t, "TextString"));
+  };
+  EXPECT_EQ(text_of(from_binary), "one\\Ptwo");
+  EXPECT_NE(WriteDrawing(*from_binary).find("\n  1\none\\Ptwo\n"), std::string::npos);
+  EXPECT_EQ(text_of(from_ascii), "one^Jtwo");
 }
 
 TEST(DxfWriteForm, ChangedExtendedDataKeepsEveryValueInItsGroupsKind) {
