@@ -140,6 +140,22 @@ TEST(DxfWriteForm, LineBreaksOfBinaryMultilineTextBecomeParagraphBreaks) {
   EXPECT_EQ(text_of(from_ascii), "one^Jtwo");
 }
 
+// The oldest kinds, which later versions have no subclass for, keep every
+// group when an old file is upgraded: R10's 3D line, R2's repeat blocks.
+TEST(DxfWriteForm, OldestKindsKeepTheirGroupsWhenUpgraded) {
+  const std::string file =
+      "0\nSECTION\n2\nHEADER\n9\n$ACADVER\n1\nAC1006\n0\nENDSEC\n0\nSECTION\n2\nENTITIES\n"
+      "0\n3DLINE\n8\n0\n10\n1.0\n20\n2.0\n30\n3.0\n11\n4.0\n21\n5.0\n31\n6.0\n"
+      "0\nREPEAT\n8\n0\n70\n2\n71\n3\n44\n5.0\n45\n6.0\n"
+      "0\nLINE\n8\n0\n10\n0\n20\n0\n11\n1\n21\n1\n0\nENDREP\n8\n0\n0\nENDSEC\n0\nEOF\n";
+  auto app = Application::Create({.open_drawing = false});
+  std::string written = WriteDrawing(*ReadDrawingBuffer(*app, file, "r10.dxf"));
+  for (const char* kept : {"\n  8\n0\n 10\n1.0\n 20\n2.0\n 30\n3.0\n 11\n4.0\n 21\n5.0\n 31\n6.0\n  0\n",
+                           "\n  8\n0\n 70\n2\n 71\n3\n 44\n5.0\n 45\n6.0\n  0\n", "\nENDREP\n"}) {
+    EXPECT_NE(written.find(kept), std::string::npos) << kept << "\n" << written.substr(written.find("ENTITIES"));
+  }
+}
+
 TEST(DxfWriteForm, ChangedExtendedDataKeepsEveryValueInItsGroupsKind) {
   auto app = Application::Create({.open_drawing = false});
   // A y coordinate (1020) the file gave without its x, beside a real and an

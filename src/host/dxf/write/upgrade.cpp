@@ -139,11 +139,15 @@ std::vector<Tag> DbWriter::WithSubclassMarkers(std::string_view type, std::span<
   std::vector<Part> parts = PartsOf(type, flags);
   std::vector<std::vector<Tag>> split(parts.size());
   std::vector<Tag> own;  // handle and owner stay in front
-  out.push_back(Tag::String(100, "AcDbEntity"));
+  // A kind without a subclass of its own (R10's 3DLINE, R2's REPEAT and
+  // ENDREP) keeps its groups as the file gave them; only a handle and an
+  // owner are added.
+  const bool as_given = parts.empty() && type != "SEQEND";
+  if (!as_given) out.push_back(Tag::String(100, "AcDbEntity"));
   for (const Tag& t : body) {
     if (t.code == 5 || t.code == 330 || t.code == 102) {
       own.push_back(t);
-    } else if (IsEntityCommon(t.code)) {
+    } else if (IsEntityCommon(t.code) || as_given) {
       out.push_back(t);
     } else if (t.code == 38) {
       continue;  // R12 elevation: the z of the points carries it
