@@ -308,6 +308,13 @@ void Loader::LoadBlocks() {
       record = it->second;
     } else if (!name.empty() && BlockNamed(name) != nullptr && !claimed.count(BlockNamed(name))) {
       record = BlockNamed(name);
+      // A standard record (a space) whose table entry the file lost takes
+      // the handle its BLOCK names, which its entities and layout name too.
+      uint64_t named = OwnerOf(block.begin);
+      if (source_.records.count(record) == 0 && named != 0 && doc_.FindByHandle(named) == nullptr) {
+        doc_.ReassignHandle(record, named);
+        by_handle[named] = record;
+      }
     }
     if (record == nullptr) {
       std::string given = name;

@@ -351,6 +351,15 @@ void DbWriter::EmitTable(std::string_view name, const Table* table) {
     }
   }
   EmitNewTableRecords(name, owner);
+  if (name == "BLOCK_RECORD" && table != nullptr) {
+    // A block whose table entry the file lost (its BLOCK came without one)
+    // still needs its record: the block and its entities name it.
+    for (const BlockRecord* b : doc_.blocks().items) {
+      if (IsNew(b) || !Written(b) || emitted_.count(b)) continue;
+      emitted_[b] = true;
+      EmitNew(*b, owner);
+    }
+  }
   if (table != nullptr) {
     PutRecordTags(table->end);
   } else {
