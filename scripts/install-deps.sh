@@ -12,6 +12,7 @@ packages=(
   libfreetype-dev libfontconfig-dev  # text widths from the faces themselves
   fonts-dejavu-core fontconfig       # faces for texts whose fonts the machine lacks
   python3-ezdxf                      # independent DXF checker used by tests
+  librecad                           # a second independent DXF reader for the tests
   pybind11-dev python3-dev           # the Python module tovik (python/)
   python3-pytest                     # its tests
 )
