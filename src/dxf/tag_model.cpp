@@ -114,7 +114,42 @@ class ModelBuilder {
     std::size_t start = at_;
     while (at_ < tags_.size() && tags_[at_].code != 0) ++at_;
     record.tags = std::span<Tag>(tags_.data() + start, at_ - start);
+    CompletePoints(record);
     return record;
+  }
+
+  // The code of the y a point's x under `code` needs, or 0 for codes that
+  // are no x.
+  static int YCodeOf(int code) {
+    if ((code >= 10 && code <= 18) || (code >= 110 && code <= 112) || (code >= 1010 && code <= 1013)) {
+      return code + 10;
+    }
+    return 0;
+  }
+
+  // A point whose x is not followed by its y takes 0 as y, as readers that
+  // take a missing z as 0 do; other readers refuse such a file.
+  void CompletePoints(Record& record) {
+    std::span<Tag> tags = record.tags;
+    auto lacks_y = [&](std::size_t i) {
+      int y = YCodeOf(tags[i].code);
+      return y != 0 && (i + 1 == tags.size() || tags[i + 1].code != y);
+    };
+    std::size_t first = 0;
+    while (first < tags.size() && !lacks_y(first)) ++first;
+    if (first == tags.size()) return;
+    std::vector<Tag> complete;
+    complete.reserve(tags.size() + 2);
+    for (std::size_t i = 0; i < tags.size(); ++i) {
+      complete.push_back(tags[i]);
+      if (i < first || !lacks_y(i)) continue;
+      Repair(tags[i], "group code " + std::to_string(tags[i].code) + " has no y (group code " +
+                          std::to_string(YCodeOf(tags[i].code)) + ")", "y is 0");
+      Tag y = Tag::Double(YCodeOf(tags[i].code), 0.0);
+      y.position = tags[i].position;
+      complete.push_back(y);
+    }
+    record.tags = std::span<Tag>(model_->made_tags_.emplace_back(std::move(complete)));
   }
 
   // A record the file lacks, made for a repair: "0 `type`" and `tags`,

@@ -150,13 +150,17 @@ TEST(TagModel, DamagedStructureIsRepairedAndListed) {
        "ENTITIES[POLYLINE/VERTEX/SEQEND,LINE,] ",
        {"line 5: VERTEX records of POLYLINE are not closed by SEQEND: closed"}},
       {"decimal comma and a whole number with decimals",
-       entities + "0\nLINE\n10\n1,5\n62\n3.0\n0\nENDSEC\n", "ENTITIES[LINE,] ",
+       entities + "0\nLINE\n10\n1,5\n20\n0\n62\n3.0\n0\nENDSEC\n", "ENTITIES[LINE,] ",
        {"line 8: group code 10: decimal comma in \"1,5\": read as 1.5",
-        "line 10: group code 62: a whole number written as \"3.0\": read as 3"}},
+        "line 12: group code 62: a whole number written as \"3.0\": read as 3"}},
       {"a value its code cannot carry, a code DXF does not define",
        entities + "0\nLINE\n10\nx\n85\n1\n20\n2\n0\nENDSEC\n", "ENTITIES[LINE,] ",
        {"line 8: group code 10: expected a number, got \"x\": the tag is dropped",
         "line 9: not a DXF group code: \"85\": the code and its value are dropped"}},
+      {"points without their y", entities + "0\nLINE\n10\n1\n30\n2\n11\n4\n0\nENDSEC\n",
+       "ENTITIES[LINE,] ",
+       {"line 7: group code 10 has no y (group code 20): y is 0",
+        "line 11: group code 11 has no y (group code 21): y is 0"}},
       {"lines out of step", entities + "0\nLINE\nxy\n1\n2\n0\nCIRCLE\n0\nENDSEC\n",
        "ENTITIES[LINE,CIRCLE,] ",
        {"line 7: expected a group code, got \"xy\": lines 7 to 9 are skipped"}},
@@ -167,6 +171,16 @@ TEST(TagModel, DamagedStructureIsRepairedAndListed) {
     EXPECT_EQ(Shape(model), c.shape);
     EXPECT_EQ(model.repairs(), c.repairs);
   }
+}
+
+// The y a point lacked is put right after its x, so the point reads whole.
+TEST(TagModel, APointWithoutItsYGetsOneAfterItsX) {
+  TagModel model = TagModel::Load("0\nSECTION\n2\nENTITIES\n0\nLINE\n10\n1\n30\n2\n11\n4\n0\nENDSEC\n", "d.dxf");
+  const Record& line = model.sections()[0].records[0];
+  std::vector<int> codes;
+  for (const Tag& t : line.tags) codes.push_back(t.code);
+  EXPECT_EQ(codes, (std::vector<int>{10, 20, 30, 11, 21}));
+  EXPECT_EQ(line.DoubleOf(20), 0.0);
 }
 
 TEST(TagModel, RefusesFilesWithNoDrawingAndThrowsWhenAskedTo) {

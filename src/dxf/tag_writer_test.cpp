@@ -105,7 +105,7 @@ TEST(Writer, WritesTheWholeModelBackInOrder) {
       "  0\nLTYPE\n  2\nCONTINUOUS\n  0\nENDTAB\n  0\nENDSEC\n"
       "  0\nSECTION\n  2\nBLOCKS\n  0\nBLOCK\n  2\nB\n  0\nCIRCLE\n 40\n1.50\n  0\nENDBLK\n"
       "  0\nENDSEC\n"
-      "  0\nSECTION\n  2\nENTITIES\n  0\nPOLYLINE\n 66\n     1\n  0\nVERTEX\n 10\n0.0\n"
+      "  0\nSECTION\n  2\nENTITIES\n  0\nPOLYLINE\n 66\n     1\n  0\nVERTEX\n 10\n0.0\n 20\n0.0\n"
       "  0\nSEQEND\n  0\nENDSEC\n"
       "  0\nEOF\n";
   EXPECT_EQ(WriteDxf(TagModel::Load(text, "r12.dxf")), text);

@@ -61,12 +61,12 @@ TEST(DxfDrawingRead, TwoRecordsWithOneHandleGetTwoHandles) {
   auto app = Application::Create({.open_drawing = false});
   // The INSERT's attribute names it as owner: it follows the new handle.
   auto doc = ReadDrawingBuffer(*app,
-                               "0\nSECTION\n2\nENTITIES\n0\nLINE\n5\n2A\n8\n0\n11\n5\n"
+                               "0\nSECTION\n2\nENTITIES\n0\nLINE\n5\n2A\n8\n0\n11\n5\n21\n0\n"
                                "0\nINSERT\n5\n2A\n2\n*Model_Space\n66\n1\n0\nATTRIB\n5\n40\n330\n2A\n2\nT\n1\nv\n"
                                "0\nSEQEND\n5\n41\n0\nENDSEC\n0\nEOF\n",
                                "d.dxf");
   ASSERT_EQ(Repairs(*doc).size(), 1u) << Repairs(*doc).back();
-  EXPECT_EQ(Repairs(*doc)[0], "line 15: duplicate handle 2A (also used at line 7): the record gets handle 42");
+  EXPECT_EQ(Repairs(*doc)[0], "line 17: duplicate handle 2A (also used at line 7): the record gets handle 42");
   EXPECT_NE(As<Line>(doc->FindByHandle(0x2A)), nullptr);
   auto* ref = As<BlockRef>(doc->FindByHandle(0x42));
   ASSERT_NE(ref, nullptr);
