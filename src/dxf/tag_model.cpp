@@ -115,13 +115,72 @@ class ModelBuilder {
     while (at_ < tags_.size() && tags_[at_].code != 0) ++at_;
     record.tags = std::span<Tag>(tags_.data() + start, at_ - start);
     CompletePoints(record);
+    CloseAppGroups(record);
     return record;
+  }
+
+  // An application group ("102 {NAME" ... "102 }") left open is closed
+  // where the next group or subclass begins, or the record ends; a close
+  // without an open is dropped. Only records whose 102 groups do not pair
+  // are touched; after an XRECORD's subclass marker 102 tags are its data.
+  void CloseAppGroups(Record& record) {
+    std::span<Tag> all = record.tags;
+    std::size_t limit = all.size();
+    if (record.type == "XRECORD") {
+      for (std::size_t i = 0; i < all.size(); ++i) {
+        if (all[i].code == 100) {
+          limit = i;
+          break;
+        }
+      }
+    }
+    std::span<Tag> tags = all.first(limit);
+    bool open = false, broken = false;
+    for (const Tag& t : tags) {
+      if (t.code == 102) {
+        bool opening = t.text.starts_with("{");
+        if (opening == open) broken = true;
+        open = opening;
+      } else if (t.code == 100 && open) {
+        broken = true;
+      }
+    }
+    if (!broken && !open) return;
+    std::vector<Tag> fixed;
+    fixed.reserve(tags.size() + 2);
+    open = false;
+    auto close = [&](const Tag& at) {
+      Repair(at, "application group not closed (group code 102)", "closed");
+      Tag end = Tag::String(102, "}");
+      end.position = at.position;
+      fixed.push_back(end);
+      open = false;
+    };
+    for (const Tag& t : tags) {
+      if (t.code == 102 && t.text.starts_with("{")) {
+        if (open) close(t);
+        open = true;
+      } else if (t.code == 102) {
+        if (!open) {
+          Repair(t, "\"102 }\" without its group", "dropped");
+          continue;
+        }
+        open = false;
+      } else if (t.code == 100 && open) {
+        close(t);
+      }
+      fixed.push_back(t);
+    }
+    if (open) close(limit < all.size() ? all[limit] : tags.back());
+    fixed.insert(fixed.end(), all.begin() + static_cast<std::ptrdiff_t>(limit), all.end());
+    record.tags = std::span<Tag>(model_->made_tags_.emplace_back(std::move(fixed)));
   }
 
   // The code of the y a point's x under `code` needs, or 0 for codes that
   // are no x.
   static int YCodeOf(int code) {
-    if ((code >= 10 && code <= 18) || (code >= 110 && code <= 112) || (code >= 1010 && code <= 1013)) {
+    if ((code >= 10 && code <= 18) || (code >= 110 && code <= 112) || code == 210 ||
+        (code >= 1010 && code <= 1013)) {
       return code + 10;
     }
     return 0;

@@ -161,6 +161,13 @@ TEST(TagModel, DamagedStructureIsRepairedAndListed) {
        "ENTITIES[LINE,] ",
        {"line 7: group code 10 has no y (group code 20): y is 0",
         "line 11: group code 11 has no y (group code 21): y is 0"}},
+      {"application groups that do not pair",
+       entities + "0\nLINE\n102\n{ACAD_REACTORS\n330\n1\n100\nAcDbEntity\n102\n}\n0\n"
+                  "XRECORD\n102\n{ACAD_REACTORS\n100\nAcDbXrecord\n102\n{data\n0\nENDSEC\n",
+       "ENTITIES[LINE,XRECORD,] ",
+       {"line 11: application group not closed (group code 102): closed",
+        "line 13: \"102 }\" without its group: dropped",
+        "line 19: application group not closed (group code 102): closed"}},
       {"lines out of step", entities + "0\nLINE\nxy\n1\n2\n0\nCIRCLE\n0\nENDSEC\n",
        "ENTITIES[LINE,CIRCLE,] ",
        {"line 7: expected a group code, got \"xy\": lines 7 to 9 are skipped"}},
