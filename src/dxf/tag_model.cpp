@@ -116,7 +116,41 @@ class ModelBuilder {
     record.tags = std::span<Tag>(tags_.data() + start, at_ - start);
     CompletePoints(record);
     CloseAppGroups(record);
+    MarkSubclass(record);
     return record;
+  }
+
+  // Objects whose data other readers take only after their subclass
+  // marker get it when the file left it out: after the handle, the
+  // application groups and the owner.
+  void MarkSubclass(Record& record) {
+    std::string_view marker;
+    if (record.type == "XRECORD") marker = "AcDbXrecord";
+    if (record.type == "DICTIONARY") marker = "AcDbDictionary";
+    if (marker.empty()) return;
+    std::span<Tag> tags = record.tags;
+    for (const Tag& t : tags) {
+      if (t.code == 100) return;
+    }
+    std::size_t at = 0;
+    bool in_group = false;
+    while (at < tags.size()) {
+      const Tag& t = tags[at];
+      if (t.code == 102) {
+        in_group = t.text.starts_with("{");
+      } else if (!in_group && t.code != 5 && t.code != 330 && t.code != 360) {
+        break;
+      }
+      ++at;
+    }
+    Repair(at < tags.size() ? tags[at] : record.head,
+           QuoteForMessage(record.type) + " without its subclass marker", "\"" + std::string(marker) + "\" added");
+    std::vector<Tag> fixed(tags.begin(), tags.begin() + static_cast<std::ptrdiff_t>(at));
+    Tag mark = Tag::String(100, marker);
+    mark.position = at < tags.size() ? tags[at].position : record.head.position;
+    fixed.push_back(mark);
+    fixed.insert(fixed.end(), tags.begin() + static_cast<std::ptrdiff_t>(at), tags.end());
+    record.tags = std::span<Tag>(model_->made_tags_.emplace_back(std::move(fixed)));
   }
 
   // An application group ("102 {NAME" ... "102 }") left open is closed
@@ -136,10 +170,11 @@ class ModelBuilder {
     }
     std::span<Tag> tags = all.first(limit);
     bool open = false, broken = false;
+    auto closing = [](const Tag& t) { return Trim(t.text) == "}"; };
     for (const Tag& t : tags) {
       if (t.code == 102) {
         bool opening = t.text.starts_with("{");
-        if (opening == open) broken = true;
+        if (opening == open || (!opening && !closing(t))) broken = true;
         open = opening;
       } else if (t.code == 100 && open) {
         broken = true;
@@ -160,6 +195,9 @@ class ModelBuilder {
       if (t.code == 102 && t.text.starts_with("{")) {
         if (open) close(t);
         open = true;
+      } else if (t.code == 102 && !closing(t)) {
+        Repair(t, "group code 102 neither opens nor closes an application group", "dropped");
+        continue;
       } else if (t.code == 102) {
         if (!open) {
           Repair(t, "\"102 }\" without its group", "dropped");
