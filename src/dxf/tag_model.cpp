@@ -265,6 +265,14 @@ class ModelBuilder {
     return record;
   }
 
+  static bool IsTableRecordType(std::string_view type) {
+    for (std::string_view t : {"TABLE", "ENDTAB", "VPORT", "LTYPE", "LAYER", "STYLE", "VIEW", "UCS", "APPID",
+                               "DIMSTYLE", "BLOCK_RECORD"}) {
+      if (type == t) return true;
+    }
+    return false;
+  }
+
   void ReadSection(Record begin) {
     Section section;
     const Tag* name = FindCode(begin, 2);
@@ -290,6 +298,28 @@ class ModelBuilder {
       switch (section.kind) {
         case SectionKind::kTables: ReadTable(&section); break;
         case SectionKind::kBlocks: ReadBlock(&section); break;
+        case SectionKind::kClasses:
+          // Only CLASS records belong here; anything else (a section that
+          // lost its end running into the tables) would be written back
+          // raw beside what the drawing holds.
+          if (PeekType() != "CLASS") {
+            Record stray = NextRecord();
+            Repair(stray.head, "expected CLASS, got " + Quote(stray), "dropped");
+            SkipFollowers(stray);
+            break;
+          }
+          section.records.push_back(ReadGrouped());
+          break;
+        case SectionKind::kObjects:
+          // Symbol tables and their records are no objects (a section that
+          // lost its end running into the tables).
+          if (IsTableRecordType(PeekType())) {
+            Record stray = NextRecord();
+            Repair(stray.head, "expected an object, got " + Quote(stray), "dropped");
+            break;
+          }
+          section.records.push_back(ReadGrouped());
+          break;
         default: section.records.push_back(ReadGrouped()); break;
       }
     }

@@ -355,7 +355,9 @@ void DbWriter::EmitTable(std::string_view name, const Table* table) {
     // A block whose table entry the file lost (its BLOCK came without one)
     // still needs its record: the block and its entities name it.
     for (const BlockRecord* b : doc_.blocks().items) {
-      if (IsNew(b) || !Written(b) || emitted_.count(b)) continue;
+      // (A record written raw, in a section the host does not read, is
+      // there already.)
+      if (IsNew(b) || !Written(b) || emitted_.count(b) || raw_handles_.count(b->handle())) continue;
       emitted_[b] = true;
       EmitNew(*b, owner);
     }
