@@ -57,6 +57,7 @@ class Loader {
   void MoveStandardHandles();
   void LoadHeader();
   void LoadTables();
+  void LoadBlockDefinitions(Section& section);
   void LoadTableEntry(std::string_view table, const Record& record);
   void FillTableEntry(std::string_view table, const Record& record);
   void LoadBlocks();

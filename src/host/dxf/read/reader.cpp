@@ -291,8 +291,19 @@ void Loader::FillTableEntry(std::string_view table, const Record& record) {
 // ---------------------------------------------------------------- blocks
 
 void Loader::LoadBlocks() {
-  Section* section = source_.model.FindSection("BLOCKS");
-  if (section == nullptr) return;
+  if (Section* section = source_.model.FindSection("BLOCKS")) LoadBlockDefinitions(*section);
+  // A block record without a name and without a definition gets one too.
+  for (BlockRecord* b : doc_.blocks().items) {
+    if (!b->Name().empty()) continue;
+    std::string given = FreeBlockName("*U");
+    Repair("a block record without a name (handle " + HexOf(b->handle()) + "): named \"" + given + "\"");
+    b->mutable_data().name = given;
+    blocks_[FoldName(given)] = b;
+  }
+}
+
+void Loader::LoadBlockDefinitions(Section& blocks_section) {
+  Section* section = &blocks_section;
   // The record each block definition fills, in order: the block record its
   // owner handle names, else the one of its name, unless an earlier block
   // took it; a block without a name or with a name taken gets a new one.
@@ -353,14 +364,6 @@ void Loader::LoadBlocks() {
   }
   for (size_t i = 0; i < section->blocks.size(); ++i) {
     for (const Record& entity : section->blocks[i].entities) LoadEntity(entity, records[i]);
-  }
-  // A block record without a name and without a definition gets one too.
-  for (BlockRecord* b : doc_.blocks().items) {
-    if (!b->Name().empty()) continue;
-    std::string given = FreeBlockName("*U");
-    Repair("a block record without a name (handle " + HexOf(b->handle()) + "): named \"" + given + "\"");
-    b->mutable_data().name = given;
-    blocks_[FoldName(given)] = b;
   }
 }
 
