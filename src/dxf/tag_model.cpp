@@ -117,7 +117,37 @@ class ModelBuilder {
     CompletePoints(record);
     CloseAppGroups(record);
     MarkSubclass(record);
+    KeepOneHandle(record);
     return record;
+  }
+
+  // A record has one handle: a later group code 5 (a damaged line that
+  // swallowed the next record's start) is dropped. DIMSTYLE's handle is
+  // 105, its 5 is data; a SORTENTSTABLE lists sort handles under 5.
+  void KeepOneHandle(Record& record) {
+    if (record.type == "DIMSTYLE" || record.type == "SECTION" || record.type == "SORTENTSTABLE") return;
+    std::span<Tag> tags = record.tags;
+    std::size_t first = tags.size(), second = tags.size();
+    for (std::size_t i = 0; i < tags.size(); ++i) {
+      if (tags[i].code != 5) continue;
+      if (first == tags.size()) {
+        first = i;
+      } else {
+        second = i;
+        break;
+      }
+    }
+    if (second == tags.size()) return;
+    std::vector<Tag> kept;
+    kept.reserve(tags.size());
+    for (std::size_t i = 0; i < tags.size(); ++i) {
+      if (tags[i].code == 5 && i != first) {
+        Repair(tags[i], "a second handle (group code 5) in one record", "dropped");
+        continue;
+      }
+      kept.push_back(tags[i]);
+    }
+    record.tags = std::span<Tag>(model_->made_tags_.emplace_back(std::move(kept)));
   }
 
   // Objects whose data other readers take only after their subclass
@@ -386,6 +416,32 @@ class ModelBuilder {
     } else {
       Repair(table.head.head, "table " + Quote(table.Name()) + " has no ENDTAB", "closed");
       table.end = Made("ENDTAB", table.head.head);
+    }
+    // A table whose name is no table's but whose entries are all of one
+    // standard kind (a mangled name) is a table of that kind.
+    if (!IsTableRecordType(table.Name()) && !table.entries.empty()) {
+      std::string_view kind = table.entries.front().type;
+      bool one_kind = IsTableRecordType(kind) && kind != "TABLE" && kind != "ENDTAB";
+      for (const Record& entry : table.entries) one_kind = one_kind && entry.type == kind;
+      if (one_kind) {
+        Repair(table.head.head, "table " + Quote(table.Name()) + " holds " + Quote(kind) + " entries",
+               "read as a " + Quote(kind) + " table");
+        std::vector<Tag> head(table.head.tags.begin(), table.head.tags.end());
+        for (Tag& t : head) {
+          if (t.code == 2) t = Tag::String(2, kind), t.position = table.head.head.position;
+        }
+        table.head.tags = std::span<Tag>(model_->made_tags_.emplace_back(std::move(head)));
+      }
+    }
+    // A second table of a standard kind (a table made for entries that
+    // lost theirs, or one given twice) joins the first: readers take one.
+    if (IsTableRecordType(table.Name()) && table.Name() != "TABLE" && table.Name() != "ENDTAB") {
+      for (Table& earlier : section->tables) {
+        if (earlier.Name() != table.Name()) continue;
+        Repair(table.head.head, "a second " + Quote(table.Name()) + " table", "its entries join the first");
+        for (Record& entry : table.entries) earlier.entries.push_back(std::move(entry));
+        return;
+      }
     }
     section->tables.push_back(std::move(table));
   }
