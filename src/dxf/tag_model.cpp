@@ -127,23 +127,22 @@ class ModelBuilder {
   void KeepOneHandle(Record& record) {
     if (record.type == "DIMSTYLE" || record.type == "SECTION" || record.type == "SORTENTSTABLE") return;
     std::span<Tag> tags = record.tags;
-    std::size_t first = tags.size(), second = tags.size();
-    for (std::size_t i = 0; i < tags.size(); ++i) {
-      if (tags[i].code != 5) continue;
-      if (first == tags.size()) {
-        first = i;
-      } else {
-        second = i;
-        break;
-      }
-    }
-    if (second == tags.size()) return;
+    // Only the record's own groups: extended data (from 1001) follows them.
+    std::size_t own = 0;
+    while (own < tags.size() && tags[own].code != 1001) ++own;
+    std::size_t handles = 0;
+    for (std::size_t i = 0; i < own; ++i) handles += tags[i].code == 5 ? 1 : 0;
+    if (handles < 2) return;
     std::vector<Tag> kept;
     kept.reserve(tags.size());
+    bool seen = false;
     for (std::size_t i = 0; i < tags.size(); ++i) {
-      if (tags[i].code == 5 && i != first) {
-        Repair(tags[i], "a second handle (group code 5) in one record", "dropped");
-        continue;
+      if (i < own && tags[i].code == 5) {
+        if (seen) {
+          Repair(tags[i], "a second handle (group code 5) in one record", "dropped");
+          continue;
+        }
+        seen = true;
       }
       kept.push_back(tags[i]);
     }
