@@ -1,5 +1,7 @@
 #include "dxf/tag_model.h"
 
+#include <algorithm>
+
 #include <cstring>
 #include <fstream>
 #include <iterator>
@@ -253,20 +255,35 @@ class ModelBuilder {
     return 0;
   }
 
-  // A point whose x is not followed by its y takes 0 as y, as readers that
-  // take a missing z as 0 do; other readers refuse such a file.
+  // A point whose x is not followed by its y takes 0 as y, one whose y
+  // comes without its x takes 0 as x, as readers that take a missing z as
+  // 0 do; other readers refuse such a file.
   void CompletePoints(Record& record) {
     std::span<Tag> tags = record.tags;
     auto lacks_y = [&](std::size_t i) {
       int y = YCodeOf(tags[i].code);
       return y != 0 && (i + 1 == tags.size() || tags[i + 1].code != y);
     };
+    // (Extended data is left alone here: some writers put a point's y
+    // apart from its x there.)
+    auto lacks_x = [&](std::size_t i) {
+      int x = tags[i].code - 10;
+      return tags[i].code < 1000 && YCodeOf(x) == tags[i].code && (i == 0 || tags[i - 1].code != x);
+    };
     std::size_t first = 0;
-    while (first < tags.size() && !lacks_y(first)) ++first;
+    while (first < tags.size() && !lacks_y(first) && !lacks_x(first)) ++first;
     if (first == tags.size()) return;
     std::vector<Tag> complete;
     complete.reserve(tags.size() + 2);
     for (std::size_t i = 0; i < tags.size(); ++i) {
+      if (i >= first && lacks_x(i)) {
+        int x = tags[i].code - 10;
+        Repair(tags[i], "group code " + std::to_string(tags[i].code) + " has no x (group code " +
+                            std::to_string(x) + ")", "x is 0");
+        Tag made = Tag::Double(x, 0.0);
+        made.position = tags[i].position;
+        complete.push_back(made);
+      }
       complete.push_back(tags[i]);
       if (i < first || !lacks_y(i)) continue;
       Repair(tags[i], "group code " + std::to_string(tags[i].code) + " has no y (group code " +
@@ -426,8 +443,13 @@ class ModelBuilder {
         Repair(table.head.head, "table " + Quote(table.Name()) + " holds " + Quote(kind) + " entries",
                "read as a " + Quote(kind) + " table");
         std::vector<Tag> head(table.head.tags.begin(), table.head.tags.end());
-        for (Tag& t : head) {
-          if (t.code == 2) t = Tag::String(2, kind), t.position = table.head.head.position;
+        Tag name = Tag::String(2, kind);
+        name.position = table.head.head.position;
+        auto named = std::find_if(head.begin(), head.end(), [](const Tag& t) { return t.code == 2; });
+        if (named != head.end()) {
+          *named = name;
+        } else {
+          head.insert(head.begin(), name);
         }
         table.head.tags = std::span<Tag>(model_->made_tags_.emplace_back(std::move(head)));
       }
