@@ -8,6 +8,7 @@
 #include "com_object.h"
 #include "frame/automation_error.h"
 #include "frame/dispatch.h"
+#include "frame/wide_text_windows.h"
 #include "host_object.h"
 
 namespace tovik::com {
@@ -174,23 +175,9 @@ SAFEARRAY* ToSafeArray(const SafeArray& array) {
 
 }  // namespace
 
-std::wstring Wide(std::string_view utf8) {
-  if (utf8.empty()) return {};
-  int n = MultiByteToWideChar(CP_UTF8, 0, utf8.data(), static_cast<int>(utf8.size()), nullptr, 0);
-  std::wstring out(static_cast<size_t>(n), L'\0');
-  MultiByteToWideChar(CP_UTF8, 0, utf8.data(), static_cast<int>(utf8.size()), out.data(), n);
-  return out;
-}
+std::wstring Wide(std::string_view utf8) { return WideOf(utf8); }
 
-std::string Narrow(const wchar_t* text, int length) {
-  if (!text || length == 0) return {};
-  int n = WideCharToMultiByte(CP_UTF8, 0, text, length, nullptr, 0, nullptr, nullptr);
-  if (n <= 0) return {};
-  std::string out(static_cast<size_t>(n), '\0');
-  WideCharToMultiByte(CP_UTF8, 0, text, length, out.data(), n, nullptr, nullptr);
-  if (length < 0 && !out.empty()) out.pop_back();  // the terminator
-  return out;
-}
+std::string Narrow(const wchar_t* text, int length) { return Utf8Of(text, length); }
 
 BSTR MakeBstr(std::string_view utf8) {
   std::wstring wide = Wide(utf8);

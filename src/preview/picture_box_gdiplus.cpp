@@ -16,6 +16,7 @@ using std::min;
 #include <vector>
 
 #include "frame/library_state.h"
+#include "frame/wide_text_windows.h"
 #include "preview/picture_box.h"
 
 namespace tovik {
@@ -24,14 +25,6 @@ namespace {
 Gdiplus::Color ColorOf(int32_t color) {
   return Gdiplus::Color(255, static_cast<BYTE>(color & 0xFF), static_cast<BYTE>((color >> 8) & 0xFF),
                         static_cast<BYTE>((color >> 16) & 0xFF));
-}
-
-std::wstring Wide(const char* utf8) {
-  int n = MultiByteToWideChar(CP_UTF8, 0, utf8, -1, nullptr, 0);
-  if (n <= 1) return {};
-  std::wstring out(static_cast<size_t>(n - 1), L'\0');
-  MultiByteToWideChar(CP_UTF8, 0, utf8, -1, out.data(), n);
-  return out;
 }
 
 bool EndsWith(const std::string& s, std::string_view tail) {
@@ -92,7 +85,7 @@ class BitmapImage : public ClipboardImage {
                            reinterpret_cast<BYTE*>(const_cast<uint32_t*>(pixels_.data())));
     CLSID png;
     if (!PngEncoder(&png)) return false;
-    return bitmap.Save(Wide(path.c_str()).c_str(), &png, nullptr) == Gdiplus::Ok;
+    return bitmap.Save(WideOf(path.c_str()).c_str(), &png, nullptr) == Gdiplus::Ok;
   }
 
  private:
@@ -204,7 +197,7 @@ void PictureBox::FillRings(std::span<const std::vector<geometry::Vec2>> rings, i
 }
 
 void PictureBox::SelectFace(const char* family, double cap_px) {
-  canvas_->family = std::make_unique<Gdiplus::FontFamily>(Wide(family).c_str());
+  canvas_->family = std::make_unique<Gdiplus::FontFamily>(WideOf(family).c_str());
   if (canvas_->family->GetLastStatus() != Gdiplus::Ok) {
     canvas_->family.reset(Gdiplus::FontFamily::GenericSansSerif()->Clone());
   }
@@ -223,7 +216,7 @@ double PictureBox::TextWidth(const char* utf8, const char* family, double height
   double cap = height * PixelsPerUnitY();
   if (!(cap > 0)) return 0;
   SelectFace(family, cap);
-  std::wstring text = Wide(utf8);
+  std::wstring text = WideOf(utf8);
   Gdiplus::Font font(canvas_->family.get(), static_cast<Gdiplus::REAL>(canvas_->em_px),
                      Gdiplus::FontStyleRegular, Gdiplus::UnitPixel);
   Gdiplus::StringFormat format(Gdiplus::StringFormat::GenericTypographic());
@@ -241,7 +234,7 @@ void PictureBox::DrawText(double x, double y, double height, double angle, const
   double cap = height * sy;
   if (cap < 0.5) return;  // below half a pixel nothing shows
   double advance = TextWidth(utf8, family, height) * PixelsPerUnitX();
-  std::wstring text = Wide(utf8);
+  std::wstring text = WideOf(utf8);
   Gdiplus::FontFamily* face = canvas_->family.get();
   // The path's origin is the top of the line: the baseline lies one ascent
   // below it.

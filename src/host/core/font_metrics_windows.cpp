@@ -5,6 +5,7 @@
 
 #include <cstdint>
 
+#include "frame/wide_text_windows.h"
 #include "host/core/font_metrics.h"
 
 namespace tovik::host {
@@ -12,22 +13,6 @@ namespace {
 
 // Em size the advances are measured at, in logical units.
 constexpr int kEmUnits = 2048;
-
-std::wstring Wide(std::string_view utf8) {
-  if (utf8.empty()) return {};
-  int n = MultiByteToWideChar(CP_UTF8, 0, utf8.data(), static_cast<int>(utf8.size()), nullptr, 0);
-  std::wstring out(static_cast<size_t>(n), L'\0');
-  MultiByteToWideChar(CP_UTF8, 0, utf8.data(), static_cast<int>(utf8.size()), out.data(), n);
-  return out;
-}
-
-std::string Narrow(const wchar_t* text) {
-  int n = WideCharToMultiByte(CP_UTF8, 0, text, -1, nullptr, 0, nullptr, nullptr);
-  if (n <= 1) return {};
-  std::string out(static_cast<size_t>(n - 1), '\0');
-  WideCharToMultiByte(CP_UTF8, 0, text, -1, out.data(), n, nullptr, nullptr);
-  return out;
-}
 
 }  // namespace
 
@@ -57,7 +42,7 @@ FontMetrics::Face& FontMetrics::FaceFor(std::string_view font_file) {
   auto face = std::make_unique<Face>();
   HDC dc = library_->dc;
   if (dc) {
-    std::wstring family = Wide(FontFamilyOf(font_file));
+    std::wstring family = WideOf(FontFamilyOf(font_file));
     if (family.size() >= LF_FACESIZE) family.resize(LF_FACESIZE - 1);
     LOGFONTW lf = {};
     lf.lfHeight = -kEmUnits;
@@ -69,7 +54,7 @@ FontMetrics::Face& FontMetrics::FaceFor(std::string_view font_file) {
     if (face->font) {
       HGDIOBJ old = SelectObject(dc, face->font);
       wchar_t name[LF_FACESIZE] = {};
-      if (GetTextFaceW(dc, LF_FACESIZE, name) > 0) face->file = Narrow(name);
+      if (GetTextFaceW(dc, LF_FACESIZE, name) > 0) face->file = Utf8Of(name);
       GLYPHMETRICS gm = {};
       MAT2 identity = {{0, 1}, {0, 0}, {0, 0}, {0, 1}};
       if (GetGlyphOutlineW(dc, L'H', GGO_METRICS, &gm, 0, nullptr, &identity) != GDI_ERROR) {
