@@ -415,6 +415,13 @@ class ModelBuilder {
       Repair(tags_[at_], "expected TABLE, got \"ENDTAB\"", "dropped");
       NextRecord();
       return;
+    } else if (!IsTableRecordType(PeekType())) {
+      // No table holds entities or objects: a record of another section
+      // (one whose head was lost) is dropped with its followers.
+      Record stray = NextRecord();
+      Repair(stray.head, "expected TABLE, got " + Quote(stray), "dropped");
+      SkipFollowers(stray);
+      return;
     } else {
       entry_type = PeekType();
       first_entry = tags_[at_];

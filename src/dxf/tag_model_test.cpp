@@ -143,6 +143,9 @@ TEST(TagModel, DamagedStructureIsRepairedAndListed) {
        "0\nSECTION\n2\nTABLES\n0\nTABLE\n2\nLAYER\n0\nLAYER\n2\nA\n0\nENDTAB\n"
        "0\nTABLE\n2\nLAYER\n0\nLAYER\n2\nB\n0\nENDTAB\n0\nENDSEC\n",
        "TABLES{LAYER:2;} ", {"line 15: a second \"LAYER\" table: its entries join the first"}},
+      {"an entity among the tables",
+       "0\nSECTION\n2\nTABLES\n0\nINSERT\n0\nATTRIB\n0\nSEQEND\n0\nTABLE\n2\nLTYPE\n0\nENDTAB\n0\nENDSEC\n",
+       "TABLES{LTYPE:0;} ", {"line 5: expected TABLE, got \"INSERT\": dropped"}},
       {"table without ENDTAB", "0\nSECTION\n2\nTABLES\n0\nTABLE\n2\nLTYPE\n0\nENDSEC\n",
        "TABLES{LTYPE:0;} ", {"line 5: table \"LTYPE\" has no ENDTAB: closed"}},
       {"a table running into the next one's entries",
