@@ -354,7 +354,7 @@ class ModelBuilder {
             SkipFollowers(stray);
             break;
           }
-          section.records.push_back(ReadGrouped());
+          PushGrouped(section.records);
           break;
         case SectionKind::kObjects:
           // Symbol tables and their records are no objects (a section that
@@ -364,9 +364,9 @@ class ModelBuilder {
             Repair(stray.head, "expected an object, got " + Quote(stray), "dropped");
             break;
           }
-          section.records.push_back(ReadGrouped());
+          PushGrouped(section.records);
           break;
-        default: section.records.push_back(ReadGrouped()); break;
+        default: PushGrouped(section.records); break;
       }
     }
     if (HasRecord() && PeekType() == "ENDSEC") {
@@ -498,7 +498,7 @@ class ModelBuilder {
     Block block;
     block.begin = NextRecord();
     while (!AtSectionEnd() && PeekType() != "ENDBLK" && PeekType() != "BLOCK") {
-      block.entities.push_back(ReadGrouped());
+      PushGrouped(block.entities);
     }
     if (HasRecord() && PeekType() == "ENDBLK") {
       block.end = NextRecord();
@@ -507,6 +507,19 @@ class ModelBuilder {
       block.end = Made("ENDBLK", block.begin.head);
     }
     section->blocks.push_back(std::move(block));
+  }
+
+  // Reads a record with its followers into `records`; a VERTEX, ATTRIB or
+  // SEQEND that follows no POLYLINE or INSERT is dropped (a writer would
+  // put it after whatever record comes before it).
+  void PushGrouped(std::vector<Record>& records) {
+    Record record = ReadGrouped();
+    if (record.type == "VERTEX" || record.type == "ATTRIB" || record.type == "SEQEND") {
+      std::string_view owner = record.type == "ATTRIB" ? "INSERT" : "POLYLINE";
+      Repair(record.head, Quote(record) + " without its " + std::string(owner), "dropped");
+      return;
+    }
+    records.push_back(std::move(record));
   }
 
   Record ReadGrouped() {

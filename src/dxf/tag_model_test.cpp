@@ -143,6 +143,8 @@ TEST(TagModel, DamagedStructureIsRepairedAndListed) {
        "0\nSECTION\n2\nTABLES\n0\nTABLE\n2\nLAYER\n0\nLAYER\n2\nA\n0\nENDTAB\n"
        "0\nTABLE\n2\nLAYER\n0\nLAYER\n2\nB\n0\nENDTAB\n0\nENDSEC\n",
        "TABLES{LAYER:2;} ", {"line 15: a second \"LAYER\" table: its entries join the first"}},
+      {"a VERTEX without its POLYLINE", entities + "0\nLINE\n0\nVERTEX\n0\nSEQEND\n0\nENDSEC\n", "ENTITIES[LINE,] ",
+       {"line 7: \"VERTEX\" without its POLYLINE: dropped", "line 9: \"SEQEND\" without its POLYLINE: dropped"}},
       {"an entity among the tables",
        "0\nSECTION\n2\nTABLES\n0\nINSERT\n0\nATTRIB\n0\nSEQEND\n0\nTABLE\n2\nLTYPE\n0\nENDTAB\n0\nENDSEC\n",
        "TABLES{LTYPE:0;} ", {"line 5: expected TABLE, got \"INSERT\": dropped"}},
