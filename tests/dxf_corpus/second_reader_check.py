@@ -4,9 +4,8 @@ LibreCAD (its own DXF library, libdxfrw) prints each copy to PDF. Copies of
 every drawing of the shared corpus and of every damaged drawing, as R2018
 and as R12 (the version cutting and CAM programs read). A copy counts as
 opened when LibreCAD prints it (on some drawings it then waits at a
-message, so each run is cut off after a while). Fails when LibreCAD prints
-a copy of a drawing it prints as given, or prints nothing for a copy of a
-damaged drawing. Exit 77 (skipped) when LibreCAD is not installed.
+message, so a run ends once its PDF stops growing). Fails when LibreCAD does
+not print a copy of a drawing it prints as given, or of a damaged drawing. Exit 77 (skipped) when LibreCAD is not installed.
 
     second_reader_check.py SHARED_DIR DAMAGED_DIR OUT_DIR TOVIK
 """
@@ -15,6 +14,7 @@ import os
 import shutil
 import subprocess
 import sys
+import time
 
 
 def main():
@@ -32,14 +32,28 @@ def main():
     env = dict(os.environ, QT_QPA_PLATFORM="offscreen", XDG_RUNTIME_DIR=out)
 
     def prints(dxf):
+        """True when LibreCAD writes a PDF of `dxf`. It may wait at a message
+        after printing, so the run ends once the PDF has stopped growing
+        (or after 120 s on a loaded machine)."""
         pdf = os.path.splitext(os.path.join(out, os.path.basename(dxf)))[0] + ".pdf"
         if os.path.exists(pdf):
             os.remove(pdf)
-        try:
-            subprocess.run([librecad, "dxf2pdf", "-a", "-t", out, dxf], env=env,
-                           capture_output=True, timeout=20)
-        except subprocess.TimeoutExpired:
-            pass
+        run = subprocess.Popen([librecad, "dxf2pdf", "-a", "-t", out, dxf], env=env,
+                               stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        deadline = time.monotonic() + 120
+        last = -1
+        while time.monotonic() < deadline:
+            try:
+                run.wait(timeout=1)
+                break
+            except subprocess.TimeoutExpired:
+                size = os.path.getsize(pdf) if os.path.exists(pdf) else -1
+                if size > 0 and size == last:
+                    break
+                last = size
+        if run.poll() is None:
+            run.kill()
+            run.wait()
         return os.path.exists(pdf) and os.path.getsize(pdf) > 0
 
     failures = []
