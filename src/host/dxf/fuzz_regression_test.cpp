@@ -44,7 +44,7 @@ TEST(DxfFuzzRegressions, EveryDrawingThatReadsIsWrittenSoThatItReadsBack) {
       ADD_FAILURE() << "the copy does not read: " << e.Description();
     }
   }
-  EXPECT_EQ(cases, 26);
+  EXPECT_EQ(cases, 27);
 }
 
 // Where the host and the independent reader can read a case at all, the

@@ -142,7 +142,12 @@ void Loader::LinkDictionary(const Record& record, Dictionary* dict) {
       key = std::string(t.text);
     } else if ((t.code == 350 || t.code == 360) && !key.empty()) {
       uint64_t h = HandleValue(&t);
-      if (DbObject* target = doc_.FindByHandle(h)) {
+      DbObject* target = doc_.FindByHandle(h);
+      if (target != nullptr && target->IsEntity()) {
+        // Dictionaries hold objects; an entity named here is damage.
+        Repair("dictionary " + std::string(record.Handle()) + " entry \"" + key + "\" points to entity " +
+               std::string(t.text) + ", not an object: removed");
+      } else if (target != nullptr) {
         entries.emplace_back(key, target);
         if (t.code == 360 || target->owner() == nullptr) target->set_owner(dict);
       } else if (handles_.positions.count(h) == 0) {
