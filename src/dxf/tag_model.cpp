@@ -311,12 +311,17 @@ class ModelBuilder {
     return record;
   }
 
-  static bool IsTableRecordType(std::string_view type) {
-    for (std::string_view t : {"TABLE", "ENDTAB", "VPORT", "LTYPE", "LAYER", "STYLE", "VIEW", "UCS", "APPID",
-                               "DIMSTYLE", "BLOCK_RECORD"}) {
-      if (type == t) return true;
+  // The nine standard tables, each holding entries of its own name.
+  static bool IsStandardTable(std::string_view name) {
+    for (std::string_view t : {"VPORT", "LTYPE", "LAYER", "STYLE", "VIEW", "UCS", "APPID", "DIMSTYLE",
+                               "BLOCK_RECORD"}) {
+      if (name == t) return true;
     }
     return false;
+  }
+  // A record that belongs in the TABLES section only.
+  static bool IsTableRecordType(std::string_view type) {
+    return type == "TABLE" || type == "ENDTAB" || IsStandardTable(type);
   }
 
   void ReadSection(Record begin) {
@@ -406,11 +411,7 @@ class ModelBuilder {
       table.head = NextRecord();
       // The standard tables hold entries of their own name only: another
       // kind means the file lost this table's end and the next one's head.
-      constexpr std::string_view kStandard[] = {"VPORT", "LTYPE", "LAYER", "STYLE", "VIEW",
-                                                "UCS", "APPID", "DIMSTYLE", "BLOCK_RECORD"};
-      for (std::string_view name : kStandard) {
-        if (table.Name() == name) entry_type = name;
-      }
+      if (IsStandardTable(table.Name())) entry_type = table.Name();
     } else if (PeekType() == "ENDTAB") {
       Repair(tags_[at_], "expected TABLE, got \"ENDTAB\"", "dropped");
       NextRecord();
@@ -444,7 +445,7 @@ class ModelBuilder {
     // standard kind (a mangled name) is a table of that kind.
     if (!IsTableRecordType(table.Name()) && !table.entries.empty()) {
       std::string_view kind = table.entries.front().type;
-      bool one_kind = IsTableRecordType(kind) && kind != "TABLE" && kind != "ENDTAB";
+      bool one_kind = IsStandardTable(kind);
       for (const Record& entry : table.entries) one_kind = one_kind && entry.type == kind;
       if (one_kind) {
         Repair(table.head.head, "table " + Quote(table.Name()) + " holds " + Quote(kind) + " entries",
@@ -463,7 +464,7 @@ class ModelBuilder {
     }
     // A second table of a standard kind (a table made for entries that
     // lost theirs, or one given twice) joins the first: readers take one.
-    if (IsTableRecordType(table.Name()) && table.Name() != "TABLE" && table.Name() != "ENDTAB") {
+    if (IsStandardTable(table.Name())) {
       for (Table& earlier : section->tables) {
         if (earlier.Name() != table.Name()) continue;
         Repair(table.head.head, "a second " + Quote(table.Name()) + " table", "its entries join the first");
