@@ -65,7 +65,7 @@ class ModelBuilder {
     while (at_ < tags_.size() && tags_[at_].code != 0) model_->leading_.push_back(tags_[at_++]);
     while (HasRecord()) {
       Record record = NextRecord();
-      if (record.type == "EOF") return;
+      if (record.type == "EOF") break;
       if (record.type == "SECTION") {
         ReadSection(std::move(record));
         continue;
@@ -75,6 +75,8 @@ class ModelBuilder {
       Repair(record.head, "expected SECTION, got " + Quote(record), "dropped");
       SkipFollowers(record);
     }
+    JoinRepeatedSections();
+    PlaceStrayObjects();
   }
 
   // Throws when the file held records but no section: nothing of a drawing
@@ -126,22 +128,38 @@ class ModelBuilder {
   // A record has one handle: a later group code 5 (a damaged line that
   // swallowed the next record's start) is dropped. DIMSTYLE's handle is
   // 105, its 5 is data; a SORTENTSTABLE lists sort handles under 5.
+  // A handle that is no hexadecimal number is dropped too: the record is
+  // given a new one, as one without a handle is.
   void KeepOneHandle(Record& record) {
-    if (record.type == "DIMSTYLE" || record.type == "SECTION" || record.type == "SORTENTSTABLE") return;
+    if (record.type == "SECTION") return;
+    const int code = record.type == "DIMSTYLE" ? 105 : 5;
+    // A SORTENTSTABLE lists sort handles under 5 after its own.
+    const bool many = record.type == "SORTENTSTABLE";
     std::span<Tag> tags = record.tags;
     // Only the record's own groups: extended data (from 1001) follows them.
     std::size_t own = 0;
     while (own < tags.size() && tags[own].code != 1001) ++own;
     std::size_t handles = 0;
-    for (std::size_t i = 0; i < own; ++i) handles += tags[i].code == 5 ? 1 : 0;
-    if (handles < 2) return;
+    bool unreadable = false;
+    for (std::size_t i = 0; i < own; ++i) {
+      if (tags[i].code != code) continue;
+      if (handles++ == 0) unreadable = tags[i].kind == ValueKind::kHandle && tags[i].integer == kNoHandle;
+    }
+    if (!unreadable && (handles < 2 || many)) return;
     std::vector<Tag> kept;
     kept.reserve(tags.size());
     bool seen = false;
     for (std::size_t i = 0; i < tags.size(); ++i) {
-      if (i < own && tags[i].code == 5) {
-        if (seen) {
-          Repair(tags[i], "a second handle (group code 5) in one record", "dropped");
+      if (i < own && tags[i].code == code) {
+        if (!seen && unreadable) {
+          Repair(tags[i], "handle " + Quote(tags[i].text) + " is no hexadecimal number",
+                 "dropped, a new one is given");
+          seen = true;
+          continue;
+        }
+        if (seen && !many) {
+          Repair(tags[i], "a second handle (group code " + std::to_string(code) + ") in one record",
+                 "dropped");
           continue;
         }
         seen = true;
@@ -157,7 +175,7 @@ class ModelBuilder {
   void MarkSubclass(Record& record) {
     std::string_view marker;
     if (record.type == "XRECORD") marker = "AcDbXrecord";
-    if (record.type == "DICTIONARY") marker = "AcDbDictionary";
+    if (record.type == "DICTIONARY" || record.type == "ACDBDICTIONARYWDFLT") marker = "AcDbDictionary";
     if (marker.empty()) return;
     std::span<Tag> tags = record.tags;
     for (const Tag& t : tags) {
@@ -371,6 +389,7 @@ class ModelBuilder {
           }
           PushGrouped(section.records);
           break;
+        case SectionKind::kEntities: PushGrouped(section.records, true); break;
         default: PushGrouped(section.records); break;
       }
     }
@@ -383,28 +402,68 @@ class ModelBuilder {
     model_->sections_.push_back(std::move(section));
   }
 
-  static void SplitHeader(Record* begin, Section* section) {
+  // Splits the HEADER record into its variables. A variable holds one
+  // value (a point's coordinates being one): a variable without a value,
+  // groups after the value and groups before the first variable belong to
+  // nothing and are dropped, as other readers refuse them.
+  void SplitHeader(Record* begin, Section* section) {
     std::span<Tag> tags = begin->tags;
     std::size_t first = 0;
     while (first < tags.size() && tags[first].code != 9) ++first;
+    // The section's name and nothing else before the first variable.
+    std::size_t head = first;
+    for (std::size_t k = 0; k < first; ++k) {
+      if (tags[k].code == 2) {
+        if (k + 1 < first) {
+          Repair(tags[k + 1], "header groups before the first variable",
+                 std::to_string(first - k - 1) + " dropped");
+        }
+        head = k + 1;
+        break;
+      }
+    }
     for (std::size_t i = first; i < tags.size();) {
       HeaderVariable variable;
       variable.name_tag = tags[i];
       variable.name = Trim(tags[i].text);
       std::size_t j = i + 1;
       while (j < tags.size() && tags[j].code != 9) ++j;
-      variable.tags.assign(tags.begin() + static_cast<std::ptrdiff_t>(i + 1),
-                           tags.begin() + static_cast<std::ptrdiff_t>(j));
-      section->variables.push_back(std::move(variable));
+      std::size_t value_end = ValueEnd(tags, i + 1, j);
+      if (value_end == i + 1) {
+        Repair(tags[i], "header variable " + Quote(variable.name) + " has no value", "dropped");
+      } else {
+        if (value_end < j) {
+          std::size_t extra = j - value_end;
+          Repair(tags[value_end], "header variable " + Quote(variable.name) + " has " + std::to_string(extra) +
+                                      (extra == 1 ? " group" : " groups") + " after its value",
+                 "dropped");
+        }
+        variable.tags.assign(tags.begin() + static_cast<std::ptrdiff_t>(i + 1),
+                             tags.begin() + static_cast<std::ptrdiff_t>(value_end));
+        section->variables.push_back(std::move(variable));
+      }
       i = j;
     }
-    begin->tags = tags.first(first);
+    begin->tags = tags.first(head);
+  }
+
+  // The end of the value that starts at `from` (before `end`): one group,
+  // or a point's x with the y and z that follow it.
+  static std::size_t ValueEnd(std::span<const Tag> tags, std::size_t from, std::size_t end) {
+    if (from >= end) return from;
+    std::size_t k = from + 1;
+    int y = YCodeOf(tags[from].code);
+    if (y != 0 && k < end && tags[k].code == y) {
+      ++k;
+      if (k < end && tags[k].code == y + 10) ++k;
+    }
+    return k;
   }
 
   void ReadTable(Section* section) {
     Table table;
-    // The entry type that ends the table when another follows (none for
-    // tables of other programs).
+    // The entry type that ends the table when another follows (none for a
+    // table under another name).
     std::string_view entry_type;
     Tag first_entry;
     if (PeekType() == "TABLE") {
@@ -462,9 +521,16 @@ class ModelBuilder {
         table.head.tags = std::span<Tag>(model_->made_tags_.emplace_back(std::move(head)));
       }
     }
+    // No drawing has other tables: one under another name (a damaged head)
+    // is dropped with its entries, as other readers refuse the file.
+    if (!IsStandardTable(table.Name())) {
+      Repair(table.head.head, "table " + Quote(table.Name()) + " is none of the standard tables",
+             "dropped with its " + std::to_string(table.entries.size()) + " entries");
+      return;
+    }
     // A second table of a standard kind (a table made for entries that
     // lost theirs, or one given twice) joins the first: readers take one.
-    if (IsStandardTable(table.Name())) {
+    {
       for (Table& earlier : section->tables) {
         if (earlier.Name() != table.Name()) continue;
         Repair(table.head.head, "a second " + Quote(table.Name()) + " table", "its entries join the first");
@@ -499,7 +565,7 @@ class ModelBuilder {
     Block block;
     block.begin = NextRecord();
     while (!AtSectionEnd() && PeekType() != "ENDBLK" && PeekType() != "BLOCK") {
-      PushGrouped(block.entities);
+      PushGrouped(block.entities, true);
     }
     if (HasRecord() && PeekType() == "ENDBLK") {
       block.end = NextRecord();
@@ -512,15 +578,133 @@ class ModelBuilder {
 
   // Reads a record with its followers into `records`; a VERTEX, ATTRIB or
   // SEQEND that follows no POLYLINE or INSERT is dropped (a writer would
-  // put it after whatever record comes before it).
-  void PushGrouped(std::vector<Record>& records) {
+  // put it after whatever record comes before it). Among entities
+  // (`graphic`), a table record is dropped and an object set aside for the
+  // OBJECTS section: readers take everything there for an entity.
+  void PushGrouped(std::vector<Record>& records, bool graphic = false) {
+    if (graphic && IsTableRecordType(PeekType())) {
+      Record stray = NextRecord();
+      Repair(stray.head, "expected an entity, got " + Quote(stray), "dropped");
+      return;
+    }
+    if (graphic && IsObjectType(PeekType())) {
+      stray_objects_.push_back(NextRecord());
+      return;
+    }
     Record record = ReadGrouped();
     if (record.type == "VERTEX" || record.type == "ATTRIB" || record.type == "SEQEND") {
       std::string_view owner = record.type == "ATTRIB" ? "INSERT" : "POLYLINE";
       Repair(record.head, Quote(record) + " without its " + std::string(owner), "dropped");
       return;
     }
+    if (std::string_view marker = DataMarkerOf(record.type); !marker.empty()) {
+      bool marked = false;
+      for (const Tag& t : record.tags) marked = marked || (t.code == 100 && AsciiEqualIgnoringCase(Trim(t.text), marker));
+      if (!marked) {
+        Repair(record.head, Quote(record) + " without its subclass marker " + Quote(marker) +
+                                " (its data cannot be told apart)", "dropped");
+        return;
+      }
+      // A multiline style draws its lines from its elements (49 offset
+      // each): one without any is no style readers accept.
+      if (record.type == "MLINESTYLE" && FindCode(record, 49) == nullptr) {
+        Repair(record.head, Quote(record) + " without line elements (group code 49)", "dropped");
+        return;
+      }
+    }
     records.push_back(std::move(record));
+  }
+
+  static bool AsciiEqualIgnoringCase(std::string_view a, std::string_view b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) {
+      auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
+      return lower(x) == lower(y);
+    });
+  }
+
+  // Kinds of the OBJECTS section.
+  static bool IsObjectType(std::string_view type) {
+    if (!DataMarkerOf(type).empty()) return true;
+    for (std::string_view t : {"DICTIONARY", "ACDBDICTIONARYWDFLT", "XRECORD", "MATERIAL", "LAYOUT", "GROUP",
+                               "SORTENTSTABLE", "ACDBPLACEHOLDER", "LAYER_INDEX", "SPATIAL_INDEX",
+                               "SPATIAL_FILTER", "FIELD", "FIELDLIST", "IDBUFFER", "LAYER_FILTER", "GEODATA",
+                               "WIPEOUTVARIABLES", "DIMASSOC", "DATATABLE", "DETAILVIEWSTYLE",
+                               "SECTIONVIEWSTYLE", "ACAD_PROXY_OBJECT", "PDFDEFINITION", "DWFDEFINITION",
+                               "DGNDEFINITION", "LIGHTLIST", "RENDERENVIRONMENT", "MENTALRAYRENDERSETTINGS"}) {
+      if (type == t) return true;
+    }
+    return false;
+  }
+
+  // A section given twice (a file written in pieces, or one whose end and
+  // next head were lost) joins the first of its name: its records follow
+  // the first's, its tables' entries join the tables of the same name, its
+  // header variables count where the first lacks them.
+  void JoinRepeatedSections() {
+    std::vector<Section>& sections = model_->sections_;
+    std::vector<Section> kept;
+    kept.reserve(sections.size());
+    for (Section& section : sections) {
+      auto first = std::find_if(kept.begin(), kept.end(), [&](const Section& k) {
+        return section.kind != SectionKind::kOther && k.kind == section.kind;
+      });
+      if (first == kept.end()) {
+        kept.push_back(std::move(section));
+        continue;
+      }
+      Repair(section.begin.head, "a second " + std::string(section.name) + " section",
+             "joined to the first (" + Place(first->begin.head) + ")");
+      for (Record& r : section.records) first->records.push_back(std::move(r));
+      for (Block& b : section.blocks) first->blocks.push_back(std::move(b));
+      for (Table& t : section.tables) {
+        auto same = std::find_if(first->tables.begin(), first->tables.end(),
+                                 [&](const Table& k) { return k.Name() == t.Name(); });
+        if (same == first->tables.end()) {
+          first->tables.push_back(std::move(t));
+        } else {
+          for (Record& e : t.entries) same->entries.push_back(std::move(e));
+        }
+      }
+      for (HeaderVariable& v : section.variables) {
+        bool known = std::any_of(first->variables.begin(), first->variables.end(),
+                                 [&](const HeaderVariable& k) { return k.name == v.name; });
+        if (!known) first->variables.push_back(std::move(v));
+      }
+    }
+    sections = std::move(kept);
+  }
+
+  // Objects found among the entities join the OBJECTS section (dropped
+  // when the file has none).
+  void PlaceStrayObjects() {
+    if (stray_objects_.empty()) return;
+    Section* objects = nullptr;
+    for (Section& section : model_->sections_) {
+      if (section.kind == SectionKind::kObjects) objects = &section;
+    }
+    for (Record& record : stray_objects_) {
+      Repair(record.head, Quote(record) + " among the entities",
+             objects != nullptr ? "moved to the OBJECTS section" : "dropped (the file has no OBJECTS section)");
+      if (objects != nullptr) objects->records.push_back(std::move(record));
+    }
+    stray_objects_.clear();
+  }
+
+  // The subclass marker standard objects the host keeps as they came hold
+  // their data after: readers refuse such an object without it.
+  static std::string_view DataMarkerOf(std::string_view type) {
+    static constexpr std::pair<std::string_view, std::string_view> kMarkers[] = {
+        {"MLINESTYLE", "AcDbMlineStyle"},       {"MLEADERSTYLE", "AcDbMLeaderStyle"},
+        {"VISUALSTYLE", "AcDbVisualStyle"},     {"SCALE", "AcDbScale"},
+        {"TABLESTYLE", "AcDbTableStyle"},       {"DICTIONARYVAR", "DictionaryVariables"},
+        {"PLOTSETTINGS", "AcDbPlotSettings"},   {"CELLSTYLEMAP", "AcDbCellStyleMap"},
+        {"IMAGEDEF", "AcDbRasterImageDef"},     {"IMAGEDEF_REACTOR", "AcDbRasterImageDefReactor"},
+        {"RASTERVARIABLES", "AcDbRasterVariables"}, {"SUN", "AcDbSun"},
+    };
+    for (const auto& [kind, marker] : kMarkers) {
+      if (type == kind) return marker;
+    }
+    return {};
   }
 
   Record ReadGrouped() {
@@ -530,11 +714,18 @@ class ModelBuilder {
     if (record.type == "INSERT") follower = "ATTRIB";
     if (follower.empty()) return record;
     while (HasRecord() && PeekType() == follower) record.followers.push_back(NextRecord());
+    // A POLYLINE always ends with SEQEND, an INSERT when its 66 flag says
+    // attributes follow: readers look for it even when nothing came before.
+    const Tag* follow = record.type == "INSERT" ? FindCode(record, 66) : nullptr;
+    bool closed = record.type == "POLYLINE" || (follow != nullptr && follow->IsInteger() && follow->integer != 0);
     if (HasRecord() && PeekType() == "SEQEND") {
       record.followers.push_back(NextRecord());
-    } else if (!record.followers.empty()) {
-      Repair(record.head, std::string(follower) + " records of " + std::string(record.type) +
-                              " are not closed by SEQEND", "closed");
+    } else if (!record.followers.empty() || closed) {
+      Repair(record.head,
+             record.followers.empty()
+                 ? QuoteForMessage(record.type) + " without its SEQEND"
+                 : std::string(follower) + " records of " + std::string(record.type) + " are not closed by SEQEND",
+             "closed");
       record.followers.push_back(Made("SEQEND", record.head));
     }
     return record;
@@ -575,6 +766,8 @@ class ModelBuilder {
   Faults faults_;
   std::size_t at_ = 0;
   std::optional<Tag> first_stray_;
+  // Objects read among the entities, for the OBJECTS section.
+  std::vector<Record> stray_objects_;
 };
 
 std::string_view Table::Name() const { return Trim(head.StringOr(2)); }

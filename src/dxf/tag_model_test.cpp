@@ -76,7 +76,8 @@ TEST(TagModel, GroupsTheFileIntoSectionsTablesBlocksAndRecords) {
 }
 
 // The record types of a model, section by section: "ENTITIES[LINE,CIRCLE]",
-// "TABLES{LAYER:2}", "BLOCKS{B:LINE}"; followers after a slash.
+// "TABLES{LAYER:2}", "BLOCKS{B:LINE}", "HEADER($ACADVER:1)" (a variable and
+// the count of its value's groups); followers after a slash.
 std::string Shape(const TagModel& model) {
   std::string out;
   for (const Section& section : model.sections()) {
@@ -93,7 +94,11 @@ std::string Shape(const TagModel& model) {
         out += ";";
       }
       out += "}";
-    } else if (section.kind != SectionKind::kHeader) {
+    } else if (section.kind == SectionKind::kHeader) {
+      out += "(";
+      for (const HeaderVariable& v : section.variables) out += std::string(v.name) + ":" + std::to_string(v.tags.size()) + ";";
+      out += ")";
+    } else {
       out += "[";
       for (const Record& r : section.records) {
         out += std::string(r.type);
@@ -122,8 +127,37 @@ TEST(TagModel, DamagedStructureIsRepairedAndListed) {
        {"line 7: group code 8: the file ends after the group code: the code is dropped",
         "line 1: section ENTITIES has no ENDSEC: closed"}},
       {"stray ENDSEC between sections",
-       entities + "0\nENDSEC\n0\nENDSEC\n" + entities + "0\nENDSEC\n",
-       "ENTITIES[] ENTITIES[] ", {"line 7: expected SECTION, got \"ENDSEC\": dropped"}},
+       entities + "0\nENDSEC\n0\nENDSEC\n0\nSECTION\n2\nOBJECTS\n0\nENDSEC\n",
+       "ENTITIES[] OBJECTS[] ", {"line 7: expected SECTION, got \"ENDSEC\": dropped"}},
+      {"a section given twice", entities + "0\nLINE\n0\nENDSEC\n" + entities + "0\nCIRCLE\n0\nENDSEC\n",
+       "ENTITIES[LINE,CIRCLE,] ", {"line 9: a second ENTITIES section: joined to the first (line 1)"}},
+      {"header variables without a value or with more than one",
+       "0\nSECTION\n2\nHEADER\n9\n$A\n9\n$B\n70\n1\n8\nx\n9\n$C\n10\n1\n20\n2\n30\n3\n0\nENDSEC\n",
+       "HEADER($B:1;$C:3;) ",
+       {"line 5: header variable \"$A\" has no value: dropped",
+        "line 11: header variable \"$B\" has 1 group after its value: dropped"}},
+      {"a handle that is no number", entities + "0\nLINE\n5\n1 9\n8\n0\n0\nENDSEC\n", "ENTITIES[LINE,] ",
+       {"line 7: handle \"1 9\" is no hexadecimal number: dropped, a new one is given"}},
+      {"a table of no standard name",
+       "0\nSECTION\n2\nTABLES\n0\nTABLE\n2\nUMS\n0\nENDTAB\n0\nTABLE\n2\nLTYPE\n0\nENDTAB\n0\nENDSEC\n",
+       "TABLES{LTYPE:0;} ", {"line 5: table \"UMS\" is none of the standard tables: dropped with its 0 entries"}},
+      {"table records and objects among the entities",
+       entities + "0\nLAYER\n2\nA\n0\nMATERIAL\n100\nAcDbMaterial\n0\nLINE\n0\nENDSEC\n"
+                  "0\nSECTION\n2\nOBJECTS\n0\nDICTIONARY\n100\nAcDbDictionary\n0\nENDSEC\n",
+       "ENTITIES[LINE,] OBJECTS[DICTIONARY,MATERIAL,] ",
+       {"line 5: expected an entity, got \"LAYER\": dropped",
+        "line 9: \"MATERIAL\" among the entities: moved to the OBJECTS section"}},
+      {"an object whose data lacks its subclass marker",
+       "0\nSECTION\n2\nOBJECTS\n0\nMLINESTYLE\n5\nA\n2\nStandard\n0\nMLINESTYLE\n100\nAcDbMlineStyle\n71\n1\n"
+       "0\nMLINESTYLE\n100\nAcDbMlineStyle\n71\n1\n49\n0.5\n0\nENDSEC\n",
+       "OBJECTS[MLINESTYLE,] ",
+       {"line 5: \"MLINESTYLE\" without its subclass marker \"AcDbMlineStyle\" (its data cannot be told apart): "
+        "dropped",
+        "line 11: \"MLINESTYLE\" without line elements (group code 49): dropped"}},
+      {"a POLYLINE without vertices or SEQEND, an INSERT whose attributes do not come",
+       entities + "0\nPOLYLINE\n0\nINSERT\n66\n1\n0\nINSERT\n0\nENDSEC\n",
+       "ENTITIES[POLYLINE/SEQEND,INSERT/SEQEND,INSERT,] ",
+       {"line 5: \"POLYLINE\" without its SEQEND: closed", "line 7: \"INSERT\" without its SEQEND: closed"}},
       {"SECTION without a name", "0\nSECTION\n70\n1\n0\nLINE\n0\nENDSEC\n", "",
        {"line 1: SECTION without a name (group code 2): its 1 records are dropped"}},
       {"entity between blocks",
@@ -173,9 +207,9 @@ TEST(TagModel, DamagedStructureIsRepairedAndListed) {
         "line 11: group code 11 has no y (group code 21): y is 0",
         "line 15: group code 20 has no x (group code 10): x is 0"}},
       {"application groups that do not pair",
-       entities + "0\nLINE\n102\n{ACAD_REACTORS\n330\n1\n100\nAcDbEntity\n102\n}\n0\n"
-                  "XRECORD\n102\n{ACAD_REACTORS\n100\nAcDbXrecord\n102\n{data\n0\nENDSEC\n",
-       "ENTITIES[LINE,XRECORD,] ",
+       "0\nSECTION\n2\nOBJECTS\n0\nLINE\n102\n{ACAD_REACTORS\n330\n1\n100\nAcDbEntity\n102\n}\n0\n"
+       "XRECORD\n102\n{ACAD_REACTORS\n100\nAcDbXrecord\n102\n{data\n0\nENDSEC\n",
+       "OBJECTS[LINE,XRECORD,] ",
        {"line 11: application group not closed (group code 102): closed",
         "line 13: \"102 }\" without its group: dropped",
         "line 19: application group not closed (group code 102): closed"}},

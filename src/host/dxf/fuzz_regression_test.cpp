@@ -47,6 +47,21 @@ TEST(DxfFuzzRegressions, EveryDrawingThatReadsIsWrittenSoThatItReadsBack) {
   EXPECT_EQ(cases, 27);
 }
 
+// Other readers open every copy as it is: no recover mode, no audit error.
+TEST(DxfFuzzRegressions, TheIndependentReaderOpensEveryCopy) {
+  SKIP_WITHOUT_EZDXF();
+  const std::filesystem::path dir = std::filesystem::path(TOVIK_SOURCE_DIR) / "tests/dxf_fuzz_regressions";
+  auto app = Application::Create({.open_drawing = false});
+  for (const auto& entry : std::filesystem::directory_iterator(dir)) {
+    if (entry.path().extension() != ".dxf") continue;
+    const std::string name = entry.path().filename().string();
+    SCOPED_TRACE(name);
+    const std::string copy = ::testing::TempDir() + "/fuzz_copy_" + name;
+    WriteDrawingFile(*ReadDrawingFile(*app, entry.path().string()), copy);
+    EXPECT_EZDXF_ACCEPTS(copy);
+  }
+}
+
 // Where the host and the independent reader can read a case at all, the
 // reader finds the copy the same as the case. Two cases still differ, faults left open: names
 // holding control characters (the reader cleans them in the original, the

@@ -99,6 +99,16 @@ void Loader::LoadLayout(const Record& record,
   auto it = block_by_handle.find(LayoutBlockHandle(record));
   BlockRecord* block = it == block_by_handle.end() ? nullptr : it->second;
   if (block == nullptr) {
+    // A layout whose block record was lost takes the space it can only
+    // mean: model space for "Model", else the paper space while no layout
+    // of the file has it.
+    BlockRecord* space = FoldName(name) == "model" ? doc_.model_space() : doc_.paper_space();
+    if (space != nullptr && !layout_blocks_used_.count(space)) {
+      Repair("layout \"" + std::string(name) + "\" names no block record: tied to " + space->Name());
+      block = space;
+    }
+  }
+  if (block == nullptr) {
     Repair("layout \"" + std::string(name) + "\" names no block record: dropped");
     source_.dropped.insert(&record);
     return;

@@ -1,9 +1,11 @@
 // Structural checks of a DXF model before it is mapped to live objects.
 #include "host/dxf/read/validate.h"
 
+#include <algorithm>
 #include <functional>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "dxf/flat_map.h"
@@ -43,19 +45,6 @@ std::string PlaceText(const TagModel& model, uint32_t position) {
 }  // namespace
 
 ModelHandles ValidateModel(TagModel& model, std::string_view file_name, Faults faults) {
-  // Each of the sections the drawing is built from may come once: a second
-  // TABLES or BLOCKS would define everything again.
-  std::unordered_map<int, const Section*> kinds;
-  for (const Section& section : model.sections()) {
-    if (section.kind == SectionKind::kOther) continue;
-    auto [it, fresh] = kinds.emplace(static_cast<int>(section.kind), &section);
-    if (!fresh) {
-      const Tag* name = section.begin.Find(2);
-      throw ReadError(file_name, PositionKindOf(model), name ? name->position : section.begin.head.position, 2,
-                      "a second " + std::string(section.name) + " section (the first begins at " +
-                          PlaceText(model, it->second->begin.head.position) + ")");
-    }
-  }
   ModelHandles handles;
   FlatMap<uint64_t, uint32_t>& seen = handles.positions;
   // About one handle a record (followers aside): make room once.
@@ -66,9 +55,11 @@ ModelHandles ValidateModel(TagModel& model, std::string_view file_name, Faults f
     for (const Block& block : section.blocks) records += block.entities.size() + 2;
   }
   seen.reserve(records);
-  // Records whose handle an earlier record already has: they get new
-  // handles above every handle the file mentions, once all are known.
-  std::vector<const Record*> duplicates;
+  // Records whose handle a record earlier in the file has: they get new
+  // handles above every handle the file mentions, once all are known. The
+  // model's order is not always the file's (a record a repair moved), so
+  // the handles given twice are sorted out by position after the pass.
+  std::unordered_set<uint64_t> twice;
   ForEachRecord(model, [&](const Record& r) {
     // Handles the file only mentions count toward the largest too (a
     // dangling reference a repair drops): no new object may take one.
@@ -83,15 +74,32 @@ ModelHandles ValidateModel(TagModel& model, std::string_view file_name, Faults f
     if (h == 0) return;
     auto [it, fresh] = seen.try_emplace(h, tag->position);
     if (!fresh) {
+      twice.insert(h);
+      it->second = std::min(it->second, tag->position);
       std::string fault = "duplicate handle " + HexOf(h) + " (also used at " +
                           PlaceText(model, it->second) + ")";
       if (faults == Faults::kThrow) {
         throw ReadError(file_name, PositionKindOf(model), tag->position, tag->code, fault);
       }
-      duplicates.push_back(&r);
     }
     handles.max = std::max(handles.max, h);
   });
+  std::vector<std::pair<uint32_t, const Record*>> holders;
+  if (!twice.empty()) {
+    ForEachRecord(model, [&](const Record& r) {
+      const Tag* tag = r.Find(5);
+      if (tag == nullptr) tag = r.Find(105);
+      if (uint64_t h = HandleValue(tag); h != 0 && twice.count(h)) holders.emplace_back(tag->position, &r);
+    });
+    std::stable_sort(holders.begin(), holders.end(),
+                     [](const auto& a, const auto& b) { return a.first < b.first; });
+  }
+  std::vector<const Record*> duplicates;
+  std::unordered_set<uint64_t> kept;
+  for (const auto& [position, r] : holders) {
+    const Tag* tag = r->Find(5) ? r->Find(5) : r->Find(105);
+    if (!kept.insert(HandleValue(tag)).second) duplicates.push_back(r);
+  }
   for (const Record* r : duplicates) {
     // References elsewhere keep meaning the first record; the record's own
     // followers (attributes, vertices, their SEQEND) name it as owner.

@@ -84,8 +84,25 @@ std::optional<Record> DbWriter::Relinked(const Record& record, const DbObject* o
   const BlockRecord* home = entity != nullptr ? entity->block() : nullptr;
   uint64_t owner = home != nullptr ? OwnerOf(record) : 0;
   bool rehomed = owner != 0 && owner != home->handle();
+  // A layout names its block record after its own marker: one the reader
+  // tied to a space (its block record lost) is written so.
+  const auto* layout = AsObject<Layout>(object);
+  uint64_t layout_block = layout != nullptr && layout->data().block != nullptr && Written(layout->data().block)
+                              ? layout->data().block->handle()
+                              : 0;
+  bool retied = false;
+  if (layout_block != 0) {
+    bool own = false;
+    for (const Tag& t : body) {
+      if (t.code == 100) own = t.text == "AcDbLayout";
+      if (own && t.code == 330) {
+        retied = HandleValue(&t) != layout_block;
+        break;
+      }
+    }
+  }
   if (!has_app_data && !dict && !group && !sortents && !gained_xdict && !gained_layout &&
-      groups == nullptr && !rehomed) {
+      groups == nullptr && !rehomed && !retied) {
     return std::nullopt;
   }
   bool changed = false;
@@ -105,8 +122,16 @@ std::optional<Record> DbWriter::Relinked(const Record& record, const DbObject* o
       if (!named) reactors_to_add.push_back(g->handle());
     }
   }
+  bool in_layout = false;
   for (size_t i = 0; i < body.size(); ++i) {
     const Tag& t = body[i];
+    if (t.code == 100) in_layout = t.text == "AcDbLayout";
+    if (retied && in_layout && t.code == 330) {
+      out.push_back(handle_tag(330, layout_block));
+      retied = false;
+      changed = true;
+      continue;
+    }
     if (rehomed && t.code == 330) {
       out.push_back(handle_tag(330, home->handle()));
       rehomed = false;
@@ -194,6 +219,13 @@ bool DbWriter::RelinkDictionary(const Dictionary& dictionary, std::vector<Tag>* 
   auto handle_tag = [&](int code, uint64_t h) { return Tag::String(code, Keep(HexOf(h))); };
   std::vector<DictEntry> want = EntriesOf(*dict);
   std::vector<bool> used(want.size(), false);
+  // The host holds every group, layout and material: an entry of their
+  // dictionaries naming an object it keeps raw (another kind under a
+  // handle given twice) names none.
+  bool host_kept = false;
+  for (std::string_view key : {"ACAD_GROUP", "ACAD_LAYOUT", "ACAD_MATERIAL"}) {
+    host_kept |= dict->handle() == StandardHandle(key);
+  }
   std::vector<Tag> rebuilt;
   size_t insert_at = std::string::npos;
   int pair_code = dict->owner() != nullptr && !AsObject<Dictionary>(dict->owner()) ? 360 : 350;
@@ -204,7 +236,7 @@ bool DbWriter::RelinkDictionary(const Dictionary& dictionary, std::vector<Tag>* 
       pair_code = h.code;
       uint64_t handle = HandleValue(&h);
       auto bound = bound_by_handle_.find(handle);
-      if (bound == bound_by_handle_.end() && raw_handles_.count(handle) == 0) {
+      if (bound == bound_by_handle_.end() && (host_kept || raw_handles_.count(handle) == 0)) {
         changed = true;  // names nothing in the file: the reader dropped it
         ++k;
         continue;

@@ -147,16 +147,42 @@ void DbWriter::EmitNewObject(const DbObject& object, uint64_t owner) {
   switch (object.Class()) {
     case ObjectClass::kDictionary: {
       const auto* dict = static_cast<const Dictionary*>(&object);
-      PutObjectHead("DICTIONARY", object, owner, reactors);
+      // A dictionary the file had, written anew, keeps its kind, its
+      // default and its entries naming objects the host keeps as they came.
+      const Record* const* found = source_.records.Find(dict);
+      const Record* source = found != nullptr ? *found : nullptr;
+      bool with_default = source != nullptr && source->type == "ACDBDICTIONARYWDFLT";
+      PutObjectHead(with_default ? "ACDBDICTIONARYWDFLT" : "DICTIONARY", object, owner, reactors);
       PutString(100, "AcDbDictionary");
       // Entries of an extension dictionary are owned by it (360).
       bool extension = dict->owner() != nullptr && !AsObject<Dictionary>(dict->owner()) &&
                        dict != doc_.named_objects();
       if (extension) PutInt(280, 1);
       PutInt(281, 1);
-      for (const DictEntry& e : EntriesOf(*dict)) {
+      std::vector<DictEntry> entries = EntriesOf(*dict);
+      for (const DictEntry& e : entries) {
         PutString(3, e.key);
         PutHandle(extension ? 360 : 350, e.handle);
+      }
+      if (source != nullptr) {
+        std::string_view key;
+        for (const Tag& t : source->Body()) {
+          if (t.code == 3) key = t.text;
+          if ((t.code != 350 && t.code != 360) || key.empty()) continue;
+          uint64_t handle = HandleValue(&t);
+          bool listed = std::any_of(entries.begin(), entries.end(),
+                                    [&](const DictEntry& e) { return CaseInsensitiveEqual(e.key, key); });
+          if (!listed && doc_.FindByHandle(handle) == nullptr && Present(handle)) {
+            PutString(3, key);
+            PutHandle(extension ? 360 : 350, handle);
+          }
+          key = {};
+        }
+      }
+      if (with_default) {
+        PutString(100, "AcDbDictionaryWithDefault");
+        uint64_t fallback = source != nullptr ? HandleValue(source->Find(340)) : 0;
+        PutHandle(340, Present(fallback) ? fallback : 0);
       }
       break;
     }

@@ -95,7 +95,9 @@ std::vector<std::string> DbWriter::TakeNotes() {
 }
 
 bool DbWriter::Written(const DbObject* object) const {
-  return object != nullptr && !object->erased() && (upgrade_ || !source_.unwritten.count(object));
+  // Written all anew, a drawing gets every standard object it needs (a
+  // file without model space's block record still has model space).
+  return object != nullptr && !object->erased() && (upgrade_ || all_new_ || !source_.unwritten.count(object));
 }
 
 bool DbWriter::IsNew(const DbObject* object) const { return all_new_ || !source_.records.count(object); }
@@ -555,8 +557,23 @@ void DbWriter::EmitRaw(const Record& record) {
 
 void DbWriter::EmitObjects(const Section* section) {
   Dictionary* root = doc_.named_objects();
+  // The named-object dictionary comes first: readers take the section's
+  // first object as the root (a damaged or reordered file may have put
+  // others before it).
+  const Record* root_record = nullptr;
+  if (IsNew(root)) {
+    emitted_[root] = true;
+    EmitNew(*root, 0);
+  } else if (const Record* const* found = source_.records.Find(root);
+             found != nullptr && section != nullptr && !section->records.empty() &&
+             *found >= &section->records.front() && *found <= &section->records.back()) {
+    root_record = *found;
+    auto bound = source_.bindings.find(root_record);
+    if (Written(root) && bound != source_.bindings.end()) EmitBound(*root_record, bound->second);
+  }
   if (section != nullptr) {
     for (const Record& r : section->records) {
+      if (&r == root_record) continue;
       auto it = source_.bindings.find(&r);
       if (it == source_.bindings.end()) {
         if (source_.dropped.count(&r)) continue;
@@ -569,11 +586,6 @@ void DbWriter::EmitObjects(const Section* section) {
       }
       // Written anew (all_new_), live objects come from the tree below.
     }
-  }
-  // The named-object dictionary comes first in a file that had none.
-  if (IsNew(root)) {
-    emitted_[root] = true;
-    EmitNew(*root, 0);
   }
   for (const StandardObject& s : standard_) {
     if (s.generated) EmitStandardObject(s);
