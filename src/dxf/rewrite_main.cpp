@@ -1,7 +1,8 @@
 // tovik_dxf_rewrite IN OUT [--version ACxxxx] [--crlf]
 //
 // Loads a DXF file into the tag model and writes it back as ASCII DXF; the
-// round-trip script compares the two files with an independent reader.
+// round-trip script compares the two files with an independent reader. The
+// model's repairs are listed on the error stream.
 #include <cstring>
 #include <iostream>
 #include <string>
@@ -30,6 +31,7 @@ int main(int argc, char** argv) {
   }
   try {
     TagModel model = TagModel::LoadFile(argv[1]);
+    for (const std::string& repair : model.repairs()) std::cerr << "repaired: " << repair << "\n";
     tovik::dxf::WriteDxfFile(model, argv[2], options);
   } catch (const std::exception& error) {
     std::cerr << error.what() << "\n";

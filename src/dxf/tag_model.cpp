@@ -364,6 +364,29 @@ class ModelBuilder {
       section.records.reserve(RecordsAhead());
     }
     while (!AtSectionEnd()) {
+      if (section.kind == SectionKind::kHeader && at_ + 1 < tags_.size() &&
+          (tags_[at_ + 1].code == 9 || (tags_[at_ + 1].code == 0 && PeekType().empty()))) {
+        // A damaged line read as a record's start among the variables (an
+        // empty one, or one the variables follow): the variables after it
+        // are the header's.
+        Record stray = NextRecord();
+        Repair(stray.head, Quote(stray) + " among the header variables", "dropped, the variables after it are read");
+        SplitHeader(&stray, &section);
+        continue;
+      }
+      if (section.kind == SectionKind::kHeader) {
+        // The header holds variables only: a record after them means the
+        // file lost the header's end and the next section's head. The
+        // section the record belongs to begins there.
+        std::string_view next = SectionOfRecord(PeekType());
+        Tag at = tags_[at_];
+        Repair(at, "section HEADER has no ENDSEC before " + Quote(PeekType()),
+               "closed; section " + std::string(next) + " begins there");
+        section.end = Made("ENDSEC", at);
+        model_->sections_.push_back(std::move(section));
+        ReadSection(Made("SECTION", at, {Tag::String(2, next)}));
+        return;
+      }
       switch (section.kind) {
         case SectionKind::kTables: ReadTable(&section); break;
         case SectionKind::kBlocks: ReadBlock(&section); break;
@@ -431,6 +454,8 @@ class ModelBuilder {
       std::size_t value_end = ValueEnd(tags, i + 1, j);
       if (value_end == i + 1) {
         Repair(tags[i], "header variable " + Quote(variable.name) + " has no value", "dropped");
+      } else if (!variable.name.starts_with("$")) {
+        Repair(tags[i], "header variable name " + Quote(variable.name) + " without its leading \"$\"", "dropped");
       } else {
         if (value_end < j) {
           std::size_t extra = j - value_end;
@@ -622,18 +647,25 @@ class ModelBuilder {
     });
   }
 
-  // Kinds of the OBJECTS section.
+  // The section a record of kind `type` belongs in.
+  static std::string_view SectionOfRecord(std::string_view type) {
+    if (type == "CLASS") return "CLASSES";
+    if (IsTableRecordType(type)) return "TABLES";
+    if (type == "BLOCK" || type == "ENDBLK") return "BLOCKS";
+    if (IsObjectType(type)) return "OBJECTS";
+    return "ENTITIES";
+  }
+
+  // Kinds of the OBJECTS section (sorted: looked up for every entity).
   static bool IsObjectType(std::string_view type) {
-    if (!DataMarkerOf(type).empty()) return true;
-    for (std::string_view t : {"DICTIONARY", "ACDBDICTIONARYWDFLT", "XRECORD", "MATERIAL", "LAYOUT", "GROUP",
-                               "SORTENTSTABLE", "ACDBPLACEHOLDER", "LAYER_INDEX", "SPATIAL_INDEX",
-                               "SPATIAL_FILTER", "FIELD", "FIELDLIST", "IDBUFFER", "LAYER_FILTER", "GEODATA",
-                               "WIPEOUTVARIABLES", "DIMASSOC", "DATATABLE", "DETAILVIEWSTYLE",
-                               "SECTIONVIEWSTYLE", "ACAD_PROXY_OBJECT", "PDFDEFINITION", "DWFDEFINITION",
-                               "DGNDEFINITION", "LIGHTLIST", "RENDERENVIRONMENT", "MENTALRAYRENDERSETTINGS"}) {
-      if (type == t) return true;
-    }
-    return false;
+    static constexpr std::string_view kObjects[] = {
+        "ACAD_PROXY_OBJECT", "ACDBDICTIONARYWDFLT", "ACDBPLACEHOLDER", "DATATABLE", "DETAILVIEWSTYLE",
+        "DGNDEFINITION", "DICTIONARY", "DIMASSOC", "DWFDEFINITION", "FIELD", "FIELDLIST", "GEODATA", "GROUP",
+        "IDBUFFER", "LAYER_FILTER", "LAYER_INDEX", "LAYOUT", "LIGHTLIST", "MATERIAL", "MENTALRAYRENDERSETTINGS",
+        "PDFDEFINITION", "RENDERENVIRONMENT", "SECTIONVIEWSTYLE", "SORTENTSTABLE", "SPATIAL_FILTER",
+        "SPATIAL_INDEX", "WIPEOUTVARIABLES", "XRECORD"};
+    static_assert(std::is_sorted(std::begin(kObjects), std::end(kObjects)));
+    return std::binary_search(std::begin(kObjects), std::end(kObjects), type) || !DataMarkerOf(type).empty();
   }
 
   // A section given twice (a file written in pieces, or one whose end and
@@ -693,18 +725,25 @@ class ModelBuilder {
   // The subclass marker standard objects the host keeps as they came hold
   // their data after: readers refuse such an object without it.
   static std::string_view DataMarkerOf(std::string_view type) {
+    // Sorted by kind: looked up for every record.
     static constexpr std::pair<std::string_view, std::string_view> kMarkers[] = {
-        {"MLINESTYLE", "AcDbMlineStyle"},       {"MLEADERSTYLE", "AcDbMLeaderStyle"},
-        {"VISUALSTYLE", "AcDbVisualStyle"},     {"SCALE", "AcDbScale"},
-        {"TABLESTYLE", "AcDbTableStyle"},       {"DICTIONARYVAR", "DictionaryVariables"},
-        {"PLOTSETTINGS", "AcDbPlotSettings"},   {"CELLSTYLEMAP", "AcDbCellStyleMap"},
-        {"IMAGEDEF", "AcDbRasterImageDef"},     {"IMAGEDEF_REACTOR", "AcDbRasterImageDefReactor"},
-        {"RASTERVARIABLES", "AcDbRasterVariables"}, {"SUN", "AcDbSun"},
+        {"CELLSTYLEMAP", "AcDbCellStyleMap"},
+        {"DICTIONARYVAR", "DictionaryVariables"},
+        {"IMAGEDEF", "AcDbRasterImageDef"},
+        {"IMAGEDEF_REACTOR", "AcDbRasterImageDefReactor"},
+        {"MLEADERSTYLE", "AcDbMLeaderStyle"},
+        {"MLINESTYLE", "AcDbMlineStyle"},
+        {"PLOTSETTINGS", "AcDbPlotSettings"},
+        {"RASTERVARIABLES", "AcDbRasterVariables"},
+        {"SCALE", "AcDbScale"},
+        {"SUN", "AcDbSun"},
+        {"TABLESTYLE", "AcDbTableStyle"},
+        {"VISUALSTYLE", "AcDbVisualStyle"},
     };
-    for (const auto& [kind, marker] : kMarkers) {
-      if (type == kind) return marker;
-    }
-    return {};
+    auto by_kind = [](const auto& x, const auto& y) { return x.first < y.first; };
+    static_assert(std::is_sorted(std::begin(kMarkers), std::end(kMarkers), by_kind));
+    auto it = std::lower_bound(std::begin(kMarkers), std::end(kMarkers), std::pair{type, std::string_view()}, by_kind);
+    return it != std::end(kMarkers) && it->first == type ? it->second : std::string_view();
   }
 
   Record ReadGrouped() {
