@@ -77,6 +77,7 @@ class ModelBuilder {
     }
     JoinRepeatedSections();
     PlaceStrayObjects();
+    PlaceStrayVariables();
   }
 
   // Throws when the file held records but no section: nothing of a drawing
@@ -120,9 +121,209 @@ class ModelBuilder {
     record.tags = std::span<Tag>(tags_.data() + start, at_ - start);
     CompletePoints(record);
     CloseAppGroups(record);
+    DropGarbledMarkers(record);
     MarkSubclass(record);
+    CompleteMarkers(record);
     KeepOneHandle(record);
+    if (!reading_header_ && record.type != "SECTION" && record.type != "XRECORD") TakeStrayVariables(record);
     return record;
+  }
+
+  // Group code 9 names header variables ("$NAME"); elsewhere it holds a
+  // linetype element's text or a material's map file. A record holding
+  // variables (two or more: the header's end and the next heads lost, or a
+  // section in the wrong order) ends at the first, and the variables from
+  // it on are the header's.
+  void TakeStrayVariables(Record& record) {
+    std::span<Tag> tags = record.tags;
+    auto variable = [](const Tag& t) { return t.code == 9 && Trim(t.text).starts_with("$"); };
+    auto first = std::find_if(tags.begin(), tags.end(), variable);
+    if (first == tags.end() || std::count_if(first, tags.end(), variable) < 2) return;
+    std::size_t at = static_cast<std::size_t>(first - tags.begin());
+    Repair(*first, "header variables inside " + Quote(record), "moved to the header");
+    stray_variables_.push_back(Made("", *first, std::vector<Tag>(first, tags.end())));
+    record.tags = tags.first(at);
+  }
+
+  // Variables found outside the header join it where it lacks them (a
+  // header is made when the file has none).
+  void PlaceStrayVariables() {
+    if (stray_variables_.empty()) return;
+    std::vector<Section>& sections = model_->sections_;
+    auto header = std::find_if(sections.begin(), sections.end(),
+                               [](const Section& k) { return k.kind == SectionKind::kHeader; });
+    if (header == sections.end()) {
+      Section made;
+      made.name = "HEADER";
+      made.kind = SectionKind::kHeader;
+      made.begin = Made("SECTION", stray_variables_.front().head, {Tag::String(2, "HEADER")});
+      made.end = Made("ENDSEC", stray_variables_.front().head);
+      header = sections.insert(sections.begin(), std::move(made));
+    }
+    for (Record& record : stray_variables_) {
+      Section found;
+      SplitHeader(&record, &found);
+      for (HeaderVariable& v : found.variables) {
+        bool known = std::any_of(header->variables.begin(), header->variables.end(),
+                                 [&](const HeaderVariable& k) { return k.name == v.name; });
+        if (!known) header->variables.push_back(std::move(v));
+      }
+    }
+    stray_variables_.clear();
+  }
+
+  // The marker of a symbol-table record's own part.
+  static std::string_view TableRecordMarker(std::string_view type) {
+    static constexpr std::pair<std::string_view, std::string_view> kMarkers[] = {
+        {"APPID", "AcDbRegAppTableRecord"},       {"BLOCK_RECORD", "AcDbBlockTableRecord"},
+        {"DIMSTYLE", "AcDbDimStyleTableRecord"},  {"LAYER", "AcDbLayerTableRecord"},
+        {"LTYPE", "AcDbLinetypeTableRecord"},     {"STYLE", "AcDbTextStyleTableRecord"},
+        {"UCS", "AcDbUCSTableRecord"},            {"VIEW", "AcDbViewTableRecord"},
+        {"VPORT", "AcDbViewportTableRecord"},
+    };
+    for (const auto& [kind, marker] : kMarkers) {
+      if (kind == type) return marker;
+    }
+    return {};
+  }
+
+  // The marker of the first part of an entity kind after AcDbEntity (sorted).
+  static std::string_view EntityMarker(std::string_view type) {
+    static constexpr std::pair<std::string_view, std::string_view> kMarkers[] = {
+        {"3DFACE", "AcDbFace"},          {"3DSOLID", "AcDbModelerGeometry"},
+        {"ARC", "AcDbCircle"},           {"ATTDEF", "AcDbText"},
+        {"ATTRIB", "AcDbText"},          {"BODY", "AcDbModelerGeometry"},
+        {"CIRCLE", "AcDbCircle"},        {"DIMENSION", "AcDbDimension"},
+        {"ELLIPSE", "AcDbEllipse"},      {"HATCH", "AcDbHatch"},
+        {"IMAGE", "AcDbRasterImage"},    {"INSERT", "AcDbBlockReference"},
+        {"LEADER", "AcDbLeader"},        {"LINE", "AcDbLine"},
+        {"LWPOLYLINE", "AcDbPolyline"},  {"MESH", "AcDbSubDMesh"},
+        {"MLINE", "AcDbMline"},          {"MTEXT", "AcDbMText"},
+        {"MULTILEADER", "AcDbMLeader"},  {"POINT", "AcDbPoint"},
+        {"RAY", "AcDbRay"},              {"REGION", "AcDbModelerGeometry"},
+        {"SHAPE", "AcDbShape"},          {"SOLID", "AcDbTrace"},
+        {"SPLINE", "AcDbSpline"},        {"TEXT", "AcDbText"},
+        {"TOLERANCE", "AcDbFcf"},        {"TRACE", "AcDbTrace"},
+        {"VIEWPORT", "AcDbViewport"},    {"XLINE", "AcDbXline"},
+    };
+    auto by_kind = [](const auto& x, const auto& y) { return x.first < y.first; };
+    static_assert(std::is_sorted(std::begin(kMarkers), std::end(kMarkers), by_kind));
+    auto it = std::lower_bound(std::begin(kMarkers), std::end(kMarkers), std::pair{type, std::string_view()}, by_kind);
+    return it != std::end(kMarkers) && it->first == type ? it->second : std::string_view();
+  }
+
+  // Groups of every entity, between AcDbEntity and the kind's own part.
+  static bool IsEntityCommonCode(int code) {
+    switch (code) {
+      case 6: case 8: case 48: case 60: case 62: case 67: case 92: case 160: case 284: case 310:
+      case 347: case 348: case 370: case 380: case 390: case 410: case 420: case 430: case 440:
+        return true;
+      default:
+        return false;
+    }
+  }
+
+  // A subclass marker names a class: one holding other characters than a
+  // name has (a damaged line) marks nothing and would split the data
+  // that follows from its part.
+  void DropGarbledMarkers(Record& record) {
+    auto garbled = [](const Tag& t) {
+      if (t.code != 100) return false;
+      std::string_view text = Trim(t.text);
+      return text.empty() || std::any_of(text.begin(), text.end(), [](char c) {
+        return !((c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_' || c == '$');
+      });
+    };
+    std::span<Tag> tags = record.tags;
+    if (std::none_of(tags.begin(), tags.end(), garbled)) return;
+    std::vector<Tag> kept;
+    kept.reserve(tags.size());
+    for (const Tag& t : tags) {
+      if (garbled(t)) {
+        Repair(t, "subclass marker " + Quote(t.text) + " is no class name", "dropped");
+      } else {
+        kept.push_back(t);
+      }
+    }
+    record.tags = std::span<Tag>(model_->made_tags_.emplace_back(std::move(kept)));
+  }
+
+  // A record in the marked form (R13 on) that lost the marker of its own
+  // part gets it back where it belongs: readers take the part's data only
+  // after it. A symbol-table record's goes after AcDbSymbolTableRecord, an
+  // entity's after the groups every entity has.
+  void CompleteMarkers(Record& record) {
+    std::span<Tag> tags = record.tags;
+    std::string_view marker = TableRecordMarker(record.type);
+    std::string_view after = "AcDbSymbolTableRecord";
+    if (marker.empty()) {
+      marker = EntityMarker(record.type);
+      after = "AcDbEntity";
+    }
+    if (marker.empty()) return;
+    if (after == "AcDbSymbolTableRecord") {
+      // A symbol-table record has these two parts only: another marker (a
+      // damaged one) would split the record's data from its part.
+      auto stray = [&](const Tag& t) {
+        return t.code == 100 && Trim(t.text) != after && Trim(t.text) != marker;
+      };
+      if (std::any_of(tags.begin(), tags.end(), stray)) {
+        std::vector<Tag> kept;
+        for (const Tag& t : tags) {
+          if (stray(t)) {
+            Repair(t, "subclass marker " + Quote(t.text) + " is no marker of " + Quote(record), "dropped");
+          } else {
+            kept.push_back(t);
+          }
+        }
+        record.tags = std::span<Tag>(model_->made_tags_.emplace_back(std::move(kept)));
+        tags = record.tags;
+      }
+    }
+    std::size_t at = tags.size();
+    std::size_t own = tags.size();
+    for (std::size_t i = 0; i < tags.size(); ++i) {
+      if (tags[i].code == 1001) break;
+      if (tags[i].code != 100) continue;
+      std::string_view text = Trim(tags[i].text);
+      if ((text == marker || (record.type == "INSERT" && text == "AcDbMInsertBlock")) && own == tags.size()) own = i;
+      if (text == after && at == tags.size()) at = i + 1;
+    }
+    if (own < tags.size()) {
+      // A symbol-table record's own part needs the base marker before it.
+      if (after != "AcDbSymbolTableRecord" || at < tags.size()) return;
+      Repair(tags[own], Quote(record) + " without its subclass marker " + Quote(after), "added");
+      std::vector<Tag> fixed(tags.begin(), tags.begin() + static_cast<std::ptrdiff_t>(own));
+      Tag mark = Tag::String(100, after);
+      mark.position = tags[own].position;
+      fixed.push_back(mark);
+      fixed.insert(fixed.end(), tags.begin() + static_cast<std::ptrdiff_t>(own), tags.end());
+      record.tags = std::span<Tag>(model_->made_tags_.emplace_back(std::move(fixed)));
+      return;
+    }
+    std::vector<Tag> markers;
+    if (at == tags.size() && after == "AcDbSymbolTableRecord") {
+      // Markers damaged past reading: both go where the first one was.
+      auto first = std::find_if(tags.begin(), tags.end(), [](const Tag& t) { return t.code == 100; });
+      if (first == tags.end()) return;  // not in the marked form
+      at = static_cast<std::size_t>(first - tags.begin());
+      markers.push_back(Tag::String(100, after));
+    }
+    if (at == tags.size()) return;  // not in the marked form, or no base marker
+    if (after == "AcDbEntity") {
+      while (at < tags.size() && IsEntityCommonCode(tags[at].code)) ++at;
+    }
+    markers.push_back(Tag::String(100, marker));
+    // A marker of the part that follows it (an ARC's AcDbArc) stays after.
+    Repair(at < tags.size() ? tags[at] : record.head,
+           Quote(record) + " without its subclass marker " + Quote(marker), "added");
+    std::vector<Tag> fixed(tags.begin(), tags.begin() + static_cast<std::ptrdiff_t>(at));
+    for (Tag& mark : markers) {
+      mark.position = at < tags.size() ? tags[at].position : record.head.position;
+      fixed.push_back(mark);
+    }
+    fixed.insert(fixed.end(), tags.begin() + static_cast<std::ptrdiff_t>(at), tags.end());
+    record.tags = std::span<Tag>(model_->made_tags_.emplace_back(std::move(fixed)));
   }
 
   // A record has one handle: a later group code 5 (a damaged line that
@@ -358,6 +559,7 @@ class ModelBuilder {
     }
     section.name = Trim(name->text);
     section.kind = SectionKindOf(section.name);
+    reading_header_ = section.kind == SectionKind::kHeader;
     if (section.kind == SectionKind::kHeader) SplitHeader(&begin, &section);
     section.begin = std::move(begin);
     if (section.kind != SectionKind::kTables && section.kind != SectionKind::kBlocks) {
@@ -423,6 +625,7 @@ class ModelBuilder {
       section.end = Made("ENDSEC", section.begin.head);
     }
     model_->sections_.push_back(std::move(section));
+    reading_header_ = false;
   }
 
   // Splits the HEADER record into its variables. A variable holds one
@@ -516,7 +719,14 @@ class ModelBuilder {
     while (!AtSectionEnd() && PeekType() != "ENDTAB") {
       if (PeekType() == "TABLE") break;
       if (!entry_type.empty() && PeekType() != entry_type) break;
-      table.entries.push_back(NextRecord());
+      Record entry = NextRecord();
+      // Entries are found by name: one without a name group is none (a
+      // block record, which entities name by handle, is named on load).
+      if (entry.type != "BLOCK_RECORD" && IsStandardTable(entry.type) && FindCode(entry, 2) == nullptr) {
+        Repair(entry.head, Quote(entry) + " entry without a name (group code 2)", "dropped");
+        continue;
+      }
+      table.entries.push_back(std::move(entry));
     }
     if (table.head.type.empty()) table.head = MadeTableHead(entry_type, first_entry, table.entries);
     if (HasRecord() && PeekType() == "ENDTAB") {
@@ -613,7 +823,8 @@ class ModelBuilder {
       return;
     }
     if (graphic && IsObjectType(PeekType())) {
-      stray_objects_.push_back(NextRecord());
+      Record stray = NextRecord();
+      if (Readable(stray)) stray_objects_.push_back(std::move(stray));
       return;
     }
     Record record = ReadGrouped();
@@ -622,22 +833,28 @@ class ModelBuilder {
       Repair(record.head, Quote(record) + " without its " + std::string(owner), "dropped");
       return;
     }
-    if (std::string_view marker = DataMarkerOf(record.type); !marker.empty()) {
-      bool marked = false;
-      for (const Tag& t : record.tags) marked = marked || (t.code == 100 && AsciiEqualIgnoringCase(Trim(t.text), marker));
-      if (!marked) {
-        Repair(record.head, Quote(record) + " without its subclass marker " + Quote(marker) +
-                                " (its data cannot be told apart)", "dropped");
-        return;
-      }
-      // A multiline style draws its lines from its elements (49 offset
-      // each): one without any is no style readers accept.
-      if (record.type == "MLINESTYLE" && FindCode(record, 49) == nullptr) {
-        Repair(record.head, Quote(record) + " without line elements (group code 49)", "dropped");
-        return;
-      }
+    if (Readable(record)) records.push_back(std::move(record));
+  }
+
+  // False (the record dropped, listed) for a standard object the host keeps
+  // as it came whose data other readers cannot take.
+  bool Readable(const Record& record) {
+    std::string_view marker = DataMarkerOf(record.type);
+    if (marker.empty()) return true;
+    bool marked = false;
+    for (const Tag& t : record.tags) marked = marked || (t.code == 100 && AsciiEqualIgnoringCase(Trim(t.text), marker));
+    if (!marked) {
+      Repair(record.head, Quote(record) + " without its subclass marker " + Quote(marker) +
+                              " (its data cannot be told apart)", "dropped");
+      return false;
     }
-    records.push_back(std::move(record));
+    // A multiline style draws its lines from its elements (49 offset
+    // each): one without any is no style readers accept.
+    if (record.type == "MLINESTYLE" && FindCode(record, 49) == nullptr) {
+      Repair(record.head, Quote(record) + " without line elements (group code 49)", "dropped");
+      return false;
+    }
+    return true;
   }
 
   static bool AsciiEqualIgnoringCase(std::string_view a, std::string_view b) {
@@ -807,6 +1024,10 @@ class ModelBuilder {
   std::optional<Tag> first_stray_;
   // Objects read among the entities, for the OBJECTS section.
   std::vector<Record> stray_objects_;
+  // Header variables read outside the header, one record per find.
+  std::vector<Record> stray_variables_;
+  // True while the records read are the header's.
+  bool reading_header_ = false;
 };
 
 std::string_view Table::Name() const { return Trim(head.StringOr(2)); }

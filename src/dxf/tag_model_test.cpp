@@ -134,6 +134,20 @@ TEST(TagModel, DamagedStructureIsRepairedAndListed) {
        "HEADER($A:1;) OBJECTS[LAYOUT,] ",
        {"line 9: section HEADER has no ENDSEC before \"LAYOUT\": closed; section OBJECTS begins there",
         "line 13: a second OBJECTS section: joined to the first (line 9)"}},
+      {"symbol-table entries with markers damaged or lost, one without a name",
+       "0\nSECTION\n2\nTABLES\n0\nTABLE\n2\nAPPID\n0\nAPPID\n100\nAcDbSymbolTableRecord\n100\nAc 5\n2\nA\n"
+       "0\nAPPID\n100\nAcDbRegAppTableRecord\n100\nAcDbSymTab\n2\nB\n0\nAPPID\n100\nAcDbSymbolTableRecord\n"
+       "70\n0\n0\nENDTAB\n0\nENDSEC\n",
+       "TABLES{APPID:2;} ",
+       {"line 13: subclass marker \"Ac 5\" is no class name: dropped",
+        "line 15: \"APPID\" without its subclass marker \"AcDbRegAppTableRecord\": added",
+        "line 21: subclass marker \"AcDbSymTab\" is no marker of \"APPID\": dropped",
+        "line 19: \"APPID\" without its subclass marker \"AcDbSymbolTableRecord\": added",
+        "line 29: \"APPID\" without its subclass marker \"AcDbRegAppTableRecord\": added",
+        "line 25: \"APPID\" entry without a name (group code 2): dropped"}},
+      {"header variables inside an entity, the file without a header",
+       entities + "0\nLINE\n8\n0\n9\n$A\n70\n1\n9\n$B\n70\n2\n0\nENDSEC\n", "HEADER($A:1;$B:1;) ENTITIES[LINE,] ",
+       {"line 9: header variables inside \"LINE\": moved to the header"}},
       {"a section given twice", entities + "0\nLINE\n0\nENDSEC\n" + entities + "0\nCIRCLE\n0\nENDSEC\n",
        "ENTITIES[LINE,CIRCLE,] ", {"line 9: a second ENTITIES section: joined to the first (line 1)"}},
       {"header variables without a value or with more than one",
@@ -242,6 +256,24 @@ TEST(TagModel, DamagedStructureIsRepairedAndListed) {
     EXPECT_EQ(Shape(model), c.shape);
     EXPECT_EQ(model.repairs(), c.repairs);
   }
+}
+
+// A lost marker goes where its part begins: an entity's after the groups
+// every entity has, a symbol-table record's own after the base one.
+TEST(TagModel, LostSubclassMarkersComeBackWhereTheirPartBegins) {
+  TagModel model = TagModel::Load(
+      "0\nSECTION\n2\nTABLES\n0\nTABLE\n2\nLAYER\n0\nLAYER\n100\nAcDbLayerTableRecord\n2\nL\n0\nENDTAB\n"
+      "0\nENDSEC\n0\nSECTION\n2\nENTITIES\n0\nLINE\n5\nA\n100\nAcDbEntity\n8\n0\n62\n1\n10\n1\n20\n2\n"
+      "0\nENDSEC\n",
+      "d.dxf");
+  auto codes = [](const Record& r) {
+    std::string out;
+    for (const Tag& t : r.tags) out += std::to_string(t.code) + (t.code == 100 ? " " + std::string(t.text) : "") + ";";
+    return out;
+  };
+  EXPECT_EQ(codes(model.FindSection("TABLES")->tables[0].entries[0]),
+            "100 AcDbSymbolTableRecord;100 AcDbLayerTableRecord;2;");
+  EXPECT_EQ(codes(model.FindSection("ENTITIES")->records[0]), "5;100 AcDbEntity;8;62;100 AcDbLine;10;20;");
 }
 
 // The y a point lacked is put right after its x, so the point reads whole.

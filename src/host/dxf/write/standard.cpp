@@ -93,6 +93,13 @@ Vec3 PointOf(const Variant& v) {
 void DbWriter::EmitHeader(const Section& section) {
   auto& vars = const_cast<Document&>(doc_).sysvar_values();
   bool seed_written = false;
+  // The version comes first, also where the file's header lacked it:
+  // without it readers take the drawing for R12.
+  if (std::none_of(section.variables.begin(), section.variables.end(),
+                   [](const HeaderVariable& v) { return v.name == "$ACADVER"; })) {
+    PutString(9, "$ACADVER");
+    PutString(1, version_);
+  }
   for (const HeaderVariable& v : section.variables) {
     Put(v.name_tag);
     std::string_view name = v.name;

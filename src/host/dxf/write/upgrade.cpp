@@ -48,8 +48,19 @@ bool DimensionCommon(int c) {
   return InPoints(c, {10, 11, 12, 210}) || In(c, {2, 70, 1, 53, 51, 3, 71, 72, 41, 42, 280});
 }
 
-// The subclasses of an R12 entity of `type` with flags `flags` (70).
+// The subclasses of an entity of `type` with flags `flags` (70) that came
+// without markers (R12's kinds, and later ones of one part).
 std::vector<Part> PartsOf(std::string_view type, int64_t flags) {
+  static constexpr std::pair<std::string_view, std::string_view> kOnePart[] = {
+      {"ELLIPSE", "AcDbEllipse"}, {"HATCH", "AcDbHatch"},     {"IMAGE", "AcDbRasterImage"},
+      {"LEADER", "AcDbLeader"},   {"LWPOLYLINE", "AcDbPolyline"}, {"MESH", "AcDbSubDMesh"},
+      {"MLINE", "AcDbMline"},     {"MTEXT", "AcDbMText"},     {"MULTILEADER", "AcDbMLeader"},
+      {"RAY", "AcDbRay"},         {"SPLINE", "AcDbSpline"},   {"TOLERANCE", "AcDbFcf"},
+      {"XLINE", "AcDbXline"},
+  };
+  for (const auto& [kind, marker] : kOnePart) {
+    if (kind == type) return {{marker, TakesAll}};
+  }
   if (type == "LINE") return {{"AcDbLine", TakesAll}};
   if (type == "POINT") return {{"AcDbPoint", TakesAll}};
   if (type == "CIRCLE") return {{"AcDbCircle", TakesAll}};
@@ -163,6 +174,18 @@ std::vector<Tag> DbWriter::WithSubclassMarkers(std::string_view type, std::span<
   }
   own.insert(own.end(), out.begin(), out.end());
   return own;
+}
+
+std::optional<Record> DbWriter::Marked(const Record& record) {
+  std::span<const Tag> body = record.Body();
+  if (all_new_ || HasMarkers(body) || PartsOf(record.type, 0).empty()) return std::nullopt;
+  std::vector<Tag> tags = WithSubclassMarkers(record.type, body);
+  for (size_t i = body.size(); i < record.tags.size(); ++i) tags.push_back(record.tags[i]);
+  Record out;
+  out.head = record.head;
+  out.type = record.type;
+  out.tags = KeepTags(std::move(tags));
+  return out;
 }
 
 Record DbWriter::UpgradedEntry(const Record& entry, const DbObject& object, uint64_t owner,

@@ -495,22 +495,22 @@ void DbWriter::EmitEntityList(const std::vector<Record>& records,
 }
 
 void DbWriter::EmitEntity(const Record& record) {
-  auto it = source_.bindings.find(&record);
-  if (it == source_.bindings.end()) {
-    EmitRaw(record);
-    for (const Record& f : record.followers) EmitRaw(f);
-    return;
-  }
-  if (!Written(it->second.object)) return;
-  EmitBound(record, it->second);
-  for (const Record& f : record.followers) {
-    auto fit = source_.bindings.find(&f);
-    if (fit == source_.bindings.end()) {
-      EmitRaw(f);
-    } else if (Written(fit->second.object)) {
-      EmitBound(f, fit->second);
+  // An entity without its subclass markers (a damaged or careless R13+
+  // file) is written with them: other readers take its data by part.
+  auto emit = [&](const Record& r) {
+    auto it = source_.bindings.find(&r);
+    if (it != source_.bindings.end() && !Written(it->second.object)) return false;
+    std::optional<Record> marked = Marked(r);
+    const Record& out = marked ? *marked : r;
+    if (it == source_.bindings.end()) {
+      EmitRaw(out);
+    } else {
+      EmitBound(out, it->second);
     }
-  }
+    return true;
+  };
+  if (!emit(record)) return;
+  for (const Record& f : record.followers) emit(f);
 }
 
 void DbWriter::EmitBound(const Record& record, const Binding& binding) {

@@ -178,6 +178,9 @@ class DbWriter {
   // `body` with the subclass markers an R12 entity of `type` lacks (as it
   // is when it has markers).
   std::vector<Tag> WithSubclassMarkers(std::string_view type, std::span<const Tag> body);
+  // An entity of a file in the marked form (R13 on) that came without any
+  // subclass marker, with its markers; nothing when it has them.
+  std::optional<Record> Marked(const Record& record);
   // A record kept as it came from a file before R2000: with a handle, its
   // owner and subclass markers; `table` names the table of a table entry.
   void EmitUpgradedRaw(const Record& record, uint64_t owner, std::string_view table);
