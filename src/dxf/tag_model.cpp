@@ -281,17 +281,21 @@ class ModelBuilder {
       }
     }
     std::size_t at = tags.size();
+    bool based = false;
     std::size_t own = tags.size();
     for (std::size_t i = 0; i < tags.size(); ++i) {
       if (tags[i].code == 1001) break;
       if (tags[i].code != 100) continue;
       std::string_view text = Trim(tags[i].text);
       if ((text == marker || (record.type == "INSERT" && text == "AcDbMInsertBlock")) && own == tags.size()) own = i;
-      if (text == after && at == tags.size()) at = i + 1;
+      if (text == after && !based) {
+        at = i + 1;
+        based = true;
+      }
     }
     if (own < tags.size()) {
       // A symbol-table record's own part needs the base marker before it.
-      if (after != "AcDbSymbolTableRecord" || at < tags.size()) return;
+      if (after != "AcDbSymbolTableRecord" || based) return;
       Repair(tags[own], Quote(record) + " without its subclass marker " + Quote(after), "added");
       std::vector<Tag> fixed(tags.begin(), tags.begin() + static_cast<std::ptrdiff_t>(own));
       Tag mark = Tag::String(100, after);
@@ -302,14 +306,15 @@ class ModelBuilder {
       return;
     }
     std::vector<Tag> markers;
-    if (at == tags.size() && after == "AcDbSymbolTableRecord") {
+    if (!based && after == "AcDbSymbolTableRecord") {
       // Markers damaged past reading: both go where the first one was.
       auto first = std::find_if(tags.begin(), tags.end(), [](const Tag& t) { return t.code == 100; });
       if (first == tags.end()) return;  // not in the marked form
       at = static_cast<std::size_t>(first - tags.begin());
       markers.push_back(Tag::String(100, after));
+    } else if (!based) {
+      return;  // not in the marked form, or no base marker
     }
-    if (at == tags.size()) return;  // not in the marked form, or no base marker
     if (after == "AcDbEntity") {
       while (at < tags.size() && IsEntityCommonCode(tags[at].code)) ++at;
     }
@@ -559,6 +564,29 @@ class ModelBuilder {
     }
     section.name = Trim(name->text);
     section.kind = SectionKindOf(section.name);
+    if (section.kind == SectionKind::kOther && HasRecord() && !AtSectionEnd()) {
+      // A section of no known name whose records are a drawing's (a
+      // damaged name) is read as the section they belong in.
+      // The first record of a kind the drawing knows decides.
+      std::string_view first;
+      for (std::size_t i = at_; i < tags_.size(); ++i) {
+        if (tags_[i].code != 0) continue;
+        std::string_view type = Trim(tags_[i].text);
+        if (type == "ENDSEC" || type == "SECTION" || type == "EOF") break;
+        if (SectionOfRecord(type) != "ENTITIES" || !EntityMarker(type).empty() || type == "POLYLINE") {
+          first = type;
+          break;
+        }
+      }
+      std::string_view meant = first.empty() ? std::string_view() : SectionOfRecord(first);
+      if (!meant.empty()) {
+        Repair(begin.head, "section " + Quote(section.name) + " holds " + Quote(first) + " records",
+               "read as section " + std::string(meant));
+        section.name = meant;
+        section.kind = SectionKindOf(meant);
+        begin = Made("SECTION", begin.head, {Tag::String(2, meant)});
+      }
+    }
     reading_header_ = section.kind == SectionKind::kHeader;
     if (section.kind == SectionKind::kHeader) SplitHeader(&begin, &section);
     section.begin = std::move(begin);
@@ -839,6 +867,12 @@ class ModelBuilder {
   // False (the record dropped, listed) for a standard object the host keeps
   // as it came whose data other readers cannot take.
   bool Readable(const Record& record) {
+    // A hatch is its boundaries: one cut short before their count (91)
+    // fills nothing, and readers refuse it.
+    if (record.type == "HATCH" && FindCode(record, 91) == nullptr) {
+      Repair(record.head, "\"HATCH\" without its boundaries (group code 91)", "dropped");
+      return false;
+    }
     std::string_view marker = DataMarkerOf(record.type);
     if (marker.empty()) return true;
     bool marked = false;

@@ -150,6 +150,19 @@ bool LoopsToRewrite(const Record& record, const Hatch::Data& hatch, size_t* begi
       break;
     }
   }
+  if (*begin == 0) {
+    // No loop count (91): readers cannot take the boundaries that follow;
+    // the host's loops take their place, before the hatch style (75).
+    size_t style = 0, first_path = 0;
+    for (size_t i = 0; i < body.size() && style == 0; ++i) {
+      if (body[i].code == 92 && first_path == 0) first_path = i;
+      if (body[i].code == 75) style = i;
+    }
+    if (style == 0) return false;
+    *begin = first_path != 0 ? first_path : style;
+    *end = style;
+    return true;
+  }
   auto part = record.Subclass(InfoOf(EntityKind::kHatch).subclass);
   return *end != 0 && !SameLoops(ReadHatchLoops(part ? *part : body), hatch.loops);
 }

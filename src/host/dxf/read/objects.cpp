@@ -96,6 +96,13 @@ void Loader::LoadLayout(const Record& record,
       if (t.code == 71 && t.IsInteger()) tab_order = t.integer;
     }
   }
+  if (!own) {
+    // Name, tab and block record are all in that part: nothing tells which
+    // layout this was.
+    Repair("layout " + HexOf(HandleOf(record)) + " without its AcDbLayout part: dropped");
+    source_.dropped.insert(&record);
+    return;
+  }
   auto it = block_by_handle.find(LayoutBlockHandle(record));
   BlockRecord* block = it == block_by_handle.end() ? nullptr : it->second;
   if (block == nullptr) {

@@ -214,7 +214,11 @@ void Loader::LoadTableEntry(std::string_view table, const Record& record) {
     }
     if (it != map.end()) {
       Repair(std::string(table) + " entry \"" + name + "\" appears twice: the second was renamed");
-      name += "$" + std::to_string(HandleOf(record));
+      // Named after its handle, or a number while that name is taken (a
+      // file without handles).
+      std::string base = name + "$";
+      name = base + std::to_string(HandleOf(record));
+      for (int n = 1; map.count(FoldName(name)); ++n) name = base + std::to_string(n);
       key = FoldName(name);
     }
     std::shared_ptr<R> object = make();
@@ -322,7 +326,9 @@ void Loader::LoadBlockDefinitions(Section& blocks_section) {
       // A standard record (a space) whose table entry the file lost takes
       // the handle its BLOCK names, which its entities and layout name too.
       uint64_t named = OwnerOf(block.begin);
-      if (source_.records.count(record) == 0 && named != 0 && doc_.FindByHandle(named) == nullptr) {
+      // (Not one another record of the file carries: that one keeps it.)
+      if (source_.records.count(record) == 0 && named != 0 && doc_.FindByHandle(named) == nullptr &&
+          handles_.positions.find(named) == handles_.positions.end()) {
         doc_.ReassignHandle(record, named);
         by_handle[named] = record;
       }

@@ -92,14 +92,17 @@ std::optional<Record> DbWriter::Relinked(const Record& record, const DbObject* o
                               : 0;
   bool retied = false;
   if (layout_block != 0) {
-    bool own = false;
+    bool own = false, named = false;
     for (const Tag& t : body) {
       if (t.code == 100) own = t.text == "AcDbLayout";
       if (own && t.code == 330) {
+        named = true;
         retied = HandleValue(&t) != layout_block;
         break;
       }
     }
+    retied |= !named && std::any_of(body.begin(), body.end(),
+                                    [](const Tag& t) { return t.code == 100 && t.text == "AcDbLayout"; });
   }
   if (!has_app_data && !dict && !group && !sortents && !gained_xdict && !gained_layout &&
       groups == nullptr && !rehomed && !retied) {
@@ -125,6 +128,12 @@ std::optional<Record> DbWriter::Relinked(const Record& record, const DbObject* o
   bool in_layout = false;
   for (size_t i = 0; i < body.size(); ++i) {
     const Tag& t = body[i];
+    // A layout part without its block record gets it at its end.
+    if (retied && in_layout && (t.code == 100 || t.code == 331)) {
+      out.push_back(handle_tag(330, layout_block));
+      retied = false;
+      changed = true;
+    }
     if (t.code == 100) in_layout = t.text == "AcDbLayout";
     if (retied && in_layout && t.code == 330) {
       out.push_back(handle_tag(330, layout_block));
@@ -167,6 +176,10 @@ std::optional<Record> DbWriter::Relinked(const Record& record, const DbObject* o
       if (end < body.size()) out.push_back(body[end]);
     }
     i = end;
+  }
+  if (retied && in_layout) {
+    out.push_back(handle_tag(330, layout_block));
+    changed = true;
   }
   // Groups the record lacks go right after its own handle.
   std::vector<Tag> groups_added;

@@ -536,10 +536,14 @@ void DbWriter::EmitBlockBegin(const Record& begin, const BlockRecord* record) {
   for (Tag& t : tags) {
     if (t.code == 2 || t.code == 3) {
       t = Tag::String(t.code, record->Name());
-      named = true;
+      named |= t.code == 2;
     }
   }
-  if (!named) tags.insert(tags.begin(), Tag::String(2, record->Name()));
+  // The name group (2) comes before the second name (3) and the flags.
+  if (!named) {
+    auto at = std::find_if(tags.begin(), tags.end(), [](const Tag& t) { return t.code == 3 || t.code == 70; });
+    tags.insert(at, Tag::String(2, record->Name()));
+  }
   Record renamed = base;
   renamed.tags = KeepTags(std::move(tags));
   PutRecordTags(renamed);
