@@ -630,7 +630,7 @@ class ModelBuilder {
             SkipFollowers(stray);
             break;
           }
-          PushGrouped(section.records);
+          section.records.push_back(NextRecord());
           break;
         case SectionKind::kObjects:
           // Symbol tables and their records are no objects (a section that
@@ -871,6 +871,18 @@ class ModelBuilder {
     // fills nothing, and readers refuse it.
     if (record.type == "HATCH" && FindCode(record, 91) == nullptr) {
       Repair(record.head, "\"HATCH\" without its boundaries (group code 91)", "dropped");
+      return false;
+    }
+    // Class definitions belong in CLASSES; the writer lists the classes a
+    // drawing needs.
+    if (record.type == "CLASS") {
+      Repair(record.head, "\"CLASS\" outside the CLASSES section", "dropped");
+      return false;
+    }
+    // Every visual style ends with its internal-use flag (291) and the
+    // properties after it: one without it was cut short.
+    if (record.type == "VISUALSTYLE" && FindCode(record, 291) == nullptr) {
+      Repair(record.head, "\"VISUALSTYLE\" cut short (no group code 291)", "dropped");
       return false;
     }
     std::string_view marker = DataMarkerOf(record.type);

@@ -155,6 +155,14 @@ TEST(TagModel, DamagedStructureIsRepairedAndListed) {
         "line 7: expected TABLE, got \"SEQEND\": dropped",
         "line 9: expected TABLE, got \"APPID\": a APPID table is made for the entries",
         "line 9: table \"APPID\" has no ENDTAB: closed"}},
+      {"records readers cannot take: a class among the objects, a hatch and a visual style cut short",
+       "0\nSECTION\n2\nOBJECTS\n0\nCLASS\n1\nC\n0\nVISUALSTYLE\n100\nAcDbVisualStyle\n2\nFlat\n"
+       "0\nVISUALSTYLE\n100\nAcDbVisualStyle\n2\nFlat\n291\n0\n0\nENDSEC\n" + entities +
+           "0\nHATCH\n100\nAcDbEntity\n100\nAcDbHatch\n70\n0\n0\nENDSEC\n",
+       "OBJECTS[VISUALSTYLE,] ENTITIES[] ",
+       {"line 5: \"CLASS\" outside the CLASSES section: dropped",
+        "line 9: \"VISUALSTYLE\" cut short (no group code 291): dropped",
+        "line 29: \"HATCH\" without its boundaries (group code 91): dropped"}},
       {"a section given twice", entities + "0\nLINE\n0\nENDSEC\n" + entities + "0\nCIRCLE\n0\nENDSEC\n",
        "ENTITIES[LINE,CIRCLE,] ", {"line 9: a second ENTITIES section: joined to the first (line 1)"}},
       {"header variables without a value or with more than one",

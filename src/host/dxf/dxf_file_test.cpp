@@ -96,7 +96,7 @@ TEST(DxfDrawingRead, RemovesDictionaryEntriesNamingNothingButKeepsThoseNamingRaw
                                "0\nDICTIONARY\n5\nC\n330\n0\n100\nAcDbDictionary\n3\nMINE\n350\nD\n"
                                "0\nDICTIONARY\n5\nD\n330\nC\n100\nAcDbDictionary\n"
                                "3\nSTYLE\n350\n20\n3\nGONE\n350\n99\n3\nDATA\n350\n21\n"
-                               "0\nVISUALSTYLE\n5\n20\n330\nD\n100\nAcDbVisualStyle\n2\nFlat\n"
+                               "0\nVISUALSTYLE\n5\n20\n330\nD\n100\nAcDbVisualStyle\n2\nFlat\n291\n0\n"
                                "0\nXRECORD\n5\n21\n330\nD\n100\nAcDbXrecord\n1\nvalue\n"
                                "0\nENDSEC\n0\nEOF\n",
                                "d.dxf");
