@@ -294,14 +294,30 @@ class ModelBuilder {
       }
     }
     if (own < tags.size()) {
-      // A symbol-table record's own part needs the base marker before it.
-      if (after != "AcDbSymbolTableRecord" || based) return;
-      Repair(tags[own], Quote(record) + " without its subclass marker " + Quote(after), "added");
-      std::vector<Tag> fixed(tags.begin(), tags.begin() + static_cast<std::ptrdiff_t>(own));
+      // The own part needs the base marker before it: a symbol-table
+      // record's right before, an entity's after its handle, application
+      // groups and owner (the groups every entity has follow it).
+      if (based) return;
+      std::size_t put = own;
+      if (after == "AcDbEntity") {
+        put = 0;
+        bool in_group = false;
+        while (put < own) {
+          const Tag& t = tags[put];
+          if (t.code == 102) {
+            in_group = t.text.starts_with("{");
+          } else if (!in_group && t.code != 5 && t.code != 330 && t.code != 360) {
+            break;
+          }
+          ++put;
+        }
+      }
+      Repair(tags[put], Quote(record) + " without its subclass marker " + Quote(after), "added");
+      std::vector<Tag> fixed(tags.begin(), tags.begin() + static_cast<std::ptrdiff_t>(put));
       Tag mark = Tag::String(100, after);
-      mark.position = tags[own].position;
+      mark.position = tags[put].position;
       fixed.push_back(mark);
-      fixed.insert(fixed.end(), tags.begin() + static_cast<std::ptrdiff_t>(own), tags.end());
+      fixed.insert(fixed.end(), tags.begin() + static_cast<std::ptrdiff_t>(put), tags.end());
       record.tags = std::span<Tag>(model_->made_tags_.emplace_back(std::move(fixed)));
       return;
     }
@@ -850,6 +866,13 @@ class ModelBuilder {
       Repair(stray.head, "expected an entity, got " + Quote(stray), "dropped");
       return;
     }
+    if (graphic && !IsRecordTypeName(PeekType())) {
+      // Record kinds are names in capitals: anything else is a damaged line.
+      Record stray = NextRecord();
+      Repair(stray.head, "expected an entity, got " + Quote(stray), "dropped");
+      SkipFollowers(stray);
+      return;
+    }
     if (graphic && IsObjectType(PeekType())) {
       Record stray = NextRecord();
       if (Readable(stray)) stray_objects_.push_back(std::move(stray));
@@ -872,6 +895,15 @@ class ModelBuilder {
     if (record.type == "HATCH" && FindCode(record, 91) == nullptr) {
       Repair(record.head, "\"HATCH\" without its boundaries (group code 91)", "dropped");
       return false;
+    }
+    // A mesh lists vertices, faces, edges and creases, each after its
+    // count (92 to 95): one missing a count was cut short.
+    if (record.type == "MESH") {
+      for (int code : {92, 93, 94, 95}) {
+        if (FindCode(record, code) != nullptr) continue;
+        Repair(record.head, "\"MESH\" cut short (no group code " + std::to_string(code) + ")", "dropped");
+        return false;
+      }
     }
     // Class definitions belong in CLASSES; the writer lists the classes a
     // drawing needs.
@@ -919,13 +951,21 @@ class ModelBuilder {
     return "ENTITIES";
   }
 
+  static bool IsRecordTypeName(std::string_view type) {
+    return !type.empty() && std::all_of(type.begin(), type.end(), [](char c) {
+      return (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' || c == '$' || c == '-';
+    });
+  }
+
   // Kinds of the OBJECTS section (sorted: looked up for every entity).
   static bool IsObjectType(std::string_view type) {
     static constexpr std::string_view kObjects[] = {
-        "ACAD_PROXY_OBJECT", "ACDBDICTIONARYWDFLT", "ACDBPLACEHOLDER", "DATATABLE", "DETAILVIEWSTYLE",
+        "ACAD_PROXY_OBJECT", "ACDBDETAILVIEWSTYLE", "ACDBDICTIONARYWDFLT", "ACDBPLACEHOLDER",
+        "ACDBSECTIONVIEWSTYLE", "DATATABLE", "DETAILVIEWSTYLE",
         "DGNDEFINITION", "DICTIONARY", "DIMASSOC", "DWFDEFINITION", "FIELD", "FIELDLIST", "GEODATA", "GROUP",
         "IDBUFFER", "LAYER_FILTER", "LAYER_INDEX", "LAYOUT", "LIGHTLIST", "MATERIAL", "MENTALRAYRENDERSETTINGS",
-        "PDFDEFINITION", "RENDERENVIRONMENT", "SECTIONVIEWSTYLE", "SORTENTSTABLE", "SPATIAL_FILTER",
+        "PDFDEFINITION", "RAPIDRTRENDERSETTINGS", "RENDERENVIRONMENT", "RENDERGLOBAL", "RENDERSETTINGS",
+        "SECTIONVIEWSTYLE", "SORTENTSTABLE", "SPATIAL_FILTER",
         "SPATIAL_INDEX", "WIPEOUTVARIABLES", "XRECORD"};
     static_assert(std::is_sorted(std::begin(kObjects), std::end(kObjects)));
     return std::binary_search(std::begin(kObjects), std::end(kObjects), type) || !DataMarkerOf(type).empty();
