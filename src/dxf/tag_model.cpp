@@ -77,6 +77,7 @@ class ModelBuilder {
     }
     JoinRepeatedSections();
     PlaceStrayObjects();
+    PlaceStrayEntities();
     PlaceStrayVariables();
   }
 
@@ -121,6 +122,7 @@ class ModelBuilder {
     record.tags = std::span<Tag>(tags_.data() + start, at_ - start);
     CompletePoints(record);
     CloseAppGroups(record);
+    DropEmptyExtensionLink(record);
     DropGarbledMarkers(record);
     MarkSubclass(record);
     CompleteMarkers(record);
@@ -220,6 +222,25 @@ class ModelBuilder {
         return true;
       default:
         return false;
+    }
+  }
+
+  // The extension-dictionary group names its dictionary (360): one naming
+  // none links nothing, and readers refuse it.
+  void DropEmptyExtensionLink(Record& record) {
+    std::span<Tag> tags = record.tags;
+    for (std::size_t i = 0; i < tags.size(); ++i) {
+      if (tags[i].code != 102 || Trim(tags[i].text) != "{ACAD_XDICTIONARY") continue;
+      std::size_t end = i + 1;
+      bool named = false;
+      while (end < tags.size() && tags[end].code != 102) named |= tags[end++].code == 360;
+      if (named) return;
+      Repair(tags[i], "extension-dictionary group naming no dictionary", "dropped");
+      std::vector<Tag> kept(tags.begin(), tags.begin() + static_cast<std::ptrdiff_t>(i));
+      std::size_t after = end < tags.size() ? end + 1 : end;
+      kept.insert(kept.end(), tags.begin() + static_cast<std::ptrdiff_t>(after), tags.end());
+      record.tags = std::span<Tag>(model_->made_tags_.emplace_back(std::move(kept)));
+      return;
     }
   }
 
@@ -656,6 +677,14 @@ class ModelBuilder {
             Repair(stray.head, "expected an object, got " + Quote(stray), "dropped");
             break;
           }
+          // Entities join the ENTITIES section (a section head lost):
+          // readers take everything here for an object.
+          if (!EntityMarker(PeekType()).empty() || PeekType() == "POLYLINE") {
+            std::vector<Record> found;
+            PushGrouped(found, true);
+            for (Record& r : found) stray_entities_.push_back(std::move(r));
+            break;
+          }
           PushGrouped(section.records);
           break;
         case SectionKind::kEntities: PushGrouped(section.records, true); break;
@@ -1009,6 +1038,22 @@ class ModelBuilder {
     sections = std::move(kept);
   }
 
+  // Entities found among the objects join the ENTITIES section (dropped
+  // when the file has none).
+  void PlaceStrayEntities() {
+    if (stray_entities_.empty()) return;
+    Section* entities = nullptr;
+    for (Section& section : model_->sections_) {
+      if (section.kind == SectionKind::kEntities) entities = &section;
+    }
+    for (Record& record : stray_entities_) {
+      Repair(record.head, Quote(record) + " among the objects",
+             entities != nullptr ? "moved to the ENTITIES section" : "dropped (the file has no ENTITIES section)");
+      if (entities != nullptr) entities->records.push_back(std::move(record));
+    }
+    stray_entities_.clear();
+  }
+
   // Objects found among the entities join the OBJECTS section (dropped
   // when the file has none).
   void PlaceStrayObjects() {
@@ -1108,8 +1153,10 @@ class ModelBuilder {
   Faults faults_;
   std::size_t at_ = 0;
   std::optional<Tag> first_stray_;
-  // Objects read among the entities, for the OBJECTS section.
+  // Objects read among the entities, for the OBJECTS section, and the
+  // other way round.
   std::vector<Record> stray_objects_;
+  std::vector<Record> stray_entities_;
   // Header variables read outside the header, one record per find.
   std::vector<Record> stray_variables_;
   // True while the records read are the header's.

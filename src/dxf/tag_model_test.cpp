@@ -251,13 +251,18 @@ TEST(TagModel, DamagedStructureIsRepairedAndListed) {
         "line 11: group code 11 has no y (group code 21): y is 0",
         "line 15: group code 20 has no x (group code 10): x is 0"}},
       {"application groups that do not pair",
-       "0\nSECTION\n2\nOBJECTS\n0\nLINE\n102\n{ACAD_REACTORS\n330\n1\n100\nAcDbEntity\n102\n}\n0\n"
-       "XRECORD\n102\n{ACAD_REACTORS\n100\nAcDbXrecord\n102\n{data\n0\nENDSEC\n",
-       "OBJECTS[LINE,XRECORD,] ",
+       entities + "0\nLINE\n102\n{ACAD_REACTORS\n330\n1\n100\nAcDbEntity\n102\n}\n0\nENDSEC\n"
+                  "0\nSECTION\n2\nOBJECTS\n0\nXRECORD\n102\n{ACAD_REACTORS\n100\nAcDbXrecord\n102\n{data\n"
+                  "0\nENDSEC\n",
+       "ENTITIES[LINE,] OBJECTS[XRECORD,] ",
        {"line 11: application group not closed (group code 102): closed",
         "line 13: \"102 }\" without its group: dropped",
         "line 5: \"LINE\" without its subclass marker \"AcDbLine\": added",
-        "line 19: application group not closed (group code 102): closed"}},
+        "line 25: application group not closed (group code 102): closed"}},
+      {"an entity among the objects",
+       entities + "0\nENDSEC\n0\nSECTION\n2\nOBJECTS\n0\nPOLYLINE\n0\nVERTEX\n0\nSEQEND\n0\nENDSEC\n",
+       "ENTITIES[POLYLINE/VERTEX/SEQEND,] OBJECTS[] ",
+       {"line 11: \"POLYLINE\" among the objects: moved to the ENTITIES section"}},
       {"table records in the CLASSES section",
        "0\nSECTION\n2\nCLASSES\n0\nCLASS\n1\nC\n0\nTABLE\n2\nLAYER\n0\nENDTAB\n0\nENDSEC\n", "CLASSES[CLASS,] ",
        {"line 9: expected CLASS, got \"TABLE\": dropped", "line 13: expected CLASS, got \"ENDTAB\": dropped"}},
