@@ -155,8 +155,10 @@ std::vector<Tag> DbWriter::WithSubclassMarkers(std::string_view type, std::span<
   // owner are added.
   const bool as_given = parts.empty() && type != "SEQEND";
   if (!as_given) out.push_back(Tag::String(100, "AcDbEntity"));
+  bool in_group = false;  // an application group stays whole, in front
   for (const Tag& t : body) {
-    if (t.code == 5 || t.code == 330 || t.code == 102) {
+    if (t.code == 102) in_group = t.text.starts_with("{");
+    if (t.code == 5 || t.code == 330 || t.code == 102 || in_group) {
       own.push_back(t);
     } else if (IsEntityCommon(t.code) || as_given) {
       out.push_back(t);
