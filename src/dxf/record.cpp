@@ -1,5 +1,7 @@
 #include "dxf/record.h"
 
+#include <utility>
+
 namespace tovik::dxf {
 namespace {
 
@@ -164,6 +166,20 @@ std::optional<std::span<const Tag>> Record::AppData(std::string_view name) const
     i = end;
   }
   return std::nullopt;
+}
+
+std::string_view SymbolTableRecordMarker(std::string_view type) {
+  static constexpr std::pair<std::string_view, std::string_view> kMarkers[] = {
+      {"APPID", "AcDbRegAppTableRecord"},       {"BLOCK_RECORD", "AcDbBlockTableRecord"},
+      {"DIMSTYLE", "AcDbDimStyleTableRecord"},  {"LAYER", "AcDbLayerTableRecord"},
+      {"LTYPE", "AcDbLinetypeTableRecord"},     {"STYLE", "AcDbTextStyleTableRecord"},
+      {"UCS", "AcDbUCSTableRecord"},            {"VIEW", "AcDbViewTableRecord"},
+      {"VPORT", "AcDbViewportTableRecord"},
+  };
+  for (const auto& [kind, marker] : kMarkers) {
+    if (kind == type) return marker;
+  }
+  return {};
 }
 
 }  // namespace tovik::dxf

@@ -77,6 +77,10 @@ struct Record {
   std::optional<std::span<const Tag>> AppData(std::string_view name) const;
 };
 
+// The marker of a symbol-table record's own part ("AcDbLayerTableRecord"
+// for LAYER), after AcDbSymbolTableRecord; empty for other kinds.
+std::string_view SymbolTableRecordMarker(std::string_view type);
+
 }  // namespace tovik::dxf
 
 #endif  // TOVIK_DXF_RECORD_H_

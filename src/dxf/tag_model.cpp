@@ -174,21 +174,6 @@ class ModelBuilder {
     stray_variables_.clear();
   }
 
-  // The marker of a symbol-table record's own part.
-  static std::string_view TableRecordMarker(std::string_view type) {
-    static constexpr std::pair<std::string_view, std::string_view> kMarkers[] = {
-        {"APPID", "AcDbRegAppTableRecord"},       {"BLOCK_RECORD", "AcDbBlockTableRecord"},
-        {"DIMSTYLE", "AcDbDimStyleTableRecord"},  {"LAYER", "AcDbLayerTableRecord"},
-        {"LTYPE", "AcDbLinetypeTableRecord"},     {"STYLE", "AcDbTextStyleTableRecord"},
-        {"UCS", "AcDbUCSTableRecord"},            {"VIEW", "AcDbViewTableRecord"},
-        {"VPORT", "AcDbViewportTableRecord"},
-    };
-    for (const auto& [kind, marker] : kMarkers) {
-      if (kind == type) return marker;
-    }
-    return {};
-  }
-
   // The marker of the first part of an entity kind after AcDbEntity (sorted).
   static std::string_view EntityMarker(std::string_view type) {
     static constexpr std::pair<std::string_view, std::string_view> kMarkers[] = {
@@ -275,7 +260,7 @@ class ModelBuilder {
   // entity's after the groups every entity has.
   void CompleteMarkers(Record& record) {
     std::span<Tag> tags = record.tags;
-    std::string_view marker = TableRecordMarker(record.type);
+    std::string_view marker = SymbolTableRecordMarker(record.type);
     std::string_view after = "AcDbSymbolTableRecord";
     if (marker.empty()) {
       marker = EntityMarker(record.type);

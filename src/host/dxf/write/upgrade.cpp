@@ -108,21 +108,6 @@ std::vector<Part> PartsOf(std::string_view type, int64_t flags) {
   return {};  // SEQEND and kinds without a subclass of their own
 }
 
-// The second marker of a symbol-table record.
-std::string_view TableMarker(std::string_view table) {
-  static constexpr std::array<std::pair<std::string_view, std::string_view>, 9> kMarkers{{
-      {"VPORT", "AcDbViewportTableRecord"},    {"LTYPE", "AcDbLinetypeTableRecord"},
-      {"LAYER", "AcDbLayerTableRecord"},       {"STYLE", "AcDbTextStyleTableRecord"},
-      {"VIEW", "AcDbViewTableRecord"},         {"UCS", "AcDbUCSTableRecord"},
-      {"APPID", "AcDbRegAppTableRecord"},      {"DIMSTYLE", "AcDbDimStyleTableRecord"},
-      {"BLOCK_RECORD", "AcDbBlockTableRecord"},
-  }};
-  for (const auto& [name, marker] : kMarkers) {
-    if (name == table) return marker;
-  }
-  return {};
-}
-
 bool HasMarkers(std::span<const Tag> tags) {
   return std::any_of(tags.begin(), tags.end(), [](const Tag& t) { return t.code == 100; });
 }
@@ -202,7 +187,7 @@ Record DbWriter::UpgradedEntry(const Record& entry, const DbObject& object, uint
   bool marked = HasMarkers(entry.Body());
   if (!marked) {
     tags.push_back(Tag::String(100, "AcDbSymbolTableRecord"));
-    tags.push_back(Tag::String(100, TableMarker(table)));
+    tags.push_back(Tag::String(100, SymbolTableRecordMarker(table)));
   }
   for (const Tag& t : entry.tags) {
     if (t.code == 5 || t.code == 105 || t.code == 330) continue;
@@ -223,7 +208,7 @@ void DbWriter::EmitUpgradedRaw(const Record& record, uint64_t owner, std::string
   if (!table.empty()) {
     if (!HasMarkers(body)) {
       PutString(100, "AcDbSymbolTableRecord");
-      PutString(100, TableMarker(table));
+      PutString(100, SymbolTableRecordMarker(table));
     }
     tags.assign(body.begin(), body.end());
   } else {
