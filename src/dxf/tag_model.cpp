@@ -118,16 +118,26 @@ class ModelBuilder {
     record.head = tags_[at_++];
     record.type = Trim(record.head.text);
     std::size_t start = at_;
-    while (at_ < tags_.size() && tags_[at_].code != 0) ++at_;
+    // The repairs below that look for groups 9 and 102 run only on the
+    // few records that have them (this is read for every record).
+    bool has_variable = false, has_app_group = false;
+    for (; at_ < tags_.size() && tags_[at_].code != 0; ++at_) {
+      has_variable |= tags_[at_].code == 9;
+      has_app_group |= tags_[at_].code == 102;
+    }
     record.tags = std::span<Tag>(tags_.data() + start, at_ - start);
     CompletePoints(record);
-    CloseAppGroups(record);
-    DropEmptyExtensionLink(record);
+    if (has_app_group) {
+      CloseAppGroups(record);
+      DropEmptyExtensionLink(record);
+    }
     DropGarbledMarkers(record);
     MarkSubclass(record);
     CompleteMarkers(record);
     KeepOneHandle(record);
-    if (!reading_header_ && record.type != "SECTION" && record.type != "XRECORD") TakeStrayVariables(record);
+    if (has_variable && !reading_header_ && record.type != "SECTION" && record.type != "XRECORD") {
+      TakeStrayVariables(record);
+    }
     return record;
   }
 
