@@ -19,13 +19,20 @@ void AppendLineEnd(LineEnd line_end, std::string* out) {
   *out += '\n';
 }
 
-// Group codes are written right-aligned in three columns, as AutoCAD does.
-void AppendCode(int code, std::string* out) {
-  char buffer[8];
-  auto result = std::to_chars(buffer, buffer + sizeof buffer, code);
-  std::size_t length = static_cast<std::size_t>(result.ptr - buffer);
-  if (length < 3) out->append(3 - length, ' ');
-  out->append(buffer, length);
+// Group codes are written right-aligned in three columns, as AutoCAD does;
+// the code's line is built whole and appended at once (a record is mostly
+// such short appends).
+void AppendCodeLine(int code, LineEnd line_end, std::string* out) {
+  char buffer[16] = {' ', ' ', ' '};
+  char* begin = buffer + 3;
+  auto result = std::to_chars(begin, buffer + 12, code);
+  std::size_t length = static_cast<std::size_t>(result.ptr - begin);
+  char* end = result.ptr;
+  if (line_end == LineEnd::kCrLf) *end++ = '\r';
+  *end++ = '\n';
+  // Shorter codes take the padding in front of them.
+  char* start = length < 3 ? begin - (3 - length) : begin;
+  out->append(start, static_cast<std::size_t>(end - start));
 }
 
 void AppendDouble(double value, std::string* out) {
@@ -106,8 +113,7 @@ class ModelWriter {
 }  // namespace
 
 void AppendTag(const Tag& tag, TextEncoder* encoder, LineEnd line_end, std::string* out) {
-  AppendCode(tag.code, out);
-  AppendLineEnd(line_end, out);
+  AppendCodeLine(tag.code, line_end, out);
   switch (tag.kind) {
     case ValueKind::kString:
       if (IsPlainAscii(tag.text)) {

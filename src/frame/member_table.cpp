@@ -1,5 +1,7 @@
 #include "frame/member_table.h"
 
+#include <algorithm>
+
 #include "frame/runtime_text.h"
 
 namespace tovik {
@@ -32,27 +34,63 @@ std::string MemberKey(std::string_view name) {
   return key;
 }
 
-DispId MemberIndex::Find(std::string_view name) const {
-  // Member names are short: fold ASCII names into a stack buffer so a
-  // lookup allocates nothing.
-  char buffer[64];
-  if (name.size() <= sizeof(buffer)) {
-    bool ascii = true;
-    for (size_t i = 0; i < name.size(); ++i) {
-      char c = name[i];
-      if (static_cast<unsigned char>(c) >= 0x80) {
-        ascii = false;
-        break;
-      }
-      buffer[i] = (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
+namespace {
+
+// FNV-1a: member names are short, and one hash serves every table asked.
+uint64_t HashKey(std::string_view key) {
+  uint64_t h = 14695981039346656037ull;
+  for (char c : key) {
+    h ^= static_cast<unsigned char>(c);
+    h *= 1099511628211ull;
+  }
+  return h | 1;  // never 0, the mark of a free slot's hash
+}
+
+}  // namespace
+
+FoldedName::FoldedName(std::string_view name) {
+  bool ascii = name.size() <= sizeof(buffer_);
+  for (size_t i = 0; ascii && i < name.size(); ++i) {
+    char c = name[i];
+    if (static_cast<unsigned char>(c) >= 0x80) {
+      ascii = false;
+      break;
     }
-    if (ascii) {
-      auto it = ids_.find(std::string_view(buffer, name.size()));
-      return it == ids_.end() ? kDispIdUnknown : it->second;
+    buffer_[i] = (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
+  }
+  if (ascii) {
+    key_ = std::string_view(buffer_, name.size());
+  } else {
+    folded_ = MemberKey(name);
+    key_ = folded_;
+  }
+  hash_ = HashKey(key_);
+}
+
+DispId MemberIndex::Find(std::string_view name) const { return Find(FoldedName(name)); }
+
+DispId MemberIndex::Find(const FoldedName& name) const {
+  if (slots_.empty()) return kDispIdUnknown;
+  size_t mask = slots_.size() - 1;
+  for (size_t i = name.hash() & mask;; i = (i + 1) & mask) {
+    const Slot& slot = slots_[i];
+    if (slot.id == 0) return kDispIdUnknown;
+    if (slot.hash == name.hash() && keys_[static_cast<size_t>(slot.id) - 1] == name.key()) {
+      return slot.id;
     }
   }
-  auto it = ids_.find(MemberKey(name));
-  return it == ids_.end() ? kDispIdUnknown : it->second;
+}
+
+void MemberIndex::Grow() {
+  std::vector<Slot> old = std::move(slots_);
+  slots_.assign(std::max<size_t>(16, old.size() * 2), Slot{});
+  size_t mask = slots_.size() - 1;
+  for (const Slot& slot : old) {
+    if (slot.id == 0) continue;
+    size_t i = slot.hash & mask;
+    while (slots_[i].id != 0) i = (i + 1) & mask;
+    slots_[i] = slot;
+  }
 }
 
 std::string_view MemberIndex::NameOf(DispId id) const {
@@ -63,8 +101,15 @@ std::string_view MemberIndex::NameOf(DispId id) const {
 DispId MemberIndex::Add(std::string_view name) {
   DispId id = static_cast<DispId>(names_.size() + 1);
   names_.emplace_back(name);
+  keys_.push_back(MemberKey(name));
   // A name registered twice keeps its first id (the interface order).
-  ids_.emplace(MemberKey(name), id);
+  FoldedName folded(name);
+  if (Find(folded) != kDispIdUnknown) return id;
+  if ((keys_.size() + 1) * 2 > slots_.size()) Grow();
+  size_t mask = slots_.size() - 1;
+  size_t i = folded.hash() & mask;
+  while (slots_[i].id != 0) i = (i + 1) & mask;
+  slots_[i] = Slot{folded.hash(), id};
   return id;
 }
 

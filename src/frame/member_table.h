@@ -12,8 +12,8 @@
 //     return table;
 //   }
 //
-// Lookup folds case (non-ASCII letters too) and costs one hash probe; a
-// call allocates nothing beyond what the member body does.
+// Lookup folds case (non-ASCII letters too) and costs one hash and a probe
+// or two; a call allocates nothing beyond what the member body does.
 #ifndef TOVIK_FRAME_MEMBER_TABLE_H_
 #define TOVIK_FRAME_MEMBER_TABLE_H_
 
@@ -46,11 +46,30 @@ AutomationError DispatchFailure(CallFailure failure);
 // of more than the result.
 std::string MemberKey(std::string_view name);
 
+// A member name folded and hashed once, to be looked up in several tables
+// (an object answers from its own table, then from those it shares with
+// its kind). Short ASCII names are folded into the key itself.
+class FoldedName {
+ public:
+  explicit FoldedName(std::string_view name);
+  FoldedName(const FoldedName&) = delete;
+  FoldedName& operator=(const FoldedName&) = delete;
+  std::string_view key() const { return key_; }
+  uint64_t hash() const { return hash_; }
+
+ private:
+  char buffer_[48];
+  std::string folded_;  // longer or non-ASCII names
+  std::string_view key_;
+  uint64_t hash_;
+};
+
 // The part of a member table that does not depend on the class.
 class MemberIndex {
  public:
   // The id of `name` (1-based position), kDispIdUnknown when absent.
   DispId Find(std::string_view name) const;
+  DispId Find(const FoldedName& name) const;
   // The id registered as the default member, kDispIdUnknown when none.
   DispId default_id() const { return default_id_; }
   // The registered name of member `id` ("" when unknown).
@@ -62,13 +81,15 @@ class MemberIndex {
   void SetDefault(DispId id) { default_id_ = id; }
 
  private:
-  struct KeyHash {
-    using is_transparent = void;
-    size_t operator()(std::string_view key) const {
-      return std::hash<std::string_view>()(key);
-    }
+  // Open addressing over the folded names: a slot holds a key's hash and
+  // its id (0: free); the table is kept at most half full.
+  struct Slot {
+    uint64_t hash = 0;
+    DispId id = 0;
   };
-  std::unordered_map<std::string, DispId, KeyHash, std::equal_to<>> ids_;
+  void Grow();
+  std::vector<Slot> slots_;
+  std::vector<std::string> keys_;  // folded, by id - 1
   std::vector<std::string> names_;
   DispId default_id_ = kDispIdUnknown;
 };

@@ -204,13 +204,14 @@ template <class T, class Base>
 class HostObject : public Base {
  public:
   DispId GetIdOfName(std::string_view name) const override {
-    DispId id = T::Members().Find(name);
+    FoldedName folded(name);
+    DispId id = T::Members().Find(folded);
     if (id != kDispIdUnknown) return id;
     if constexpr (std::is_base_of_v<Entity, Base>) {
-      id = EntityMembers().Find(name);
+      id = EntityMembers().Find(folded);
       if (id != kDispIdUnknown) return id + kEntityIdBase;
     }
-    id = DbObject::ObjectMembers().Find(name);
+    id = DbObject::ObjectMembers().Find(folded);
     return id == kDispIdUnknown ? id : id + kObjectIdBase;
   }
 

@@ -39,7 +39,18 @@ void Journal::Record(std::function<void()> undo) {
 
 bool Journal::FirstTouch(const void* object) {
   if (undoing_ || paused_) return false;
-  return Current().touched.insert(object).second;
+  Step& step = Current();
+  if (step.touched.size() < kFewTouched) {
+    for (const void* seen : step.touched) {
+      if (seen == object) return false;
+    }
+    step.touched.push_back(object);
+    return true;
+  }
+  if (step.touched_many.empty()) step.touched_many.insert(step.touched.begin(), step.touched.end());
+  if (!step.touched_many.insert(object).second) return false;
+  step.touched.push_back(object);
+  return true;
 }
 
 int Journal::Undo(int count) {

@@ -51,8 +51,12 @@ class Journal {
  private:
   struct Step {
     std::vector<std::function<void()>> undo;
-    std::unordered_set<const void*> touched;
+    // The objects touched: a step of one call touches a few, searched in
+    // order; past kFewTouched they are also hashed.
+    std::vector<const void*> touched;
+    std::unordered_set<const void*> touched_many;
   };
+  static constexpr size_t kFewTouched = 16;
   Step& Current();
 
   std::deque<Step> steps_;

@@ -70,7 +70,10 @@ class ModelledGroups {
   void Real(int code, double value);
   // x under `code`, y and z under code + 10 and + 20.
   void Point(int code, const geometry::Vec3& p);
-  void Text(int code, std::string_view text);
+  // `text` is viewed, not copied: it is a live object's, which outlives
+  // the record being written.
+  void Text(int code, const std::string& text);
+  void Text(int code, std::string&& text) = delete;
   void Integer(int code, int64_t value);
 
  private:

@@ -28,7 +28,7 @@ bool SameValue(const Tag& a, const Tag& b) {
   if (a.IsInteger() || b.IsInteger()) return a.integer == b.integer;
   // Names (layer, linetype, block, style) compare as the tables look them up.
   if (a.code == 2 || a.code == 3 || a.code == 6 || a.code == 7 || a.code == 8) {
-    return FoldName(a.text) == FoldName(b.text);
+    return SameFoldedName(a.text, b.text);
   }
   return a.text == b.text;
 }
@@ -83,8 +83,8 @@ void ModelledGroups::Point(int code, const Vec3& p) {
   Real(code + 20, p.z);
 }
 
-void ModelledGroups::Text(int code, std::string_view text) {
-  tags_->push_back(Tag::String(code, writer_.Keep(std::string(text))));
+void ModelledGroups::Text(int code, const std::string& text) {
+  tags_->push_back(Tag::String(code, text));
 }
 
 void ModelledGroups::Integer(int code, int64_t value) { tags_->push_back(Tag::Integer(code, value)); }
@@ -147,9 +147,12 @@ void DbWriter::Modelled(const DbObject& object, std::vector<Tag>* want) {
 
 void DbWriter::EmitPatched(const Record& record, const Binding& binding) {
   const DbObject& object = *binding.object;
-  std::vector<Tag> want;
+  // The buffers are the writer's, reused record after record.
+  std::vector<Tag>& want = patch_want_;
+  want.clear();
   Modelled(object, &want);
-  std::vector<bool> used(want.size(), false);
+  std::vector<char>& used = patch_used_;
+  used.assign(want.size(), 0);
   std::span<const Tag> body = record.Body();
   // Layer flags keep the bits the host does not model.
   const auto* layer = object.IsEntity() ? nullptr : AsObject<LayerRecord>(&object);
@@ -185,7 +188,7 @@ void DbWriter::EmitPatched(const Record& record, const Binding& binding) {
           (common || object.IsEntity() || layer != nullptr || want[w].code == 2)) {
         // A point's y and z go with its x only.
         Put(want[w]);
-        used[w] = true;
+        used[w] = 1;
       }
     }
   };
@@ -226,7 +229,7 @@ void DbWriter::EmitPatched(const Record& record, const Binding& binding) {
       bool matched = false;
       for (size_t w = 0; w < want.size(); ++w) {
         if (used[w] || want[w].code != t.code) continue;
-        used[w] = true;
+        used[w] = 1;
         Put(SameValue(t, want[w]) ? t : want[w]);
         matched = true;
         break;

@@ -303,6 +303,9 @@ class DbWriter {
   ObjectMap<bool> emitted_;
   std::unordered_set<const DbObject*> walked_;
   uint64_t plot_style_normal_ = 0;
+  // EmitPatched's groups of the live object and which of them were written.
+  std::vector<Tag> patch_want_;
+  std::vector<char> patch_used_;
   // Classes of the objects written from scratch ("LAYOUT", "WIPEOUT"...).
   std::unordered_set<std::string> needed_classes_;
 };
