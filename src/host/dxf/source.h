@@ -120,6 +120,13 @@ class ObjectMap {
     if (entry.first == nullptr) entry.first = object;
     return entry.first == object ? entry.second : others_[object];
   }
+  // Gives every object of `other` its value there.
+  void Merge(const ObjectMap& other) {
+    for (const auto& [object, value] : other.by_slot_) {
+      if (object != nullptr) (*this)[object] = value;
+    }
+    for (const auto& [object, value] : other.others_) (*this)[object] = value;
+  }
 
  private:
   static std::optional<size_t> SlotOf(const DbObject* object) {

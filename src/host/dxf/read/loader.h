@@ -6,10 +6,12 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 
 #include "dxf/record_fields.h"
 #include "host/core/document.h"
+#include "host/dxf/binding.h"
 #include "host/dxf/read/validate.h"
 #include "host/dxf/source.h"
 #include "host/entities/kinds.h"
@@ -19,6 +21,40 @@
 namespace tovik::host::dxf {
 
 using namespace ::tovik::dxf;
+
+// Records of one table by folded name. The last name looked up is
+// remembered as the file spelled it: entities mostly name the same layer,
+// style or block as the one before.
+template <class R>
+class NameMap {
+ public:
+  using mapped_type = R*;
+  // The record named `name` as a file spells it; nullptr when none.
+  R* Find(std::string_view name) const {
+    if (last_ != nullptr && name == last_name_) return last_;
+    R* found = FindKey(FoldName(name));
+    if (found != nullptr) {
+      last_name_.assign(name);
+      last_ = found;
+    }
+    return found;
+  }
+  // The record under an already folded key; nullptr when none.
+  R* FindKey(const std::string& key) const {
+    auto it = map_.find(key);
+    return it == map_.end() ? nullptr : it->second;
+  }
+  bool Contains(const std::string& key) const { return map_.count(key) != 0; }
+  void Set(const std::string& key, R* record) {
+    map_[key] = record;
+    last_ = nullptr;
+  }
+
+ private:
+  std::unordered_map<std::string, R*> map_;
+  mutable std::string last_name_;
+  mutable R* last_ = nullptr;
+};
 
 class Loader {
  public:
@@ -87,12 +123,12 @@ class Loader {
   Document& doc_;
   DxfSource& source_;
   const ModelHandles& handles_;
-  std::unordered_map<std::string, LayerRecord*> layers_;
-  std::unordered_map<std::string, LinetypeRecord*> linetypes_;
-  std::unordered_map<std::string, TextStyleRecord*> styles_;
-  std::unordered_map<std::string, BlockRecord*> blocks_;
-  std::unordered_map<std::string, DimStyleRecord*> dim_styles_;
-  std::unordered_map<std::string, RegApp*> regapps_;
+  NameMap<LayerRecord> layers_;
+  NameMap<LinetypeRecord> linetypes_;
+  NameMap<TextStyleRecord> styles_;
+  NameMap<BlockRecord> blocks_;
+  NameMap<DimStyleRecord> dim_styles_;
+  NameMap<RegApp> regapps_;
   std::unordered_map<const BlockRecord*, bool> layout_blocks_used_;
   // Where the entity loader indexes one record's groups at a time.
   FieldTable fields_;

@@ -44,55 +44,50 @@ void Loader::BindExisting(const Record& record, DbObject* object) {
 
 LayerRecord* Loader::LayerNamed(std::string_view name) {
   if (name.empty()) name = "0";
-  auto it = layers_.find(FoldName(name));
-  if (it != layers_.end()) return it->second;
+  if (auto* found = layers_.Find(name)) return found;
   auto layer = std::make_shared<LayerRecord>();
   layer->mutable_data().name = std::string(name);
   layer->mutable_data().linetype = doc_.continuous_linetype();
   LayerRecord* raw = layer.get();
   doc_.Register(std::move(layer), 0);
   doc_.AddRecord(doc_.layers(), raw);
-  layers_[FoldName(name)] = raw;
+  layers_.Set(FoldName(name), raw);
   Repair("layer \"" + std::string(name) + "\" used but not in the LAYER table: added");
   return raw;
 }
 
 LinetypeRecord* Loader::LinetypeNamed(std::string_view name) {
   if (name.empty()) return doc_.bylayer_linetype();
-  auto it = linetypes_.find(FoldName(name));
-  if (it != linetypes_.end()) return it->second;
+  if (auto* found = linetypes_.Find(name)) return found;
   auto lt = std::make_shared<LinetypeRecord>();
   lt->mutable_data().name = std::string(name);
   LinetypeRecord* raw = lt.get();
   doc_.Register(std::move(lt), 0);
   doc_.AddRecord(doc_.linetypes(), raw);
-  linetypes_[FoldName(name)] = raw;
+  linetypes_.Set(FoldName(name), raw);
   Repair("linetype \"" + std::string(name) + "\" used but not in the LTYPE table: added");
   return raw;
 }
 
 TextStyleRecord* Loader::StyleNamed(std::string_view name) {
   if (name.empty()) name = "Standard";
-  auto it = styles_.find(FoldName(name));
-  if (it != styles_.end()) return it->second;
+  if (auto* found = styles_.Find(name)) return found;
   auto style = std::make_shared<TextStyleRecord>();
   style->mutable_data().name = std::string(name);
   TextStyleRecord* raw = style.get();
   doc_.Register(std::move(style), 0);
   doc_.AddRecord(doc_.text_styles(), raw);
-  styles_[FoldName(name)] = raw;
+  styles_.Set(FoldName(name), raw);
   Repair("text style \"" + std::string(name) + "\" used but not in the STYLE table: added");
   return raw;
 }
 
 BlockRecord* Loader::BlockNamed(std::string_view name) const {
-  auto it = blocks_.find(FoldName(name));
-  return it == blocks_.end() ? nullptr : it->second;
+  return blocks_.Find(name);
 }
 
 DimStyleRecord* Loader::DimStyleNamed(std::string_view name) const {
-  auto it = dim_styles_.find(FoldName(name));
-  return it == dim_styles_.end() ? nullptr : it->second;
+  return dim_styles_.Find(name);
 }
 
 // ---------------------------------------------------------------- run
@@ -156,12 +151,12 @@ void Loader::MoveStandardHandles() {
     doc_.ReassignHandle(o, next++);
     source_.unwritten.insert(o);
   }
-  for (LayerRecord* r : doc_.layers().items) layers_[FoldName(r->Name())] = r;
-  for (LinetypeRecord* r : doc_.linetypes().items) linetypes_[FoldName(r->Name())] = r;
-  for (TextStyleRecord* r : doc_.text_styles().items) styles_[FoldName(r->Name())] = r;
-  for (BlockRecord* r : doc_.blocks().items) blocks_[FoldName(r->Name())] = r;
-  for (DimStyleRecord* r : doc_.dim_styles().items) dim_styles_[FoldName(r->Name())] = r;
-  for (RegApp* r : doc_.regapps().items) regapps_[FoldName(r->Name())] = r;
+  for (LayerRecord* r : doc_.layers().items) layers_.Set(FoldName(r->Name()), r);
+  for (LinetypeRecord* r : doc_.linetypes().items) linetypes_.Set(FoldName(r->Name()), r);
+  for (TextStyleRecord* r : doc_.text_styles().items) styles_.Set(FoldName(r->Name()), r);
+  for (BlockRecord* r : doc_.blocks().items) blocks_.Set(FoldName(r->Name()), r);
+  for (DimStyleRecord* r : doc_.dim_styles().items) dim_styles_.Set(FoldName(r->Name()), r);
+  for (RegApp* r : doc_.regapps().items) regapps_.Set(FoldName(r->Name()), r);
 }
 
 void Loader::LoadHeader() {
@@ -207,18 +202,18 @@ void Loader::LoadTableEntry(std::string_view table, const Record& record) {
   std::string key = FoldName(name);
   auto bind_named = [&](auto& map, auto& host_table, auto make) {
     using R = std::remove_pointer_t<typename std::decay_t<decltype(map)>::mapped_type>;
-    auto it = map.find(key);
-    if (it != map.end() && source_.records.count(it->second) == 0) {
-      BindExisting(record, it->second);
+    R* existing = map.FindKey(key);
+    if (existing != nullptr && source_.records.count(existing) == 0) {
+      BindExisting(record, existing);
       return;
     }
-    if (it != map.end()) {
+    if (existing != nullptr) {
       Repair(std::string(table) + " entry \"" + name + "\" appears twice: the second was renamed");
       // Named after its handle, or a number while that name is taken (a
       // file without handles).
       std::string base = name + "$";
       name = base + std::to_string(HandleOf(record));
-      for (int n = 1; map.count(FoldName(name)); ++n) name = base + std::to_string(n);
+      for (int n = 1; map.Contains(FoldName(name)); ++n) name = base + std::to_string(n);
       key = FoldName(name);
     }
     std::shared_ptr<R> object = make();
@@ -226,7 +221,7 @@ void Loader::LoadTableEntry(std::string_view table, const Record& record) {
     R* raw = object.get();
     Bind(record, std::move(object));
     doc_.AddRecord(host_table, raw);
-    map[key] = raw;
+    map.Set(key, raw);
   };
   if (table == "LAYER") {
     bind_named(layers_, doc_.layers(), [] { return std::make_shared<LayerRecord>(); });
@@ -302,7 +297,7 @@ void Loader::LoadBlocks() {
     std::string given = FreeBlockName("*U");
     Repair("a block record without a name (handle " + HexOf(b->handle()) + "): named \"" + given + "\"");
     b->mutable_data().name = given;
-    blocks_[FoldName(given)] = b;
+    blocks_.Set(FoldName(given), b);
   }
 }
 
@@ -346,7 +341,7 @@ void Loader::LoadBlockDefinitions(Section& blocks_section) {
       record = made.get();
       doc_.Register(std::move(made), 0);
       doc_.AddRecord(doc_.blocks(), record);
-      blocks_[FoldName(given)] = record;
+      blocks_.Set(FoldName(given), record);
     } else if (source_.records.count(record) == 0) {
       source_.unwritten.erase(record);
     }
@@ -355,7 +350,7 @@ void Loader::LoadBlockDefinitions(Section& blocks_section) {
       Repair("a block without a name at line " + std::to_string(block.begin.head.position) + ": named \"" +
              given + "\"");
       record->mutable_data().name = given;
-      blocks_[FoldName(given)] = record;
+      blocks_.Set(FoldName(given), record);
     }
     claimed.insert(record);
     records.push_back(record);
@@ -379,7 +374,7 @@ BlockRecord* Loader::EmptyBlockNamed(std::string_view name) {
   BlockRecord* raw = made.get();
   doc_.Register(std::move(made), 0);
   doc_.AddRecord(doc_.blocks(), raw);
-  blocks_[FoldName(name)] = raw;
+  blocks_.Set(FoldName(name), raw);
   return raw;
 }
 
@@ -417,17 +412,14 @@ void Loader::LoadXData(const Record& record, DbObject* object) {
   if (blocks.empty()) return;
   auto xdata = std::make_shared<XData>();
   for (const TagSegment& seg : blocks) {
-    auto it = regapps_.find(FoldName(seg.name));
-    RegApp* app;
-    if (it != regapps_.end()) {
-      app = it->second;
-    } else {
+    RegApp* app = regapps_.Find(seg.name);
+    if (app == nullptr) {
       auto made = std::make_shared<RegApp>();
       made->mutable_data().name = std::string(seg.name);
       app = made.get();
       doc_.Register(std::move(made), 0);
       doc_.AddRecord(doc_.regapps(), app);
-      regapps_[FoldName(seg.name)] = app;
+      regapps_.Set(FoldName(seg.name), app);
       Repair("extended data of application \"" + std::string(seg.name) +
              "\" without an APPID entry: registered");
     }

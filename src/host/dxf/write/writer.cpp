@@ -7,6 +7,8 @@
 // The header is written last, once every handle is given out.
 #include <algorithm>
 #include <cstdio>
+#include <exception>
+#include <thread>
 
 #include "host/core/host_error.h"
 #include "host/dxf/binding.h"
@@ -82,7 +84,7 @@ DbWriter::DbWriter(const Document& doc, DxfSource& source, std::string_view vers
   bool read = !source.model.sections().empty();
   upgrade_ = read && (original.empty() || original < "AC1015");
   all_new_ = read && (original < "AC1012" || !has_block_records);
-  if (!IsUtf8Version(version_)) encoder_ = std::make_unique<TextEncoder>(source.model.code_page());
+  if (!IsUtf8Version(version_)) encoder_ = std::make_shared<TextEncoder>(source.model.code_page());
 }
 
 std::vector<std::string> DbWriter::TakeNotes() {
@@ -485,13 +487,74 @@ void DbWriter::EmitEntities(const Section* section) {
 
 void DbWriter::EmitEntityList(const std::vector<Record>& records,
                               const std::vector<BlockRecord*>& blocks) {
-  for (const Record& r : records) EmitEntity(r);
+  // A long list is written in two halves at once: a helper, a copy of this
+  // writer, writes the second half into pieces of its own while this one
+  // writes the first; its pieces then follow this writer's. Writing a record
+  // read from the file reads the drawing and the plan only, so the text is
+  // the same as written in one pass; a helper that gave out handles (a
+  // record without one) would number them differently: its part is then
+  // written again here. Text written through a code page stays in one pass
+  // (the encoder is shared).
+  size_t split = records.size();
+  if (records.size() >= split_records_ && records.size() >= 2 && encoder_ == nullptr) {
+    split = records.size() / 2;
+  }
+  if (split == records.size()) {
+    EmitRecords(records, 0, records.size());
+  } else {
+    uint64_t handle_at_fork = next_handle_;
+    size_t notes_at_fork = notes_.size();
+    size_t dropped_at_fork = dropped_colours_;
+    DbWriter helper(*this);
+    helper.pieces_.clear();
+    helper.out_ = nullptr;
+    helper.StartPiece();
+    std::exception_ptr failure;
+    std::thread thread([&] {
+      try {
+        helper.EmitRecords(records, split, records.size());
+      } catch (...) {
+        failure = std::current_exception();
+      }
+    });
+    try {
+      EmitRecords(records, 0, split);
+    } catch (...) {
+      thread.join();
+      throw;
+    }
+    thread.join();
+    if (failure) std::rethrow_exception(failure);
+    if (!TakeHelperPart(helper, handle_at_fork, notes_at_fork, dropped_at_fork)) {
+      EmitRecords(records, split, records.size());
+    }
+  }
   for (BlockRecord* block : blocks) {
     if (!Written(block)) continue;
     for (const Entity* e : block->entities()) {
       if (IsNew(e) && Written(e)) EmitNew(*e, block->handle());
     }
   }
+}
+
+void DbWriter::EmitRecords(const std::vector<Record>& records, size_t from, size_t to) {
+  for (size_t i = from; i < to; ++i) EmitEntity(records[i]);
+}
+
+bool DbWriter::TakeHelperPart(DbWriter& helper, uint64_t handle_at_fork, size_t notes_at_fork,
+                              size_t dropped_at_fork) {
+  if (helper.next_handle_ != handle_at_fork) return false;
+  for (std::string& piece : helper.pieces_) {
+    if (!piece.empty()) pieces_.push_back(std::move(piece));
+  }
+  StartPiece();
+  notes_.insert(notes_.end(), helper.notes_.begin() + static_cast<std::ptrdiff_t>(notes_at_fork),
+                helper.notes_.end());
+  dropped_colours_ += helper.dropped_colours_ - dropped_at_fork;
+  needed_classes_.insert(helper.needed_classes_.begin(), helper.needed_classes_.end());
+  walked_.insert(helper.walked_.begin(), helper.walked_.end());
+  emitted_.Merge(helper.emitted_);
+  return true;
 }
 
 void DbWriter::EmitEntity(const Record& record) {

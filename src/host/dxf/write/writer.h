@@ -132,6 +132,11 @@ class DbWriter {
   // splitting a UTF-8 sequence, then the rest (1).
   void PutMTextChunks(std::string_view text);
 
+  // Entity lists of at least this many records are written in two halves
+  // at once, the second by a helper thread (see EmitEntityList).
+  static constexpr size_t kSplitRecords = 20000;
+  void set_split_records(size_t records) { split_records_ = records; }
+
   Document& doc() const { return doc_; }
   // A handle for a record the host has no object for (BLOCK, ENDBLK, SEQEND).
   uint64_t NextHandle();
@@ -264,13 +269,23 @@ class DbWriter {
   // Ends the body's current piece and starts the next one.
   void StartPiece();
 
+  // A helper writing part of an entity list: a copy of this writer, plan
+  // and all, with its own output.
+  DbWriter(const DbWriter&) = default;
+  // Writes records [from, to) of `records` as EmitEntity does.
+  void EmitRecords(const std::vector<Record>& records, size_t from, size_t to);
+  // Takes what `helper` wrote and noted after this writer's own part;
+  // false when the helper gave out handles (this writer's may collide).
+  bool TakeHelperPart(DbWriter& helper, uint64_t handle_at_fork, size_t notes_at_fork,
+                      size_t dropped_at_fork);
+
   Document& doc_;
   DxfSource& source_;
   // Where Put appends: the current piece of the body, then the header.
   std::string* out_ = nullptr;
   std::deque<std::string> pieces_;
   bool holding_body_ = false;
-  std::unique_ptr<TextEncoder> encoder_;
+  std::shared_ptr<TextEncoder> encoder_;
   std::string version_;
   // The version the drawing would be written in is the host's own: classes
   // and the code page are added as for it.
@@ -284,6 +299,7 @@ class DbWriter {
   // the live objects, its records kept as they came upgraded.
   bool upgrade_ = false;
   bool all_new_ = false;
+  size_t split_records_ = kSplitRecords;
   std::deque<std::string> kept_;
   std::deque<std::vector<Tag>> kept_tags_;
   // While an object read from the file is written anew: its record, whose
