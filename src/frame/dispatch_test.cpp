@@ -108,6 +108,36 @@ TEST(Dispatch, MembersAreFoundByNameInAnyCase) {
   EXPECT_EQ(TypeName(Variant(list)), "NumberList");
 }
 
+// Member names folded eight bytes at a time: around the letters' edges
+// ('@' and '`', '[' and '{' differ from letters by the case bit), across
+// word boundaries, beyond the short-name buffer, and outside ASCII.
+TEST(Dispatch, MemberNamesFoldOnlyLetters) {
+  struct Index : MemberIndex {
+    using MemberIndex::Add;
+  } index;
+  const std::string long_name(60, 'Q');
+  const std::vector<std::string> names = {"A", "Zed", "AttRef_Get", "GetDynamicBlockProperties",
+                                          "X@[Z", long_name, "Длина", "ÉtatCivil"};
+  for (const std::string& name : names) index.Add(name);
+  EXPECT_EQ(index.Add("zed"), static_cast<DispId>(names.size() + 1));  // a new id...
+  EXPECT_EQ(index.Find("ZED"), 2);                                      // ...the first kept
+  const struct {
+    std::string query;
+    DispId id;
+  } cases[] = {
+      {"a", 1}, {"zED", 2}, {"ATTREF_GET", 3}, {"getdynamicblockPROPERTIES", 4}, {"x@[z", 5},
+      {std::string(60, 'q'), 6}, {"ДЛИНА", 7}, {"étatcivil", 8},
+      {"X`[Z", kDispIdUnknown}, {"X@{Z", kDispIdUnknown}, {"GetDynamicBlockPropertie", kDispIdUnknown},
+      {std::string(59, 'q'), kDispIdUnknown}, {"", kDispIdUnknown}, {"Ze", kDispIdUnknown},
+  };
+  for (const auto& c : cases) EXPECT_EQ(index.Find(c.query), c.id) << c.query;
+  // The table grows and keeps every name.
+  for (int i = 0; i < 300; ++i) index.Add("Member" + std::to_string(i));
+  for (int i = 0; i < 300; ++i) {
+    EXPECT_EQ(index.Find("MEMBER" + std::to_string(i)), static_cast<DispId>(names.size() + 2 + i));
+  }
+}
+
 TEST(Dispatch, CallFailuresUseTheRuntimeNumbers) {
   ObjectRef list = std::make_shared<NumberList>();
   EXPECT_EQ(ErrorOf([&] { GetProperty(list, "Nope"); }).Number(), kErrNotSupported);

@@ -136,8 +136,10 @@ void DbWriter::Plan() {
     if (uint64_t h = HandleOf(*record)) bound_by_handle_[h] = binding.object;
   }
   auto note_raw = [&](const Record& r, auto& self) -> void {
-    if (uint64_t h = HandleOf(r); h != 0 && !bound_by_handle_.count(h) && !source_.dropped.count(&r)) {
-      raw_handles_[h] = true;
+    // A bound record's handle is among the bound ones (read above).
+    if (source_.bindings.count(&r) == 0) {
+      uint64_t h = HandleOf(r);
+      if (h != 0 && !bound_by_handle_.count(h) && !source_.dropped.count(&r)) raw_handles_[h] = true;
     }
     for (const Record& f : r.followers) self(f, self);
   };
