@@ -1203,9 +1203,13 @@ std::string_view RawHeaderValue(const TagArray& tags, std::string_view name) {
 }  // namespace
 
 TagModel TagModel::Load(std::string buffer, std::string_view file_name, Faults faults) {
+  return Load(SourceText(std::move(buffer)), file_name, faults);
+}
+
+TagModel TagModel::Load(SourceText text, std::string_view file_name, Faults faults) {
   TagModel model;
-  model.buffer_ = std::make_unique<std::string>(std::move(buffer));
-  TokenStream stream = Tokenize(*model.buffer_, file_name, faults);
+  model.buffer_ = std::make_unique<SourceText>(std::move(text));
+  TokenStream stream = Tokenize(model.buffer_->view(), file_name, faults);
   model.format_ = stream.format;
   model.repairs_ = std::move(stream.repairs);
   TagArray& tags = stream.tags;
@@ -1240,19 +1244,13 @@ TagModel TagModel::Load(std::string buffer, std::string_view file_name, Faults f
   if (model.sections_.empty() && !model.repairs_.empty() && faults == Faults::kRepair) {
     // Nothing of a drawing was recovered from a damaged file: its first
     // fault is the error.
-    Tokenize(*model.buffer_, file_name, Faults::kThrow);
+    Tokenize(model.buffer_->view(), file_name, Faults::kThrow);
   }
   builder.RefuseWithoutSections();
   return model;
 }
 
-TagModel TagModel::LoadFile(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  if (!file) throw ReadError(path, PositionKind::kNone, 0, -1, "cannot open the file");
-  std::string buffer((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-  if (file.bad()) throw ReadError(path, PositionKind::kNone, 0, -1, "cannot read the file");
-  return Load(std::move(buffer), path);
-}
+TagModel TagModel::LoadFile(const std::string& path) { return Load(SourceText::ReadFile(path), path); }
 
 std::string_view TagModel::version() const {
   const HeaderVariable* variable = FindVariable("$ACADVER");

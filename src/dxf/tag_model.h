@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "dxf/record.h"
+#include "dxf/source_text.h"
 #include "dxf/tag.h"
 #include "dxf/tokenizer.h"
 
@@ -93,6 +94,8 @@ class TagModel {
   // message without the remedy).
   static TagModel Load(std::string buffer, std::string_view file_name,
                        Faults faults = Faults::kRepair);
+  static TagModel Load(SourceText text, std::string_view file_name,
+                       Faults faults = Faults::kRepair);
   // Reads the file at `path`; throws ReadError when it cannot be opened.
   static TagModel LoadFile(const std::string& path);
 
@@ -140,7 +143,7 @@ class TagModel {
   TagModel();
 
   FileFormat format_ = FileFormat::kAscii;
-  std::unique_ptr<std::string> buffer_;  // heap-held so views survive moves
+  std::unique_ptr<SourceText> buffer_;  // heap-held so views survive moves
   std::unique_ptr<Arena> arena_;
   std::vector<Tag> leading_;
   std::vector<Section> sections_;

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
+#include <fstream>
 #include <string>
 
 namespace tovik::dxf {
@@ -408,6 +410,22 @@ TEST(TagModel, MissingFileIsAReadError) {
     FAIL() << "no error";
   } catch (const ReadError& error) {
     EXPECT_EQ(std::string(error.what()), "/nonexistent/x.dxf: cannot open the file");
+  }
+}
+
+// Small files are read in one piece, large ones in two halves at once: the
+// bytes are the file's either way, the halves' seam included.
+TEST(TagModel, FilesAreReadWholeAtAnySize) {
+  for (size_t size : {size_t{0}, size_t{1}, size_t{4096}, (size_t{2} << 20) + 7}) {
+    std::string bytes(size, '\0');
+    for (size_t i = 0; i < size; ++i) bytes[i] = static_cast<char>('a' + (i * 7 + i / 251) % 26);
+    const std::string path = ::testing::TempDir() + "/source_text_" + std::to_string(size);
+    {
+      std::ofstream out(path, std::ios::binary);
+      out.write(bytes.data(), static_cast<std::streamsize>(size));
+    }
+    EXPECT_EQ(SourceText::ReadFile(path).view(), bytes) << size;
+    std::remove(path.c_str());
   }
 }
 

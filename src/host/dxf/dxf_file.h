@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "dxf/source_text.h"
 #include "frame/automation_error.h"
 #include "host/core/application.h"
 
@@ -31,6 +32,8 @@ inline constexpr int32_t kReadFailedNumber = -2147467259;
 // ("PATH: line N: what") for input that is no readable DXF.
 std::shared_ptr<Document> ReadDrawingBuffer(Application& app, std::string buffer,
                                             const std::string& path);
+std::shared_ptr<Document> ReadDrawingText(Application& app, ::tovik::dxf::SourceText text,
+                                          const std::string& path);
 // Reads the file at `path` as ReadDrawingBuffer does; a missing or
 // unreadable file raises the same kind of error.
 std::shared_ptr<Document> ReadDrawingFile(Application& app, const std::string& path);

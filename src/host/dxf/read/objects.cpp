@@ -302,10 +302,14 @@ std::string SourceVersion(const Document& document) {
 
 std::shared_ptr<Document> ReadDrawingBuffer(Application& app, std::string buffer,
                                             const std::string& path) {
+  return ReadDrawingText(app, SourceText(std::move(buffer)), path);
+}
+
+std::shared_ptr<Document> ReadDrawingText(Application& app, SourceText text, const std::string& path) {
   std::shared_ptr<DxfSource> source;
   ModelHandles handles;
   try {
-    source = std::make_shared<DxfSource>(TagModel::Load(std::move(buffer), path));
+    source = std::make_shared<DxfSource>(TagModel::Load(std::move(text), path));
     handles = ValidateModel(source->model, path);
     source->repairs = source->model.repairs();
     source->repairs.insert(source->repairs.end(), handles.repairs.begin(), handles.repairs.end());
@@ -333,16 +337,15 @@ std::shared_ptr<Document> ReadDrawingBuffer(Application& app, std::string buffer
 }
 
 std::shared_ptr<Document> ReadDrawingFile(Application& app, const std::string& path) {
-  std::ifstream in(path, std::ios::binary | std::ios::ate);
-  if (!in) throw ReadFailure(path + ": cannot open the file");
-  // Read in one piece of the file's size: a growing buffer would hold up to
-  // three times the file while it grows.
-  std::streamoff size = in.tellg();
-  if (size < 0) throw ReadFailure(path + ": cannot read the file");
-  std::string bytes(static_cast<size_t>(size), '\0');
-  in.seekg(0);
-  if (!in.read(bytes.data(), size)) throw ReadFailure(path + ": cannot read the file");
-  return ReadDrawingBuffer(app, std::move(bytes), path);
+  SourceText text;
+  try {
+    // In one piece of the file's size: a growing buffer would hold up to
+    // three times the file while it grows.
+    text = SourceText::ReadFile(path);
+  } catch (const ReadError& e) {
+    throw ReadFailure(e.what());
+  }
+  return ReadDrawingText(app, std::move(text), path);
 }
 
 void InstallDxfFileIo(Application& app) {
