@@ -1,6 +1,7 @@
 #include "frame/dispatch.h"
 
 #include <algorithm>
+#include <array>
 #include <vector>
 
 #include "frame/automation_error.h"
@@ -53,11 +54,16 @@ int EventSource::SinkCount() const {
 
 Variant& CallArgs::operator[](size_t i) {
   if (i < args_.size()) return args_[i];
+  size_t k = i - args_.size();
+  if (k < near_.size()) {
+    if (!near_[k]) near_[k].emplace(Variant::Missing());
+    return *near_[k];
+  }
   if (!omitted_) {
     omitted_ = std::make_unique<std::array<Variant, kOmittedSlots>>();
     omitted_->fill(Variant::Missing());
   }
-  return omitted_->at(i - args_.size());
+  return omitted_->at(k - near_.size());
 }
 
 bool CallArgs::Has(size_t i) const {
@@ -79,21 +85,43 @@ DispId IdOf(Dispatch& target, std::string_view name) {
   return id;
 }
 
+// The arguments of one call, copied so that the member may write them:
+// up to four (nearly every call) on the stack, more on the heap.
+class ArgCopy {
+ public:
+  explicit ArgCopy(std::initializer_list<Variant> args, Variant* last = nullptr)
+      : size_(args.size() + (last != nullptr ? 1 : 0)) {
+    if (size_ > local_.size()) heap_.resize(size_);
+    data_ = size_ > local_.size() ? heap_.data() : local_.data();
+    std::copy(args.begin(), args.end(), data_);
+    if (last != nullptr) data_[args.size()] = std::move(*last);
+  }
+  ArgCopy(const ArgCopy&) = delete;
+  ArgCopy& operator=(const ArgCopy&) = delete;
+  std::span<Variant> span() { return {data_, size_}; }
+
+ private:
+  std::array<Variant, 4> local_;
+  std::vector<Variant> heap_;
+  size_t size_;
+  Variant* data_;
+};
+
 }  // namespace
 
 Variant GetProperty(const ObjectRef& obj, std::string_view name,
                     std::initializer_list<Variant> args) {
   Dispatch& target = Target(obj);
-  std::vector<Variant> copy(args);
-  return target.Invoke(IdOf(target, name), InvokeKind::kPropertyGet, copy);
+  if (args.size() == 0) return target.Invoke(IdOf(target, name), InvokeKind::kPropertyGet, {});
+  ArgCopy copy(args);
+  return target.Invoke(IdOf(target, name), InvokeKind::kPropertyGet, copy.span());
 }
 
 void LetProperty(const ObjectRef& obj, std::string_view name, Variant value,
                  std::initializer_list<Variant> args) {
   Dispatch& target = Target(obj);
-  std::vector<Variant> copy(args);
-  copy.push_back(std::move(value));
-  target.Invoke(IdOf(target, name), InvokeKind::kPropertyPut, copy);
+  ArgCopy copy(args, &value);
+  target.Invoke(IdOf(target, name), InvokeKind::kPropertyPut, copy.span());
 }
 
 void SetProperty(const ObjectRef& obj, std::string_view name, ObjectRef value) {
@@ -106,8 +134,9 @@ void SetProperty(const ObjectRef& obj, std::string_view name, ObjectRef value) {
 Variant CallMethod(const ObjectRef& obj, std::string_view name,
                    std::initializer_list<Variant> args) {
   Dispatch& target = Target(obj);
-  std::vector<Variant> copy(args);
-  return target.Invoke(IdOf(target, name), InvokeKind::kMethod, copy);
+  if (args.size() == 0) return target.Invoke(IdOf(target, name), InvokeKind::kMethod, {});
+  ArgCopy copy(args);
+  return target.Invoke(IdOf(target, name), InvokeKind::kMethod, copy.span());
 }
 
 Variant CallMethodRef(const ObjectRef& obj, std::string_view name,

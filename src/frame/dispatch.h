@@ -14,6 +14,7 @@
 #include <functional>
 #include <initializer_list>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -145,8 +146,11 @@ class CallArgs {
   // Omitted arguments beyond those passed, one slot each (made on first
   // use): a member that writes one omitted out-argument must not change
   // another omitted argument it reads.
+  // The first few here (most members have few optionals), the rest made
+  // together on first use.
   static constexpr size_t kOmittedSlots = 16;
   std::span<Variant> args_;
+  std::array<std::optional<Variant>, 4> near_;
   std::unique_ptr<std::array<Variant, kOmittedSlots>> omitted_;
 };
 

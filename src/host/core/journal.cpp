@@ -25,9 +25,18 @@ void Journal::EndGroup() {
 
 Journal::Step& Journal::Current() {
   if (new_step_due_ || steps_.empty()) {
-    steps_.emplace_back();
+    if (steps_.size() < kMaxSteps) {
+      steps_.emplace_back();
+    } else {
+      // The oldest step is dropped; its lists are reused, emptied.
+      Step oldest = std::move(steps_.front());
+      steps_.pop_front();
+      oldest.undo.clear();
+      oldest.touched.clear();
+      oldest.touched_many.clear();
+      steps_.push_back(std::move(oldest));
+    }
     new_step_due_ = false;
-    if (steps_.size() > kMaxSteps) steps_.pop_front();
   }
   return steps_.back();
 }
