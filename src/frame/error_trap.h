@@ -22,6 +22,7 @@
 #define TOVIK_FRAME_ERROR_TRAP_H_
 
 #include <cstdint>
+#include <optional>
 #include <utility>
 
 #include "frame/automation_error.h"
@@ -38,22 +39,22 @@ class ResumeNext {
       return true;
     } catch (const AutomationError& error) {
       error_ = error;
-      failed_ = true;
       return false;
     }
   }
 
   // Err.Number: the number of the last trapped error, 0 when none (or
   // after Clear).
-  int32_t Number() const { return failed_ ? error_.Number() : 0; }
+  int32_t Number() const { return error_ ? error_->Number() : 0; }
   // The last trapped error, or nullptr when none.
-  const AutomationError* Error() const { return failed_ ? &error_ : nullptr; }
+  const AutomationError* Error() const { return error_ ? &*error_ : nullptr; }
   // Err.Clear.
-  void Clear() { failed_ = false; }
+  void Clear() { error_.reset(); }
 
  private:
-  bool failed_ = false;
-  AutomationError error_{0, std::string()};
+  // Made only when a statement fails: a trap around statements that
+  // succeed costs nothing.
+  std::optional<AutomationError> error_;
 };
 
 // Runs `body`; when it raises an automation error, runs `cleanup(error)`

@@ -1,5 +1,7 @@
 #include "frame/runtime_text.h"
 
+#include <optional>
+
 #include <utility>
 
 #include "frame/char_class.h"
@@ -239,17 +241,42 @@ size_t OffsetAfter(std::string_view text, int64_t count) {
 
 }  // namespace
 
+namespace {
+
+// ASCII text mapped byte by byte (no letter outside ASCII maps into it or
+// out of it); nullopt for other text.
+template <typename Map>
+std::optional<std::string> MapAscii(std::string_view text, Map map) {
+  for (char c : text) {
+    if (static_cast<unsigned char>(c) >= 0x80) return std::nullopt;
+  }
+  std::string out(text);
+  for (char& c : out) c = map(c);
+  return out;
+}
+
+}  // namespace
+
 std::string UCase(std::string_view text) {
+  if (auto ascii = MapAscii(text, [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; })) {
+    return *std::move(ascii);
+  }
   return MapCodePoints(
       text, [](char32_t c) { return chars::Upper(c); });
 }
 
 std::string LCase(std::string_view text) {
+  if (auto ascii = MapAscii(text, [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; })) {
+    return *std::move(ascii);
+  }
   return MapCodePoints(
       text, [](char32_t c) { return chars::Lower(c); });
 }
 
 std::string FoldCase(std::string_view text) {
+  if (auto ascii = MapAscii(text, [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; })) {
+    return *std::move(ascii);
+  }
   return MapCodePoints(text, [](char32_t c) { return Fold(c); });
 }
 
