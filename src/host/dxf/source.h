@@ -122,8 +122,17 @@ class ObjectMap {
   }
   // Gives every object of `other` its value there.
   void Merge(const ObjectMap& other) {
-    for (const auto& [object, value] : other.by_slot_) {
-      if (object != nullptr) (*this)[object] = value;
+    // Slot by slot: an object has the same slot in both.
+    if (by_slot_.size() < other.by_slot_.size()) by_slot_.resize(other.by_slot_.size(), {nullptr, Value{}});
+    for (size_t slot = 0; slot < other.by_slot_.size(); ++slot) {
+      const auto& [object, value] = other.by_slot_[slot];
+      if (object == nullptr) continue;
+      auto& entry = by_slot_[slot];
+      if (entry.first == nullptr || entry.first == object) {
+        entry = {object, value};
+      } else {
+        others_[object] = value;
+      }
     }
     for (const auto& [object, value] : other.others_) (*this)[object] = value;
   }

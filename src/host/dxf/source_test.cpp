@@ -82,6 +82,23 @@ TEST(ObjectMap, ObjectsInTheSameSlotOfTwoDrawingsAndUnregisteredOnesKeepTheirOwn
   // A second subscript returns the same entry.
   EXPECT_EQ(map[a->model_space()], &records[0]);
   EXPECT_EQ(map.ValueOr(b->paper_space(), nullptr), nullptr);
+
+  // Merging keeps both maps' entries, the merged one's value winning, the
+  // slot shared by two drawings' objects included.
+  ObjectMap<const Record*> other;
+  other[a->paper_space()] = &records[2];
+  other[b->model_space()] = &records[0];
+  other[loose.get()] = &records[1];
+  ObjectMap<const Record*> merged;
+  merged[a->model_space()] = &records[0];
+  merged.Merge(other);
+  EXPECT_EQ(merged.ValueOr(a->model_space(), nullptr), &records[0]);
+  EXPECT_EQ(merged.ValueOr(b->model_space(), nullptr), &records[0]);
+  EXPECT_EQ(merged.ValueOr(a->paper_space(), nullptr), &records[2]);
+  EXPECT_EQ(merged.ValueOr(loose.get(), nullptr), &records[1]);
+  map.Merge(other);
+  EXPECT_EQ(map.ValueOr(b->model_space(), nullptr), &records[0]);
+  EXPECT_EQ(map.ValueOr(a->model_space(), nullptr), &records[0]);
 }
 
 }  // namespace

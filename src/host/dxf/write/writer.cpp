@@ -128,6 +128,49 @@ const std::vector<const Group*>* DbWriter::GroupsOf(const Entity* entity) const 
 // ---------------------------------------------------------------- the plan
 
 void DbWriter::Plan() {
+  // The classes the objects written anew need and the groups of each
+  // entity are found by a helper while the handles are gathered here: the
+  // two read the drawing only.
+  std::unordered_set<std::string> new_classes;
+  std::unordered_map<const Entity*, std::vector<const Group*>> groups_of;
+  std::exception_ptr failure;
+  std::thread helper([&] {
+    try {
+      FindNewClassesAndGroups(&new_classes, &groups_of);
+    } catch (...) {
+      failure = std::current_exception();
+    }
+  });
+  struct Joiner {
+    std::thread& thread;
+    ~Joiner() {
+      if (thread.joinable()) thread.join();
+    }
+  } joiner{helper};
+  PlanHandles();
+  helper.join();
+  if (failure) std::rethrow_exception(failure);
+  needed_classes_.insert(new_classes.begin(), new_classes.end());
+  groups_of_ = std::move(groups_of);
+}
+
+void DbWriter::FindNewClassesAndGroups(std::unordered_set<std::string>* new_classes,
+                                       std::unordered_map<const Entity*, std::vector<const Group*>>* groups_of) const {
+  for (size_t slot = 0; slot < doc_.object_count(); ++slot) {
+    DbObject* o = doc_.FindById(kObjectIdBase32 + kObjectIdStride * static_cast<int64_t>(slot));
+    if (!Written(o) || !IsNew(o)) continue;
+    if (AsObject<Layout>(o)) new_classes->insert("LAYOUT");
+    if (AsObject<MaterialRecord>(o)) new_classes->insert("MATERIAL");
+    if (AsObject<SortentsTable>(o)) new_classes->insert("SORTENTSTABLE");
+    if (As<Wipeout>(o)) new_classes->insert("WIPEOUT");
+  }
+  for (const Group* g : doc_.groups()) {
+    if (!Written(g)) continue;
+    for (const Entity* e : g->LiveMembers()) (*groups_of)[e].push_back(g);
+  }
+}
+
+void DbWriter::PlanHandles() {
   next_handle_ = doc_.handle_seed();
   // About one entry per record each: make room once.
   bound_by_handle_.reserve(source_.bindings.size());
@@ -199,18 +242,6 @@ void DbWriter::Plan() {
       needed_classes_.insert("ACDBDICTIONARYWDFLT");
       needed_classes_.insert("ACDBPLACEHOLDER");
     }
-  }
-  for (size_t slot = 0; slot < doc_.object_count(); ++slot) {
-    DbObject* o = doc_.FindById(kObjectIdBase32 + kObjectIdStride * static_cast<int64_t>(slot));
-    if (!Written(o) || !IsNew(o)) continue;
-    if (AsObject<Layout>(o)) needed_classes_.insert("LAYOUT");
-    if (AsObject<MaterialRecord>(o)) needed_classes_.insert("MATERIAL");
-    if (AsObject<SortentsTable>(o)) needed_classes_.insert("SORTENTSTABLE");
-    if (As<Wipeout>(o)) needed_classes_.insert("WIPEOUT");
-  }
-  for (const Group* g : doc_.groups()) {
-    if (!Written(g)) continue;
-    for (const Entity* e : g->LiveMembers()) groups_of_[e].push_back(g);
   }
 }
 

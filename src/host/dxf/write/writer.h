@@ -147,6 +147,12 @@ class DbWriter {
  private:
   // ----------------------------------------------- structure (write/writer.cpp)
   void Plan();
+  // The parts of the plan: handles, tables and standard objects; and the
+  // classes of objects written anew and the groups of each entity (by a
+  // helper thread, reading the drawing only).
+  void PlanHandles();
+  void FindNewClassesAndGroups(std::unordered_set<std::string>* new_classes,
+                               std::unordered_map<const Entity*, std::vector<const Group*>>* groups_of) const;
   void EmitSectionOf(SectionKind kind, const Section* section);
   void EmitHeader(const Section& section);
   void EmitTables(const Section* section);
