@@ -47,10 +47,11 @@ std::string PlaceText(const TagModel& model, uint32_t position) {
 ModelHandles ValidateModel(TagModel& model, std::string_view file_name, Faults faults) {
   ModelHandles handles;
   FlatMap<uint64_t, uint32_t>& seen = handles.positions;
-  // About one handle a record (followers aside): make room once.
+  // About one handle a record: make room once.
   size_t records = 0;
   for (const Section& section : model.sections()) {
     records += section.records.size();
+    for (const Record& r : section.records) records += r.followers.size();
     for (const Table& table : section.tables) records += table.entries.size() + 1;
     for (const Block& block : section.blocks) records += block.entities.size() + 2;
   }
