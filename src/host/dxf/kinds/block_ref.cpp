@@ -11,7 +11,7 @@ namespace tovik::host::dxf {
 using geometry::Vec3;
 
 std::shared_ptr<Entity> LoadBlockRef(Loader& loader, const Record& record, const RecordFields& r) {
-  auto e = std::make_shared<BlockRef>();
+  auto e = loader.Make<BlockRef>();
   auto& d = e->mutable_data();
   d.block = loader.BlockNamed(r.StringOr(2));
   if (d.block == nullptr && r.StringOr(2).empty()) {

@@ -11,8 +11,8 @@ namespace tovik::host::dxf {
 
 using geometry::Vec3;
 
-std::shared_ptr<Entity> LoadLine(Loader&, const Record&, const RecordFields& r) {
-  auto e = std::make_shared<Line>();
+std::shared_ptr<Entity> LoadLine(Loader& loader, const Record&, const RecordFields& r) {
+  auto e = loader.Make<Line>();
   auto& d = e->mutable_data();
   d.start = PointOr(r, 10);
   d.end = PointOr(r, 11);
@@ -21,24 +21,24 @@ std::shared_ptr<Entity> LoadLine(Loader&, const Record&, const RecordFields& r) 
   return e;
 }
 
-std::shared_ptr<Entity> LoadCircle(Loader&, const Record&, const RecordFields& r) {
+std::shared_ptr<Entity> LoadCircle(Loader& loader, const Record&, const RecordFields& r) {
   Vec3 normal = NormalOf(r);
-  auto e = std::make_shared<Circle>();
+  auto e = loader.Make<Circle>();
   e->mutable_data() = {Wcs(PointOr(r, 10), normal), RealOr(r, 40, 1), normal, RealOr(r, 39, 0)};
   return e;
 }
 
-std::shared_ptr<Entity> LoadArc(Loader&, const Record&, const RecordFields& r) {
+std::shared_ptr<Entity> LoadArc(Loader& loader, const Record&, const RecordFields& r) {
   Vec3 normal = NormalOf(r);
-  auto e = std::make_shared<Arc>();
+  auto e = loader.Make<Arc>();
   e->mutable_data() = {Wcs(PointOr(r, 10), normal), RealOr(r, 40, 1),
                        NormalAngle(RealOr(r, 50, 0) * kDegToRad),
                        NormalAngle(RealOr(r, 51, 0) * kDegToRad), normal, RealOr(r, 39, 0)};
   return e;
 }
 
-std::shared_ptr<Entity> LoadEllipse(Loader&, const Record&, const RecordFields& r) {
-  auto e = std::make_shared<Ellipse>();
+std::shared_ptr<Entity> LoadEllipse(Loader& loader, const Record&, const RecordFields& r) {
+  auto e = loader.Make<Ellipse>();
   auto& d = e->mutable_data();
   d.center = PointOr(r, 10);
   d.major_axis = PointOr(r, 11, {1, 0, 0});
@@ -49,14 +49,14 @@ std::shared_ptr<Entity> LoadEllipse(Loader&, const Record&, const RecordFields& 
   return e;
 }
 
-std::shared_ptr<Entity> LoadPoint(Loader&, const Record&, const RecordFields& r) {
-  auto e = std::make_shared<PointEntity>();
+std::shared_ptr<Entity> LoadPoint(Loader& loader, const Record&, const RecordFields& r) {
+  auto e = loader.Make<PointEntity>();
   e->mutable_data() = {PointOr(r, 10), NormalOf(r), RealOr(r, 39, 0)};
   return e;
 }
 
-std::shared_ptr<Entity> LoadLwPolyline(Loader&, const Record& record, const RecordFields& r) {
-  auto e = std::make_shared<LwPolyline>();
+std::shared_ptr<Entity> LoadLwPolyline(Loader& loader, const Record& record, const RecordFields& r) {
+  auto e = loader.Make<LwPolyline>();
   auto& d = e->mutable_data();
   int64_t flags = IntOr(r, 70, 0);
   d.closed = (flags & 1) != 0;

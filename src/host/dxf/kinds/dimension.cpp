@@ -14,7 +14,7 @@ namespace tovik::host::dxf {
 using geometry::Vec3;
 
 std::shared_ptr<Entity> LoadDimension(Loader& loader, const Record& record, const RecordFields& r) {
-  auto e = std::make_shared<Dimension>();
+  auto e = loader.Make<Dimension>();
   auto& d = e->mutable_data();
   static constexpr DimensionKind kKinds[7] = {
       DimensionKind::kRotated,   DimensionKind::kAligned,       DimensionKind::kAngular,

@@ -22,8 +22,8 @@ GenericKind GenericKindOf(std::string_view type, const RecordFields& r) {
   return GenericKindOfDxfName(type);
 }
 
-std::shared_ptr<Entity> LoadGeneric(Loader&, const Record& record, const RecordFields& r) {
-  auto e = std::make_shared<GenericEntity>();
+std::shared_ptr<Entity> LoadGeneric(Loader& loader, const Record& record, const RecordFields& r) {
+  auto e = loader.Make<GenericEntity>();
   auto& d = e->mutable_data();
   d.kind = GenericKindOf(record.type, r);
   d.dxf_name = std::string(record.type);

@@ -50,8 +50,8 @@ bool SameLoops(const std::vector<HatchLoop>& a, const std::vector<HatchLoop>& b)
 
 }  // namespace
 
-std::shared_ptr<Entity> LoadHatch(Loader&, const Record& record, const RecordFields& r) {
-  auto e = std::make_shared<Hatch>();
+std::shared_ptr<Entity> LoadHatch(Loader& loader, const Record& record, const RecordFields& r) {
+  auto e = loader.Make<Hatch>();
   auto& d = e->mutable_data();
   d.pattern_name = std::string(r.StringOr(2, "SOLID"));
   d.pattern_type = static_cast<int32_t>(IntOr(r, 76, 1));

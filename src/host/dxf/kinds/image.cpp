@@ -13,8 +13,8 @@ namespace {
 
 // Wipeouts and raster images share their frame and clip boundary.
 template <class K>
-std::shared_ptr<Entity> LoadImage(Loader&, const Record& record, const RecordFields& r) {
-  auto e = std::make_shared<K>();
+std::shared_ptr<Entity> LoadImage(Loader& loader, const Record& record, const RecordFields& r) {
+  auto e = loader.Make<K>();
   ImageData* d = &e->mutable_data();
   d->origin = PointOr(r, 10);
   d->u = PointOr(r, 11, {1, 0, 0});

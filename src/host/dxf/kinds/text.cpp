@@ -31,13 +31,13 @@ void FillText(const RecordFields& r, TextData& d, Loader& loader, int vertical_c
 }
 
 std::shared_ptr<Entity> LoadText(Loader& loader, const Record&, const RecordFields& r) {
-  auto e = std::make_shared<Text>();
+  auto e = loader.Make<Text>();
   FillText(r, e->mutable_data(), loader, 73);
   return e;
 }
 
 std::shared_ptr<Entity> LoadAttributeDef(Loader& loader, const Record&, const RecordFields& r) {
-  auto e = std::make_shared<AttributeDef>();
+  auto e = loader.Make<AttributeDef>();
   auto& d = e->mutable_data();
   FillText(r, d, loader, 74);
   d.tag = std::string(r.StringOr(2));
@@ -70,7 +70,7 @@ std::string ParagraphBreaks(std::string text) {
 }  // namespace
 
 std::shared_ptr<Entity> LoadMText(Loader& loader, const Record& record, const RecordFields& r) {
-  auto e = std::make_shared<MText>();
+  auto e = loader.Make<MText>();
   auto& d = e->mutable_data();
   for (const Tag* t : record.FindAll(3)) d.text += t->text;
   d.text += r.StringOr(1);

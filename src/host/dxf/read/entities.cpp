@@ -71,7 +71,7 @@ void Loader::LoadEntity(const Record& record, BlockRecord* block) {
   if (auto* ref = As<BlockRef>(raw)) {
     for (const Record& f : record.followers) {
       if (f.type != "ATTRIB") continue;
-      auto att = std::make_shared<AttributeRef>();
+      auto att = Make<AttributeRef>();
       auto& d = att->mutable_data();
       // Indexing the attribute ends the reference's index, no longer used.
       const RecordFields fields(f, fields_);

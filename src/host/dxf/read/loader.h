@@ -12,6 +12,7 @@
 #include "dxf/record_fields.h"
 #include "host/core/document.h"
 #include "host/dxf/binding.h"
+#include "host/dxf/read/object_pool.h"
 #include "host/dxf/read/validate.h"
 #include "host/dxf/source.h"
 #include "host/entities/kinds.h"
@@ -64,6 +65,15 @@ class Loader {
 
   // Maps the whole model into the document.
   void Run();
+
+  // A new entity for the document: from the pool when the file brings
+  // many (see object_pool.h).
+  template <class T>
+  std::shared_ptr<T> Make() {
+    return pool_ ? std::allocate_shared<T>(PoolAllocator<T>(pool_)) : std::make_shared<T>();
+  }
+  // Files with at least this many entities have theirs pooled.
+  static constexpr size_t kPooledEntities = 20000;
 
   // Registers `object` under the record's handle (a new one when it has
   // none) and remembers the binding.
@@ -132,6 +142,7 @@ class Loader {
   std::unordered_map<const BlockRecord*, bool> layout_blocks_used_;
   // Where the entity loader indexes one record's groups at a time.
   FieldTable fields_;
+  std::shared_ptr<ObjectPool> pool_;
 
   friend class EntityMapper;
 };

@@ -103,6 +103,14 @@ void Loader::Run() {
   source_.bindings.reserve(count);
   source_.records.reserve(count);
   doc_.ReserveObjects(count);
+  size_t entities = 0;
+  for (const Section& section : source_.model.sections()) {
+    for (const Record& r : section.records) entities += 1 + r.followers.size();
+    for (const Block& block : section.blocks) entities += block.entities.size();
+  }
+  // About what an entity and its control block take, on average.
+  constexpr size_t kBytesPerEntity = 400;
+  if (entities >= kPooledEntities) pool_ = ObjectPool::Create(entities * kBytesPerEntity);
   // A load is not an undoable change: nothing is recorded until it ends.
   doc_.journal().set_paused(true);
   MoveStandardHandles();
@@ -110,6 +118,10 @@ void Loader::Run() {
   LoadTables();
   LoadBlocks();
   LoadEntities();
+  if (pool_) {
+    pool_->Seal();
+    pool_.reset();
+  }
   LoadObjects();
   LinkExtensionDictionaries();
   LinkDynamicBlocks();
