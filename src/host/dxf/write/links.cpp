@@ -18,13 +18,13 @@
 
 namespace tovik::host::dxf {
 bool DbWriter::Dangling(uint64_t handle) const {
-  auto it = bound_by_handle_.find(handle);
-  return it != bound_by_handle_.end() && !Written(it->second);
+  auto it = bound_by_handle_->find(handle);
+  return it != bound_by_handle_->end() && !Written(it->second);
 }
 
 bool DbWriter::Present(uint64_t handle) const {
   if (const DbObject* o = doc_.FindByHandle(handle)) return Written(o);
-  return raw_handles_.count(handle) != 0;
+  return raw_handles_->count(handle) != 0;
 }
 
 std::vector<DictEntry> DbWriter::StandardEntries(std::string_view key) const {
@@ -248,13 +248,13 @@ bool DbWriter::RelinkDictionary(const Dictionary& dictionary, std::vector<Tag>* 
       const Tag& h = out[k + 1];
       pair_code = h.code;
       uint64_t handle = HandleValue(&h);
-      auto bound = bound_by_handle_.find(handle);
-      if (bound == bound_by_handle_.end() && (host_kept || raw_handles_.count(handle) == 0)) {
+      auto bound = bound_by_handle_->find(handle);
+      if (bound == bound_by_handle_->end() && (host_kept || raw_handles_->count(handle) == 0)) {
         changed = true;  // names nothing in the file: the reader dropped it
         ++k;
         continue;
       }
-      if (bound == bound_by_handle_.end()) {
+      if (bound == bound_by_handle_->end()) {
         rebuilt.push_back(t);  // an object the host keeps raw
         rebuilt.push_back(h);
       } else {

@@ -173,16 +173,16 @@ void DbWriter::FindNewClassesAndGroups(std::unordered_set<std::string>* new_clas
 void DbWriter::PlanHandles() {
   next_handle_ = doc_.handle_seed();
   // About one entry per record each: make room once.
-  bound_by_handle_.reserve(source_.bindings.size());
+  bound_by_handle_->reserve(source_.bindings.size());
   emitted_.reserve(source_.bindings.size());
   for (const auto& [record, binding] : source_.bindings) {
-    if (uint64_t h = HandleOf(*record)) bound_by_handle_[h] = binding.object;
+    if (uint64_t h = HandleOf(*record)) (*bound_by_handle_)[h] = binding.object;
   }
   auto note_raw = [&](const Record& r, auto& self) -> void {
     // A bound record's handle is among the bound ones (read above).
     if (source_.bindings.count(&r) == 0) {
       uint64_t h = HandleOf(r);
-      if (h != 0 && !bound_by_handle_.count(h) && !source_.dropped.count(&r)) raw_handles_[h] = true;
+      if (h != 0 && !bound_by_handle_->count(h) && !source_.dropped.count(&r)) (*raw_handles_)[h] = true;
     }
     for (const Record& f : r.followers) self(f, self);
   };
@@ -394,7 +394,7 @@ void DbWriter::EmitTable(std::string_view name, const Table* table) {
     for (const BlockRecord* b : doc_.blocks().items) {
       // (A record written raw, in a section the host does not read, is
       // there already.)
-      if (IsNew(b) || !Written(b) || emitted_.count(b) || raw_handles_.count(b->handle())) continue;
+      if (IsNew(b) || !Written(b) || emitted_.count(b) || raw_handles_->count(b->handle())) continue;
       emitted_[b] = true;
       EmitNew(*b, owner);
     }
@@ -538,7 +538,12 @@ void DbWriter::EmitEntityList(const std::vector<Record>& records,
     uint64_t handle_at_fork = next_handle_;
     size_t notes_at_fork = notes_.size();
     size_t dropped_at_fork = dropped_colours_;
+    // The helper starts with no objects marked written (it only adds marks,
+    // taken back below), so this writer's marks are not copied.
+    ObjectMap<bool> marks = std::move(emitted_);
+    emitted_ = ObjectMap<bool>();
     DbWriter helper(*this);
+    emitted_ = std::move(marks);
     helper.pieces_.clear();
     helper.out_ = nullptr;
     helper.StartPiece();

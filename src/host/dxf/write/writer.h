@@ -318,9 +318,12 @@ class DbWriter {
   std::vector<StandardObject> standard_;
   std::unordered_map<const Entity*, std::vector<const Group*>> groups_of_;
   // Live objects by the handle their record had in the file.
-  FlatMap<uint64_t, const DbObject*> bound_by_handle_;
+  // (These two are shared with a helper writing part of an entity list:
+  // read only once planned.)
+  std::shared_ptr<FlatMap<uint64_t, const DbObject*>> bound_by_handle_ =
+      std::make_shared<FlatMap<uint64_t, const DbObject*>>();
   // Handles of the model's records no live object stands for (true).
-  FlatMap<uint64_t, bool> raw_handles_;
+  std::shared_ptr<FlatMap<uint64_t, bool>> raw_handles_ = std::make_shared<FlatMap<uint64_t, bool>>();
   // Objects written so far (true), one per record.
   ObjectMap<bool> emitted_;
   std::unordered_set<const DbObject*> walked_;
