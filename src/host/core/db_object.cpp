@@ -31,6 +31,12 @@ void DbObject::Touch() {
   NotifyChanged();
 }
 
+void DbObject::TouchUnchanged() {
+  CheckLive();
+  CheckWritable();
+  if (Journal* j = journal()) j->NoteStep();
+}
+
 void DbObject::NotifyChanged() {
   if (doc_) doc_->NoteChanged(this);
 }

@@ -101,6 +101,10 @@ class DbObject : public Dispatch {
   // (an entity on a locked layer), and snapshots the state for undo once per
   // undo step.
   void Touch();
+  // What Touch checks, for a write that leaves the object as it is: the
+  // call is still an undo step (undoing it changes nothing), but nothing
+  // is snapshotted and no one is told of a change.
+  void TouchUnchanged();
   // Raises "Object was erased" when erased.
   void CheckLive() const;
   // Raises when the object refuses changes; the default accepts.

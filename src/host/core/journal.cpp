@@ -46,6 +46,10 @@ void Journal::Record(std::function<void()> undo) {
   Current().undo.push_back(std::move(undo));
 }
 
+void Journal::NoteStep() {
+  if (!undoing_ && !paused_) Current();
+}
+
 bool Journal::FirstTouch(const void* object) {
   if (undoing_ || paused_) return false;
   Step& step = Current();

@@ -32,6 +32,9 @@ class Journal {
 
   // Records how to undo a change just made (ignored while undoing).
   void Record(std::function<void()> undo);
+  // Opens the current step if none is open yet (a call whose changes need
+  // no closure still counts as a step).
+  void NoteStep();
   // True the first time `object` is touched in the current step: the caller
   // then records a snapshot of it. False while undoing.
   bool FirstTouch(const void* object);

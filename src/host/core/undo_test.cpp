@@ -83,6 +83,18 @@ TEST_F(UndoTest, OutsideGroupsEachCallIsOneStep) {
   EXPECT_EQ(ErrorOf([&] { GetProperty(line, "EndPoint"); }).Description(), "Object was erased");
 }
 
+// A property set to the value it has is a step of its own too: undoing it
+// changes nothing and leaves the step before alone.
+TEST_F(UndoTest, ASettingThatChangesNothingIsAStepOfItsOwn) {
+  ObjectRef layer = CallMethod(GetProperty(doc, "Layers").Object(), "Add", {Variant("L1")}).Object();
+  LetProperty(layer, "Lock", Variant(true));
+  LetProperty(layer, "Lock", Variant(true));
+  CallMethod(doc, "SendCommand", {Variant("U ")});
+  EXPECT_TRUE(CBool(GetProperty(layer, "Lock")));
+  CallMethod(doc, "SendCommand", {Variant("U ")});
+  EXPECT_FALSE(CBool(GetProperty(layer, "Lock")));
+}
+
 TEST_F(UndoTest, UndoRevertsBlockInsertWithAttributesAndDraworder) {
   ObjectRef blocks = GetProperty(doc, "Blocks").Object();
   ObjectRef block = CallMethod(blocks, "Add", {Pt(0, 0), Variant("TAG")}).Object();

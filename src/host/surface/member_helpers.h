@@ -88,6 +88,10 @@ Variant GetBoolField(K& s, CallArgs&) {
 template <class K, auto Field, Literal Name>
 void LetBoolField(K& s, CallArgs&, Variant& v) {
   bool b = BoolArg(v, {Name.view(), Name.view()});
+  if (s.data().*Field == b) {
+    s.TouchUnchanged();  // (a layer unlocked around a write that was not locked)
+    return;
+  }
   s.Touch();
   s.mutable_data().*Field = b;
 }
