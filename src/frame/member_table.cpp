@@ -42,7 +42,13 @@ constexpr uint64_t kHighBits = 0x8080808080808080ull;
 // Up to 8 bytes of `bytes` from `at`, zero-padded, as one word.
 uint64_t WordAt(std::string_view bytes, size_t at) {
   uint64_t word = 0;
-  std::memcpy(&word, bytes.data() + at, std::min<size_t>(8, bytes.size() - at));
+  if (at + 8 <= bytes.size()) {
+    std::memcpy(&word, bytes.data() + at, 8);  // one load
+  } else {
+    char tail[8] = {};
+    for (size_t i = at; i < bytes.size(); ++i) tail[i - at] = bytes[i];
+    std::memcpy(&word, tail, 8);
+  }
   return word;
 }
 
@@ -76,7 +82,9 @@ FoldedName::FoldedName(std::string_view name) {
       break;
     }
     word = LowerAscii(word);
-    std::memcpy(buffer_ + at, &word, std::min<size_t>(8, name.size() - at));
+    // Whole words: the buffer holds six, and the bytes past the name are
+    // not part of the key.
+    std::memcpy(buffer_ + at, &word, 8);
   }
   if (ascii) {
     key_ = std::string_view(buffer_, name.size());
