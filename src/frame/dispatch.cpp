@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <memory>
+#include <new>
 #include <vector>
 
 #include "frame/automation_error.h"
@@ -91,17 +93,36 @@ class ArgCopy {
  public:
   explicit ArgCopy(std::initializer_list<Variant> args, Variant* last = nullptr)
       : size_(args.size() + (last != nullptr ? 1 : 0)) {
-    if (size_ > local_.size()) heap_.resize(size_);
-    data_ = size_ > local_.size() ? heap_.data() : local_.data();
-    std::copy(args.begin(), args.end(), data_);
-    if (last != nullptr) data_[args.size()] = std::move(*last);
+    if (size_ > kLocal) {
+      heap_.assign(args.begin(), args.end());
+      if (last != nullptr) heap_.push_back(std::move(*last));
+      data_ = heap_.data();
+      return;
+    }
+    // Only the arguments given are made in the local room.
+    data_ = reinterpret_cast<Variant*>(local_);
+    size_t made = 0;
+    try {
+      for (const Variant& arg : args) {
+        new (data_ + made) Variant(arg);
+        ++made;
+      }
+    } catch (...) {
+      std::destroy_n(data_, made);
+      throw;
+    }
+    if (last != nullptr) new (data_ + made) Variant(std::move(*last));
+  }
+  ~ArgCopy() {
+    if (size_ <= kLocal) std::destroy_n(data_, size_);
   }
   ArgCopy(const ArgCopy&) = delete;
   ArgCopy& operator=(const ArgCopy&) = delete;
   std::span<Variant> span() { return {data_, size_}; }
 
  private:
-  std::array<Variant, 4> local_;
+  static constexpr size_t kLocal = 4;
+  alignas(Variant) unsigned char local_[kLocal * sizeof(Variant)];
   std::vector<Variant> heap_;
   size_t size_;
   Variant* data_;
