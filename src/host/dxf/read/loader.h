@@ -62,6 +62,12 @@ class Loader {
   // `handles` are those of `source`'s records (as ValidateModel returns them).
   Loader(Document& doc, DxfSource& source, const ModelHandles& handles)
       : doc_(doc), source_(source), handles_(handles) {}
+  // A load that failed half way stops the pool's helper too.
+  ~Loader() {
+    if (pool_) pool_->Seal();
+  }
+  Loader(const Loader&) = delete;
+  Loader& operator=(const Loader&) = delete;
 
   // Maps the whole model into the document.
   void Run();
