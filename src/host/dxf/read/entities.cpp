@@ -65,6 +65,7 @@ void Loader::LoadEntity(const Record& record, BlockRecord* block) {
   if (!entity) return;
   Entity* raw = entity.get();
   Bind(record, entity);
+  if (r.Find(102) == nullptr) NoteWithoutAppGroups(record);
   ApplyCommon(r, raw);
   LoadXData(record, raw);
   block->Append(raw);
@@ -80,6 +81,7 @@ void Loader::LoadEntity(const Record& record, BlockRecord* block) {
       d.mode = static_cast<int32_t>(IntOr(fields, 70, 0));
       AttributeRef* a = att.get();
       Bind(f, att);
+      if (fields.Find(102) == nullptr) NoteWithoutAppGroups(f);
       ApplyCommon(fields, a);
       LoadXData(f, a);
       ref->AppendAttribute(a);

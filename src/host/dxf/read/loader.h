@@ -86,6 +86,14 @@ class Loader {
   void Bind(const Record& record, std::shared_ptr<DbObject> object);
   // Binds an object that already exists (a standard record).
   void BindExisting(const Record& record, DbObject* object);
+  // Notes that a bound record holds no application group (102), as the
+  // entity loader's index of its groups shows: linking extension
+  // dictionaries need not read it again.
+  void NoteWithoutAppGroups(const Record& record) {
+    if (record.binding_slot == Record::kNoSlot) return;
+    if (without_app_groups_.size() <= record.binding_slot) without_app_groups_.resize(record.binding_slot + 1);
+    without_app_groups_[record.binding_slot] = true;
+  }
 
   // Entity mapping (read/entities.cpp): a live entity for `record`,
   // appended to `block`; attributes of an INSERT follow it.
@@ -149,6 +157,8 @@ class Loader {
   // Where the entity loader indexes one record's groups at a time.
   FieldTable fields_;
   std::shared_ptr<ObjectPool> pool_;
+  // By binding slot: records known to hold no application group.
+  std::vector<bool> without_app_groups_;
 
   friend class EntityMapper;
 };

@@ -244,6 +244,8 @@ void Loader::LoadObjects() {
 
 void Loader::LinkExtensionDictionaries() {
   for (auto& [record, binding] : source_.bindings) {
+    size_t slot = record->binding_slot;
+    if (slot < without_app_groups_.size() && without_app_groups_[slot]) continue;
     auto group = record->AppData("ACAD_XDICTIONARY");
     if (!group) continue;
     for (const Tag& t : *group) {
