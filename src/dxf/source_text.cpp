@@ -1,9 +1,8 @@
 #include "dxf/source_text.h"
 
-#include <exception>
 #include <fstream>
-#include <thread>
 
+#include "dxf/beside.h"
 #include "dxf/tag.h"
 
 namespace tovik::dxf {
@@ -41,17 +40,8 @@ SourceText SourceText::ReadFile(const std::string& path) {
     // Each half's pages are first touched by the thread reading it.
     std::size_t half = text.size_ / 2;
     bool second = false;
-    std::exception_ptr failure;
-    std::thread helper([&] {
-      try {
-        second = ReadRange(path, half, text.size_ - half, text.bytes_.get() + half);
-      } catch (...) {
-        failure = std::current_exception();
-      }
-    });
-    read = ReadRange(path, 0, half, text.bytes_.get());
-    helper.join();
-    if (failure) std::rethrow_exception(failure);
+    RunBeside([&] { second = ReadRange(path, half, text.size_ - half, text.bytes_.get() + half); },
+              [&] { read = ReadRange(path, 0, half, text.bytes_.get()); });
     read = read && second;
   }
   if (!read) throw ReadError(path, PositionKind::kNone, 0, -1, "cannot read the file");

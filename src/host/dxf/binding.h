@@ -116,30 +116,6 @@ inline std::string FoldName(std::string_view name) {
   return ascii ? out : FoldCase(name);
 }
 
-// Whether two names are the same name to the tables (FoldName of each
-// equal), without building either fold when both are ASCII.
-inline bool SameFoldedName(std::string_view a, std::string_view b) {
-  if (a.size() != b.size()) {
-    for (char c : a) {
-      if (static_cast<unsigned char>(c) >= 0x80) return FoldName(a) == FoldName(b);
-    }
-    for (char c : b) {
-      if (static_cast<unsigned char>(c) >= 0x80) return FoldName(a) == FoldName(b);
-    }
-    return false;
-  }
-  for (size_t i = 0; i < a.size(); ++i) {
-    char x = a[i], y = b[i];
-    if (static_cast<unsigned char>(x) >= 0x80 || static_cast<unsigned char>(y) >= 0x80) {
-      return FoldName(a) == FoldName(b);
-    }
-    if (x >= 'A' && x <= 'Z') x = static_cast<char>(x - 'A' + 'a');
-    if (y >= 'A' && y <= 'Z') y = static_cast<char>(y - 'A' + 'a');
-    if (x != y) return false;
-  }
-  return true;
-}
-
 // Angle in radians normalised to [0, 2π).
 inline double NormalAngle(double radians) {
   double two_pi = 2 * std::numbers::pi;

@@ -3,6 +3,7 @@
 // or written whole for an object the file did not have.
 #include <cmath>
 
+#include "frame/runtime_text.h"
 #include "geometry/ocs.h"
 #include "host/dxf/binding.h"
 #include "host/dxf/kinds/kinds.h"
@@ -28,7 +29,7 @@ bool SameValue(const Tag& a, const Tag& b) {
   if (a.IsInteger() || b.IsInteger()) return a.integer == b.integer;
   // Names (layer, linetype, block, style) compare as the tables look them up.
   if (a.code == 2 || a.code == 3 || a.code == 6 || a.code == 7 || a.code == 8) {
-    return SameFoldedName(a.text, b.text);
+    return CaseInsensitiveEqual(a.text, b.text);  // FoldName(a) == FoldName(b), no copies
   }
   return a.text == b.text;
 }

@@ -7,9 +7,8 @@
 // The header is written last, once every handle is given out.
 #include <algorithm>
 #include <cstdio>
-#include <exception>
-#include <thread>
 
+#include "dxf/beside.h"
 #include "host/core/host_error.h"
 #include "host/dxf/binding.h"
 #include "host/dxf/dxf_file.h"
@@ -133,23 +132,7 @@ void DbWriter::Plan() {
   // two read the drawing only.
   std::unordered_set<std::string> new_classes;
   std::unordered_map<const Entity*, std::vector<const Group*>> groups_of;
-  std::exception_ptr failure;
-  std::thread helper([&] {
-    try {
-      FindNewClassesAndGroups(&new_classes, &groups_of);
-    } catch (...) {
-      failure = std::current_exception();
-    }
-  });
-  struct Joiner {
-    std::thread& thread;
-    ~Joiner() {
-      if (thread.joinable()) thread.join();
-    }
-  } joiner{helper};
-  PlanHandles();
-  helper.join();
-  if (failure) std::rethrow_exception(failure);
+  RunBeside([&] { FindNewClassesAndGroups(&new_classes, &groups_of); }, [&] { PlanHandles(); });
   needed_classes_.insert(new_classes.begin(), new_classes.end());
   groups_of_ = std::move(groups_of);
 }
@@ -547,22 +530,8 @@ void DbWriter::EmitEntityList(const std::vector<Record>& records,
     helper.pieces_.clear();
     helper.out_ = nullptr;
     helper.StartPiece();
-    std::exception_ptr failure;
-    std::thread thread([&] {
-      try {
-        helper.EmitRecords(records, split, records.size());
-      } catch (...) {
-        failure = std::current_exception();
-      }
-    });
-    try {
-      EmitRecords(records, 0, split);
-    } catch (...) {
-      thread.join();
-      throw;
-    }
-    thread.join();
-    if (failure) std::rethrow_exception(failure);
+    RunBeside([&] { helper.EmitRecords(records, split, records.size()); },
+              [&] { EmitRecords(records, 0, split); });
     if (!TakeHelperPart(helper, handle_at_fork, notes_at_fork, dropped_at_fork)) {
       EmitRecords(records, split, records.size());
     }
