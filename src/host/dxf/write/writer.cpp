@@ -522,12 +522,16 @@ void DbWriter::EmitEntityList(const std::vector<Record>& records,
     size_t notes_at_fork = notes_.size();
     size_t dropped_at_fork = dropped_colours_;
     // The helper starts with no objects marked written (it only adds marks,
-    // taken back below), so this writer's marks are not copied.
+    // taken back below) and no text, so this writer's marks and the pieces
+    // written so far are not copied (moving the pieces keeps them, and
+    // out_, where they are).
     ObjectMap<bool> marks = std::move(emitted_);
+    std::deque<std::string> pieces = std::move(pieces_);
     emitted_ = ObjectMap<bool>();
+    pieces_.clear();
     DbWriter helper(*this);
     emitted_ = std::move(marks);
-    helper.pieces_.clear();
+    pieces_ = std::move(pieces);
     helper.out_ = nullptr;
     helper.StartPiece();
     RunBeside([&] { helper.EmitRecords(records, split, records.size()); },
